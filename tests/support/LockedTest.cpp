@@ -1,0 +1,32 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "support/Locked.h"
+
+namespace quester {
+namespace {
+
+TEST(Locked, AccessSerialisesReadModifyWriteAcrossThreads) {
+    Locked<int> counter(0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10000; ++i) counter.access([](int& value) { ++value; });
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(counter.value(), 80000);
+}
+
+TEST(Locked, IsAlreadyAquiredLeavesAFreeLockFree) {
+    Locked<int> value(1);
+    EXPECT_FALSE(value.isAlreadyAquired());
+    EXPECT_FALSE(value.isAlreadyAquired());
+    value.access([&](int&) { EXPECT_TRUE(value.isAlreadyAquired()); });
+    EXPECT_FALSE(value.isAlreadyAquired());
+}
+
+}  // namespace
+}  // namespace quester

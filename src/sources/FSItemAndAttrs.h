@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace quester {
+
+// A point in time as the file system gives it.
+struct FileTime {
+    std::int64_t seconds = 0;
+    std::uint32_t nanoseconds = 0;
+
+    bool operator==(const FileTime&) const = default;
+};
+
+// The device an item lives on, as its major and minor numbers.
+struct FileSystemId {
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+
+    bool operator==(const FileSystemId&) const = default;
+};
+
+// One entry of a directory listing, with what a search needs to know of it.
+// When the listing was asked not to read an entry's attributes,
+// `attributesRead` is false and only the names and `isDirectory` are set.
+struct FSItemAndAttrs {
+    std::string fullPath;  // directory path + "/" + name
+    std::string name;
+    bool isDirectory = false;
+    bool attributesRead = false;
+    std::uint64_t fileSize = 0;  // 0 for directories
+    FileTime modifyTime;
+    FileTime createTime;  // birth time; where the file system keeps none, the earlier of change and modification
+    FileTime accessTime;
+    std::optional<FileSystemId> fileSystem;
+    std::optional<std::uint64_t> object;  // inode number
+};
+
+}  // namespace quester

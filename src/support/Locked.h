@@ -1,6 +1,5 @@
 #pragma once
 
-#include <type_traits>
 #include <utility>
 
 #include "support/Lock.h"
@@ -29,15 +28,17 @@ public:
         storage = std::move(newValue);
     }
 
-    // Runs `fn(T&)` under the lock and returns what it returns.
+    // Runs `fn(T&)` under the lock and returns what it returns. The return
+    // types are deduced rather than spelled with invoke_result, so a generic
+    // lambda (`auto& value`) is never instantiated for the other overload.
     template <typename Fn>
-    auto access(Fn&& fn) -> std::invoke_result_t<Fn, T&> {
+    decltype(auto) access(Fn&& fn) {
         LockGuard guard(lock);
         return std::forward<Fn>(fn)(storage);
     }
 
     template <typename Fn>
-    auto access(Fn&& fn) const -> std::invoke_result_t<Fn, const T&> {
+    decltype(auto) access(Fn&& fn) const {
         LockGuard guard(lock);
         return std::forward<Fn>(fn)(storage);
     }

@@ -28,5 +28,13 @@ TEST(Locked, IsAlreadyAquiredLeavesAFreeLockFree) {
     EXPECT_FALSE(value.isAlreadyAquired());
 }
 
+TEST(Locked, GenericLambdasReachTheMutableValue) {
+    Locked<std::vector<int>> values;
+    values.access([](auto& list) { list.push_back(7); });
+    const auto& readOnly = values;
+    EXPECT_EQ(readOnly.access([](const auto& list) { return list.size(); }), 1u);
+    EXPECT_EQ(values.value(), std::vector<int>{7});
+}
+
 }  // namespace
 }  // namespace quester

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -47,9 +48,9 @@ using VariableArguments = std::vector<std::any>;
 using TemplateFlags = std::map<std::string, std::string>;
 
 // A variable parser reads from the start of `words`; nothing means no match.
-using VariableParser = std::function<std::optional<VariableParserResult>(const std::vector<SentenceComponent>& words)>;
+using VariableParser = std::function<std::optional<VariableParserResult>(std::span<const SentenceComponent> words)>;
 // A completor proposes the text a partly typed variable would complete to.
-using VariableCompletor = std::function<std::optional<std::string>(const std::vector<SentenceComponent>& words)>;
+using VariableCompletor = std::function<std::optional<std::string>(std::span<const SentenceComponent> words)>;
 
 using VariableParsers = std::map<std::string, VariableParser, std::less<>>;
 using VariableCompletors = std::map<std::string, VariableCompletor, std::less<>>;

@@ -1,0 +1,53 @@
+#include "language/BooleanWord.h"
+
+#include <algorithm>
+
+#include "language/UnicodeText.h"
+
+namespace quester {
+
+namespace {
+
+std::string_view lastPathComponent(std::string_view path) {
+    while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+    const size_t slash = path.find_last_of('/');
+    return slash == std::string_view::npos || path.size() == 1 ? path : path.substr(slash + 1);
+}
+
+std::vector<std::string> split(const BooleanEvalContext& ctx, std::string_view text) {
+    if (ctx.wordSplitter) return ctx.wordSplitter(text);
+    return {std::string(text)};
+}
+
+bool affixMatches(std::string_view candidate, std::string_view needle, SentenceComponent::Wildcard wildcard) {
+    return wildcard == SentenceComponent::Wildcard::prefix ? candidate.starts_with(needle) : candidate.ends_with(needle);
+}
+
+}  // namespace
+
+BooleanWord::BooleanWord(std::string text, SentenceComponent::Wildcard wildcard)
+    : textLowered(lowercased(text)), textOriginalCase(std::move(text)), wildcard(wildcard), textFoldedCI(folded(textOriginalCase, true)) {}
+
+bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) const {
+    std::string needle;
+    std::string haystack;
+    if (ctx.diacriticInsensitive) {
+        needle = ctx.caseSensitive ? folded(textOriginalCase, false) : textFoldedCI;
+        haystack = folded(name, !ctx.caseSensitive);
+    } else {
+        needle = ctx.caseSensitive ? textOriginalCase : textLowered;
+        haystack = ctx.caseSensitive ? std::string(name) : lowercased(name);
+    }
+    if (ctx.exactName) return lastPathComponent(haystack) == needle;
+    if (wildcard == SentenceComponent::Wildcard::none) {
+        if (!ctx.wholeWords) return haystack.find(needle) != std::string::npos;
+        const std::vector<std::string> pieces = split(ctx, haystack);
+        return std::find(pieces.begin(), pieces.end(), needle) != pieces.end();
+    }
+    const std::string_view last = lastPathComponent(haystack);
+    if (affixMatches(last, needle, wildcard)) return true;
+    const std::vector<std::string> pieces = split(ctx, last);
+    return std::any_of(pieces.begin(), pieces.end(), [&](const std::string& piece) { return affixMatches(piece, needle, wildcard); });
+}
+
+}  // namespace quester

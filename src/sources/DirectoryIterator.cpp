@@ -94,7 +94,7 @@ bool statEntry(int directoryFd, const char* name, struct statx& status) {
 
 }  // namespace
 
-DirectoryIterator::DirectoryIterator() : attrBuffer(std::make_unique<std::byte[]>(attrBufferSize)) {}
+DirectoryIterator::DirectoryIterator() : attrBuffer(std::make_unique_for_overwrite<std::byte[]>(attrBufferSize)) {}
 
 DirectoryIterator::Listing DirectoryIterator::contentsOfDirectoryAtPath(std::string_view path,
                                                                         const AttributeFilter& wantsAttributes) {
@@ -112,12 +112,17 @@ DirectoryIterator::Listing DirectoryIterator::contentsOfDirectoryAtPath(std::str
         item.name = name;
         item.fullPath = prefix + item.name;
         item.isDirectory = type == DT_DIR;
-        // An entry of unknown type needs the call anyway, so it gets its attributes too.
-        if (type == DT_UNKNOWN || !wantsAttributes || wantsAttributes(item.fullPath, item.isDirectory)) {
-            struct statx status;
+        struct statx status;
+        bool statted = false;
+        if (type == DT_UNKNOWN) {
+            // The type needs the call anyway; whether the attributes are kept is asked after.
             if (!statEntry(descriptor.get(), name, status)) return;
             if (!S_ISREG(status.stx_mode) && !S_ISDIR(status.stx_mode)) return;
             item.isDirectory = S_ISDIR(status.stx_mode);
+            statted = true;
+        }
+        if (!wantsAttributes || wantsAttributes(item.fullPath, item.isDirectory)) {
+            if (!statted && !statEntry(descriptor.get(), name, status)) return;
             copyAttributes(status, item);
         }
         listing.items.push_back(std::move(item));
@@ -132,7 +137,7 @@ DirectoryIterator::Contents DirectoryIterator::urlContentsOfDirectory(std::strin
     DirectoryDescriptor descriptor{std::string(directory)};
     if (!descriptor.isOpen()) return contents;
 
-    auto buffer = std::make_unique<std::byte[]>(attrBufferSize);
+    auto buffer = std::make_unique_for_overwrite<std::byte[]>(attrBufferSize);
     const std::string prefix = pathPrefix(directory);
     (void)readEntries(descriptor.get(), buffer.get(), [&](const char* name, unsigned char type) {
         if (type == DT_UNKNOWN) {

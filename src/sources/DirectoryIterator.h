@@ -34,7 +34,7 @@ public:
     };
 
     // Asked once per kept entry with its full path and folder flag: true to
-    // read its size, times and identity.
+    // read its size, times and identity (`attributesRead` tells the answer).
     using AttributeFilter = std::function<bool(const std::string& fullPath, bool isDirectory)>;
 
     DirectoryIterator();

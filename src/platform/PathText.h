@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quester {
+
+// Text operations on absolute UTF-8 paths. They never touch the file system.
+
+// `path` equals `folder` or lies below it, by whole components ("/usr" holds
+// "/usr/x", not "/users"). A trailing "/" on `folder` is ignored.
+bool isSameOrBelow(std::string_view path, std::string_view folder);
+// `path` lies below `folder`, not equal to it.
+bool isStrictlyBelow(std::string_view path, std::string_view folder);
+
+// The pieces of `text` between `separator`s, empty pieces dropped.
+std::vector<std::string> splitNonEmpty(std::string_view text, char separator);
+// The components between the "/", empty pieces dropped.
+inline std::vector<std::string> pathComponents(std::string_view path) { return splitNonEmpty(path, '/'); }
+// The last component; "/" for the root, empty for empty text. Trailing "/" ignored.
+std::string lastPathComponent(std::string_view path);
+// The text after the last "." of the last component, when the dot is neither
+// its first nor its last character; else empty.
+std::string pathExtension(std::string_view path);
+// The path without its last component: "/a/b" gives "/a", "/a" gives "/", "/" gives "".
+std::string parentPath(std::string_view path);
+// `folder` + "/" + `name`, without doubling the "/".
+std::string joinPath(std::string_view folder, std::string_view name);
+
+}  // namespace quester

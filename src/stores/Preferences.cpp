@@ -1,0 +1,274 @@
+#include "stores/Preferences.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include <fmt/core.h>
+
+#include "support/AppDirectories.h"
+
+namespace quester {
+namespace {
+
+using json = nlohmann::json;
+
+void logLine(const std::string& message) { fmt::print(stderr, "Preferences: {}\n", message); }
+
+std::optional<std::int64_t> parseBuildNumber(std::string_view text) {
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    std::int64_t number = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::string directoryOf(const std::string& path) {
+    auto slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? std::string("/") : path.substr(0, slash);
+}
+
+Error ioFailure(const std::string& what, const std::string& path) {
+    return makeError(ErrorCode::ioError, what + " " + path + ": " + std::strerror(errno));
+}
+
+Status writeFully(int fd, const std::string& text, const std::string& path) {
+    for (std::size_t written = 0; written < text.size();) {
+        ssize_t count = write(fd, text.data() + written, text.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return ioFailure("cannot write", path);
+        written += static_cast<std::size_t>(count);
+    }
+    return Status::success();
+}
+
+// Writes `text` to a temporary file beside `path`, flushes it to the disk and
+// renames it over `path`, so a reader sees the old file or the new one whole.
+Status replaceFileAtomically(const std::string& path, const std::string& text) {
+    if (Status made = createDirectoryWithParents(directoryOf(path)); !made) return made;
+    std::string temporary = path + ".XXXXXX";
+    int fd = mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) return ioFailure("cannot create a temporary file for", path);
+    Status written = writeFully(fd, text, temporary);
+    if (written && fsync(fd) != 0) written = ioFailure("cannot flush", temporary);
+    if (close(fd) != 0 && written) written = ioFailure("cannot close", temporary);
+    if (written && rename(temporary.c_str(), path.c_str()) != 0) written = ioFailure("cannot rename over", path);
+    if (!written) unlink(temporary.c_str());
+    return written;
+}
+
+std::optional<std::int64_t> asInteger(const json& value) {
+    if (value.is_boolean()) return value.get<bool>() ? 1 : 0;
+    if (value.is_number_float()) return static_cast<std::int64_t>(value.get<double>());
+    if (value.is_number()) return value.get<std::int64_t>();
+    if (value.is_string()) return parseBuildNumber(value.get<std::string>());
+    return std::nullopt;
+}
+
+}  // namespace
+
+Preferences::Preferences(std::string path, NotificationCenter& notificationCenter)
+    : storePath(std::move(path)), center(notificationCenter), stored(json::object()), defaults(json::object()) {
+    load();
+}
+
+Preferences& Preferences::shared() {
+    static Preferences* instance = [] {
+        auto folder = AppDirectories::configDirectory();
+        if (!folder) logLine("no config folder, settings are kept for this run only: " + folder.error().message);
+        return new Preferences(folder ? *folder + "/" + fileName : std::string());
+    }();
+    return *instance;
+}
+
+void Preferences::load() {
+    if (storePath.empty()) return;
+    std::ifstream in(storePath, std::ios::binary);
+    if (!in) return;
+    std::stringstream text;
+    text << in.rdbuf();
+    json parsed = json::parse(text.str(), nullptr, false);
+    if (parsed.is_discarded() || !parsed.is_object()) {
+        setAsideCorruptFile(parsed.is_discarded() ? "not JSON" : "not a JSON object");
+        return;
+    }
+    stored.setValue(std::move(parsed));
+}
+
+void Preferences::setAsideCorruptFile(const std::string& reason) {
+    std::string corruptPath = storePath + ".corrupt";
+    if (rename(storePath.c_str(), corruptPath.c_str()) != 0) {
+        logLine(fmt::format("{} is {} and cannot be set aside ({}); defaults stand", storePath, reason, std::strerror(errno)));
+        return;
+    }
+    logLine(fmt::format("{} is {}; set aside as {}, defaults stand", storePath, reason, corruptPath));
+}
+
+json Preferences::registeredDefaultsTable() {
+    return json{
+        {"hasLaunchedBefore", false},
+        {"moveItemsStartingWithQueryToTop", false},
+        {"firstIgnoreItemsLoad", false},
+        {"firstRememberedItemsLoad", false},
+        {"useFinderKindField", false},
+        {"dateModifiedIsVisible", true},
+        {"dateCreatedIsVisible", false},
+        {"lastAccessIsVisible", false},
+        {"sizeIsVisible", true},
+        {"kindIsVisible", true},
+        {"insideIsVisible", true},
+        {"tagsIsVisible", false},
+        {"historyEnabled", true},
+        {"showAppsFoundAnywhere", false},
+        {"lastSearchlocationPopupSelectedItemName", "in home"},
+        {"closeSearchWindowAfterOpening", false},
+        {"sidebarShouldShowSidebar", true},
+        {"sidebarShouldShowSavedSearches", true},
+        {"sidebarShouldShowChanged", true},
+        {"sidebarShouldShowHistory", false},
+        {"sidebarShouldShowQuickFolders", true},
+        {"sidebarShouldShowPopular", false},
+        {"sidebarShouldShowDownloads", true},
+        {"allowNetworkSearches", false},
+        {"checkForLocalConnections", true},
+        {"diskCatalogCaching", false},
+        {"nettworkDiskCachingOnly", true},
+        {"updateCachesEvery", 500},
+        {"fileContentCaching", false},
+        {"fileContentCachingAskToAdd", false},
+        {"resultsViewStyle", 2},
+        {"iconSizeSlider", 290.0},
+        {"recentItemsMaxCount", 10},
+        {"historyMaxCount", 20},
+        {"hoverPreviews", false},
+        {"listTextSize", 12},
+        {"quitAfterLastSearchWindowGone", false},
+        {"fileContentCachingTimeUpdatesEnabled", false},
+    };
+}
+
+void Preferences::startup(std::string_view buildVersion) {
+    logLine(fmt::format("startup, build {}", buildVersion));
+    setIsNewBuild(buildVersion);
+    registerDefaults(registeredDefaultsTable());
+    json oneTime = json::object();
+    if (!hasStoredValue("showInMenuBar")) oneTime["showInMenuBar"] = true;
+    if (!hasStoredValue("bringToFrontHotKey")) oneTime["bringToFrontHotKey"] = false;
+    if (oneTime.empty()) return;
+    if (Status saved = setValues(oneTime); !saved) logLine("cannot store the first-launch values: " + saved.error().message);
+}
+
+void Preferences::registerDefaults(const json& table) {
+    defaults.access([&](json& registered) { registered.update(table); });
+}
+
+void Preferences::setIsNewBuild(std::string_view buildVersion) {
+    auto build = parseBuildNumber(buildVersion);
+    if (!build) return;
+    Status saved = integerValue("lastVersion") >= *build ? setValue("isNewVersion", false)
+                                                         : setValues(json{{"lastVersion", *build}, {"isNewVersion", true}});
+    if (!saved) logLine("cannot store the build check: " + saved.error().message);
+}
+
+std::optional<json> Preferences::lookUp(const std::string& key) const {
+    auto found = stored.access([&](const json& values) -> std::optional<json> {
+        auto it = values.find(key);
+        if (it == values.end()) return std::nullopt;
+        return *it;
+    });
+    if (found) return found;
+    return defaults.access([&](const json& values) -> std::optional<json> {
+        auto it = values.find(key);
+        if (it == values.end()) return std::nullopt;
+        return *it;
+    });
+}
+
+bool Preferences::hasStoredValue(const std::string& key) const {
+    return stored.access([&](const json& values) { return values.contains(key); });
+}
+
+bool Preferences::boolValue(const std::string& key) const {
+    auto value = lookUp(key);
+    if (!value) return false;
+    if (value->is_string()) {
+        const auto& text = value->get_ref<const std::string&>();
+        return text == "true" || text == "YES" || text == "yes" || asInteger(*value).value_or(0) != 0;
+    }
+    return asInteger(*value).value_or(0) != 0;
+}
+
+std::int64_t Preferences::integerValue(const std::string& key) const {
+    auto value = lookUp(key);
+    return value ? asInteger(*value).value_or(0) : 0;
+}
+
+double Preferences::doubleValue(const std::string& key) const {
+    auto value = lookUp(key);
+    if (!value) return 0.0;
+    if (value->is_number()) return value->get<double>();
+    return static_cast<double>(asInteger(*value).value_or(0));
+}
+
+std::optional<std::string> Preferences::stringValue(const std::string& key) const {
+    auto value = lookUp(key);
+    if (!value) return std::nullopt;
+    if (value->is_string()) return value->get<std::string>();
+    if (value->is_number()) return value->dump();
+    return std::nullopt;
+}
+
+std::optional<std::vector<std::string>> Preferences::stringList(const std::string& key) const {
+    auto value = lookUp(key);
+    if (!value || !value->is_array()) return std::nullopt;
+    std::vector<std::string> list;
+    for (const auto& item : *value) {
+        if (!item.is_string()) return std::nullopt;
+        list.push_back(item.get<std::string>());
+    }
+    return list;
+}
+
+std::optional<json> Preferences::jsonValue(const std::string& key) const { return lookUp(key); }
+
+std::int64_t Preferences::resultsViewStyle() const {
+    std::int64_t style = integerValue("resultsViewStyle");
+    return style < 3 ? style : 2;
+}
+
+Status Preferences::setValue(const std::string& key, json value) {
+    stored.access([&](json& values) { values[key] = std::move(value); });
+    return save();
+}
+
+Status Preferences::setValues(const json& values) {
+    if (!values.is_object()) return makeError(ErrorCode::invalidArgument, "preference values must be a JSON object");
+    stored.access([&](json& current) { current.update(values); });
+    return save();
+}
+
+Status Preferences::removeValue(const std::string& key) {
+    stored.access([&](json& values) { values.erase(key); });
+    return save();
+}
+
+Status Preferences::save() {
+    if (storePath.empty()) return Status::success();
+    LockGuard guard(saveLock);
+    return replaceFileAtomically(storePath, stored.value().dump(2));
+}
+
+NotificationCenter::Token Preferences::PreferencesDidChangeNotification(std::function<void()> handler) {
+    return center.addObserver(DidChangeNotification, std::move(handler));
+}
+
+void Preferences::postDidChangeNotification() { center.post(DidChangeNotification); }
+
+}  // namespace quester

@@ -1,0 +1,141 @@
+#include "platform/DiskInfoManager.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::vector<std::string> paths(const std::vector<DiskInfo>& disks) {
+    std::vector<std::string> result;
+    for (const auto& disk : disks) result.push_back(disk.url.path());
+    return result;
+}
+
+// A manager over a profile whose volumes folder is a temp folder, with its own
+// main loop and notification center.
+class DiskInfoManagerTest : public ::testing::Test {
+protected:
+    PlatformProfile makeProfile(std::optional<std::string> bootName = std::nullopt) {
+        PlatformProfile profile = PlatformProfile::linux();
+        profile.volumesFolder = media.str();
+        profile.bootVolumeName = std::move(bootName);
+        return profile;
+    }
+    MountEntry volumeEntry(int id, const std::string& name, const std::string& fsType = "vfat") {
+        auto folder = media.mkdir(name);
+        return MountEntry{id, 1, folder.string(), "/dev/quester-test-none", fsType, "rw"};
+    }
+
+    testing::TempDir media;
+    MainLoop loop;
+    NotificationCenter center{loop};
+};
+
+TEST_F(DiskInfoManagerTest, TheRealTableListsTheRootFirst) {
+    FSUtilities fs(makeProfile());
+    DiskInfoManager manager(fs, center);
+    ASSERT_TRUE(manager.buildAll().ok());
+    auto volumes = manager.volumes();
+    ASSERT_FALSE(volumes.empty());
+    EXPECT_EQ(volumes.front().url.path(), "/");
+    auto root = manager.info("/");
+    ASSERT_TRUE(root.has_value());
+    EXPECT_TRUE(root->isLocal);
+    EXPECT_FALSE(root->isMacFS);
+    EXPECT_FALSE(root->diskKey.empty());
+    EXPECT_TRUE(fs.isDiskPresent("/", root->diskKey));
+}
+
+TEST_F(DiskInfoManagerTest, VolumesAreSortedWithTheBootVolumeFirst) {
+    FSUtilities fs(makeProfile("Zeta"));
+    DiskInfoManager manager(fs, center);
+    EXPECT_TRUE(manager.add(volumeEntry(11, "beta")));
+    EXPECT_TRUE(manager.add(volumeEntry(12, "Zeta", "apfs")));
+    EXPECT_TRUE(manager.add(volumeEntry(13, "alpha")));
+    EXPECT_EQ(paths(manager.volumes()), (std::vector<std::string>{media.str() + "/Zeta", media.str() + "/alpha",
+                                                                  media.str() + "/beta"}));
+    EXPECT_TRUE(manager.info(media.str() + "/Zeta")->isMacFS);
+}
+
+TEST_F(DiskInfoManagerTest, MountsThatAreNoVolumesAreIgnored) {
+    FSUtilities fs(makeProfile());
+    DiskInfoManager manager(fs, center);
+    EXPECT_FALSE(manager.add(MountEntry{20, 1, "/proc", "proc", "proc", "rw"}));
+    EXPECT_FALSE(manager.add(MountEntry{21, 1, "/opt/data", "/dev/sdz1", "ext4", "rw"}));
+    EXPECT_TRUE(manager.volumes().empty());
+}
+
+TEST_F(DiskInfoManagerTest, ExternalDisksLeaveOutNetworkAndInternalDisks) {
+    FSUtilities fs(makeProfile());
+    DiskInfoManager manager(fs, center);
+    manager.add(volumeEntry(30, "local"));
+    manager.add(MountEntry{31, 1, "/mnt/nas", "nas:/export", "nfs4", "rw"});
+    auto nas = manager.info("/mnt/nas");
+    ASSERT_TRUE(nas.has_value());
+    EXPECT_FALSE(nas->isLocal);
+    EXPECT_FALSE(nas->isInternal);
+    auto local = manager.info(media.str() + "/local");
+    ASSERT_TRUE(local.has_value());
+    EXPECT_TRUE(local->isLocal);
+    EXPECT_TRUE(local->isInternal);
+    EXPECT_TRUE(manager.externalDisks().empty());
+}
+
+TEST_F(DiskInfoManagerTest, ASystemDiskHoldsTheMarkerFolders) {
+    FSUtilities fs(makeProfile());
+    DiskInfoManager manager(fs, center);
+    MountEntry other = volumeEntry(40, "OtherLinux", "ext4");
+    media.mkdir("OtherLinux/etc");
+    media.mkdir("OtherLinux/usr/bin");
+    manager.add(other);
+    manager.add(volumeEntry(41, "Stick"));
+    EXPECT_TRUE(manager.info(other.mountPoint)->isSystemDisk);
+    EXPECT_FALSE(manager.info(media.str() + "/Stick")->isSystemDisk);
+    EXPECT_TRUE(manager.isAppOnNonRootButBootableDisk(other.mountPoint + "/usr/bin/tool"));
+    EXPECT_FALSE(manager.isAppOnNonRootButBootableDisk(media.str() + "/Stick/tool"));
+    EXPECT_FALSE(manager.isAppOnNonRootButBootableDisk("/usr/bin/tool"));
+}
+
+TEST_F(DiskInfoManagerTest, MountChangesUpdateTheListAndNotifyOnTheMainLoop) {
+    FSUtilities fs(makeProfile());
+    DiskInfoManager manager(fs, center);
+    std::atomic<int> notified{0};
+    std::atomic<bool> onLoopThread{true};
+    manager.didChange([&] {
+        onLoopThread = onLoopThread && loop.isLoopThread();
+        ++notified;
+    });
+    MountEntry usb = volumeEntry(50, "USB");
+    std::thread monitorThread([&] { manager.handleMountChanges(MountChanges{{usb}, {}}); });
+    monitorThread.join();
+    EXPECT_EQ(paths(manager.volumes()), std::vector<std::string>{usb.mountPoint});
+    EXPECT_EQ(fs.diskPathFromFullPath("/elsewhere/x"), "/");
+    EXPECT_TRUE(loop.runUntil([&] { return notified == 1; }, 10s));
+
+    manager.handleMountChanges(MountChanges{{MountEntry{51, 1, "/sys/kernel/debug", "debugfs", "debugfs", "rw"}}, {}});
+    manager.handleMountChanges(MountChanges{{}, {usb}});
+    EXPECT_TRUE(manager.volumes().empty());
+    EXPECT_TRUE(loop.runUntil([&] { return notified == 2; }, 10s));
+    loop.runPending();
+    EXPECT_EQ(notified.load(), 2);
+    EXPECT_TRUE(onLoopThread.load());
+}
+
+TEST_F(DiskInfoManagerTest, KnownVolumesFollowTheList) {
+    FSUtilities fs(makeProfile());
+    DiskInfoManager manager(fs, center);
+    manager.add(MountEntry{60, 1, "/mnt/nas", "nas:/export", "nfs4", "rw"});
+    EXPECT_EQ(fs.diskPathFromFullPath("/mnt/nas/movies/a.mkv"), "/mnt/nas");
+    manager.remove(Url("/mnt/nas", true));
+    EXPECT_EQ(fs.diskPathFromFullPath("/mnt/nas/movies/a.mkv"), "/");
+}
+
+}  // namespace
+}  // namespace quester

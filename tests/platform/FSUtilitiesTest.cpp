@@ -1,0 +1,257 @@
+#include "platform/FSUtilities.h"
+
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include "platform/MountTable.h"
+#include "support/AppDirectories.h"
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+class MacOSPathRules : public ::testing::Test {
+protected:
+    FSUtilities fs{PlatformProfile::macOS("Macintosh HD", "/Users/alice")};
+};
+
+TEST_F(MacOSPathRules, SystemApplicationsAreNoSystemPathButTheRestOfSystemIs) {
+    EXPECT_FALSE(fs.isInsideOSDirectory("/System/Applications/Calculator.app"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/System/Library/Fonts/x.ttf"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/System"));
+}
+
+TEST_F(MacOSPathRules, DataVolumeSpellingIsStrippedFirst) {
+    EXPECT_FALSE(fs.isInsideOSDirectory("/System/Volumes/Data/Projects/report.txt"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/System/Volumes/Data/usr/local/bin/tool"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/System/Volumes/Data/System/Applications/Mail.app"));
+}
+
+TEST_F(MacOSPathRules, PathsOnOtherVolumesAreTakenFromTheVolumeRoot) {
+    EXPECT_TRUE(fs.isInsideOSDirectory("/Volumes/Backup/usr/local/share"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Volumes/Backup/Projects/usr"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Volumes/Backup"));
+}
+
+TEST_F(MacOSPathRules, PrefixesArePlainTextAndSomePathsAreSystemPathsByThemselves) {
+    EXPECT_TRUE(fs.isInsideOSDirectory("/usrdata/file"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/Volumes"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/User"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/alice/Documents/a.txt"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Applications/Safari.app"));
+}
+
+TEST_F(MacOSPathRules, HomeLibraryIsSystemExceptItsDocumentFolders) {
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/alice/Library/Mobile Documents/com~apple~CloudDocs/a.txt"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/alice/Library/CloudStorage/Drive/b.txt"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/Users/alice/Library/Caches/com.example/c.db"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/bob/Library/Caches/x"));
+}
+
+TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsOnly) {
+    FSUtilities fs(PlatformProfile::linux());
+    EXPECT_TRUE(fs.isInsideOSDirectory("/usr"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/usr/x"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/var/log/syslog"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/lost+found/#123"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/users"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/usrdata/x"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/binder"));
+}
+
+TEST(LinuxPathRules, PlacesPeopleSearchAreNeverSystemPaths) {
+    FSUtilities fs(PlatformProfile::linux());
+    for (const char* path : {"/", "/home/alice/a.txt", "/root/notes", "/tmp/x", "/srv/www", "/media/alice/USB/a", "/mnt/data"}) {
+        EXPECT_FALSE(fs.isInsideOSDirectory(path)) << path;
+    }
+}
+
+TEST(LinuxPathRules, RealHomeAndApplicationFoldersAreNeverSystemPathsEvenUnderAPrefix) {
+    setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share:/var/lib/flatpak/exports/share", 1);
+    PlatformProfile profile = PlatformProfile::linux();
+    unsetenv("XDG_DATA_DIRS");
+    profile.neverOSDirectories.push_back("/var/lib/service-home");
+    FSUtilities fs(profile);
+    EXPECT_FALSE(fs.isInsideOSDirectory("/usr/share/applications/editor.desktop"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/var/lib/flatpak/exports/share/applications/app.desktop"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/usr/share/applicationsx/a"));
+    EXPECT_TRUE(fs.isInsideOSDirectory("/usr/share/doc/readme"));
+    std::string home = AppDirectories::homeDirectory();
+    EXPECT_FALSE(fs.isInsideOSDirectory(home + "/Documents/a.txt"));
+}
+
+TEST(LinuxPathRules, NoHomeLibraryRuleAndNoBootVolumeSpelling) {
+    PlatformProfile profile = PlatformProfile::linux();
+    EXPECT_FALSE(profile.homeLibraryFolder.has_value());
+    EXPECT_FALSE(profile.bootVolumePath().has_value());
+    FSUtilities fs(profile);
+    EXPECT_FALSE(fs.isInsideOSDirectory(AppDirectories::homeDirectory() + "/Library/Caches/x"));
+}
+
+// Counts how often the file system would be asked, and answers by a fixed list.
+struct CountingProbe {
+    std::shared_ptr<std::atomic<int>> calls = std::make_shared<std::atomic<int>>(0);
+    bool operator()(const std::string& path) const {
+        ++*calls;
+        return path.ends_with(".app") || path.ends_with(".bundle");
+    }
+};
+
+TEST(PackageRules, HiddenComponentAnywhereMakesThePathInvisible) {
+    FSUtilities fs(PlatformProfile::linux(), CountingProbe{});
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/home/alice/.config/app/settings"));
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/home/alice/.bashrc"));
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/home/alice/notes.txt"));
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/"));
+}
+
+TEST(PackageRules, APackageIsNotInsideOneButItsContentsAre) {
+    FSUtilities fs(PlatformProfile::macOS(), CountingProbe{});
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/Applications/Safari.app"));
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Applications/Safari.app/Contents/Info.plist"));
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Library/Frameworks/Foo.framework"));
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Library/Frameworks/Foo.framework/Versions/A"));
+}
+
+TEST(PackageRules, EachExtensionIsAskedOnceAndRememberedForTheRun) {
+    CountingProbe probe;
+    FSUtilities fs(PlatformProfile::linux(), probe);
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/data/photos.2020/a.jpg"));
+    EXPECT_EQ(fs.cachedPackageExtension("2020"), false);
+    EXPECT_EQ(fs.cachedPackageExtension("jpg"), false);
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/data/Tool.app/Contents/x"));
+    EXPECT_EQ(fs.cachedPackageExtension("app"), true);
+    int callsSoFar = probe.calls->load();
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/other/Else.app/y"));
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/other/more.2020/b.jpg"));
+    EXPECT_EQ(probe.calls->load(), callsSoFar);
+}
+
+TEST(PackageRules, HasPackageExtensionFillsTheCacheOnDemand) {
+    CountingProbe probe;
+    FSUtilities fs(PlatformProfile::linux(), probe);
+    EXPECT_FALSE(fs.hasPackageExtension("/a/plain"));
+    EXPECT_TRUE(fs.hasPackageExtension("/a/Thing.bundle"));
+    EXPECT_FALSE(fs.hasPackageExtension("/a/file.txt"));
+    EXPECT_EQ(probe.calls->load(), 2);
+    EXPECT_TRUE(fs.hasPackageExtension("/b/Other.bundle"));
+    EXPECT_EQ(probe.calls->load(), 2);
+}
+
+TEST(PackageRules, DefaultProbeUsesTheProfileExtensionListWithoutTouchingTheDisk) {
+    FSUtilities fs(PlatformProfile::linux());
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/nowhere/Project.xcodeproj/project.pbxproj"));
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/nowhere/archive.tar/inner"));
+    EXPECT_EQ(fs.cachedPackageExtension("tar"), false);
+}
+
+TEST(PackageRules, ConcurrentCallersAgree) {
+    FSUtilities fs(PlatformProfile::linux(), CountingProbe{});
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 500; ++i) {
+                if (!fs.isInvisibleOrInsidePackage("/x/A.app/Contents/" + std::to_string(i))) ++wrong;
+                if (fs.isInvisibleOrInsidePackage("/x/d.dir" + std::to_string(i % 7) + "/f")) ++wrong;
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(wrong.load(), 0);
+}
+
+TEST(DiskPaths, PathsBelowTheVolumesFolderNameTheirVolume) {
+    FSUtilities fs(PlatformProfile::macOS());
+    EXPECT_EQ(fs.diskPathFromFullPath("/Volumes/Backup/a/b.txt"), "/Volumes/Backup");
+    EXPECT_EQ(fs.diskPathFromFullPath("/Volumes/Backup"), "/Volumes/Backup");
+    EXPECT_EQ(fs.diskPathFromFullPath("/Volumes/Backup/"), "/Volumes/Backup");
+    EXPECT_EQ(fs.diskPathFromFullPath("/Users/alice/a"), "/");
+    EXPECT_EQ(fs.diskPathFromFullPath("/Volumes"), "/");
+}
+
+TEST(DiskPaths, KnownMountPointsNameTheDeepestVolume) {
+    PlatformProfile profile = PlatformProfile::linux();
+    profile.volumesFolder = "/media/alice";
+    FSUtilities fs(profile);
+    fs.setKnownVolumePaths({"/", "/home", "/mnt/archive", "/mnt/archive/deep"});
+    EXPECT_EQ(fs.diskPathFromFullPath("/home/alice/a.txt"), "/home");
+    EXPECT_EQ(fs.diskPathFromFullPath("/homework/a"), "/");
+    EXPECT_EQ(fs.diskPathFromFullPath("/mnt/archive/deep/x"), "/mnt/archive/deep");
+    EXPECT_EQ(fs.diskPathFromFullPath("/mnt/archive/other"), "/mnt/archive");
+    EXPECT_EQ(fs.diskPathFromFullPath("/media/alice/USB/photos/a.jpg"), "/media/alice/USB");
+}
+
+TEST(DiskKeys, RootMountKeyHasLabelCapacityAndType) {
+    FSUtilities fs(PlatformProfile::linux());
+    std::string key = fs.keyForDisk(Url("/", true));
+    auto table = MountTable::read();
+    ASSERT_TRUE(table.ok());
+    const MountEntry* root = table->entryAt("/");
+    ASSERT_NE(root, nullptr);
+    std::string type = root->fsType.empty() ? "unknown" : root->fsType;
+    ASSERT_TRUE(key.ends_with(" " + type)) << key;
+    std::string rest = key.substr(0, key.size() - type.size() - 1);
+    auto blank = rest.rfind(' ');
+    ASSERT_NE(blank, std::string::npos) << key;
+    EXPECT_FALSE(rest.substr(0, blank).empty());
+    std::string capacity = rest.substr(blank + 1);
+    EXPECT_FALSE(capacity.empty());
+    EXPECT_EQ(capacity.find_first_not_of("0123456789"), std::string::npos) << key;
+    EXPECT_GT(std::stoull(capacity), 0u);
+}
+
+TEST(DiskKeys, FilesOnTheSameDiskShareTheKeyAndMissingPathsHaveNone) {
+    FSUtilities fs(PlatformProfile::linux());
+    testing::TempDir dir;
+    auto file = dir.write("a.txt", "x");
+    EXPECT_EQ(fs.keyForDisk(Url(file.string())), fs.keyForDisk(Url(dir.str(), true)));
+    EXPECT_EQ(fs.keyForDisk(Url(dir.str() + "/missing")), "");
+}
+
+TEST(DiskKeys, MountWithoutTypeEndsInUnknown) {
+    MountEntry mount{1, 0, "/", "/dev/none", "", "rw"};
+    std::string key = FSUtilities::keyForMount(mount);
+    EXPECT_TRUE(key.ends_with(" unknown")) << key;
+    EXPECT_TRUE(key.starts_with("/ ")) << key;
+}
+
+TEST(DiskKeys, ADiskIsPresentOnlyWhileItsKeyIsFoundThere) {
+    FSUtilities fs(PlatformProfile::linux());
+    testing::TempDir dir;
+    std::string key = fs.keyForDisk(Url(dir.str(), true));
+    EXPECT_TRUE(fs.isDiskPresent(dir.str(), key));
+    EXPECT_FALSE(fs.isDiskPresent(dir.str(), "USB 123456 vfat"));
+    EXPECT_FALSE(fs.isDiskPresent(dir.str() + "/gone", key));
+    EXPECT_FALSE(fs.isDiskPresent(dir.str(), ""));
+}
+
+TEST(VolumeFacts, ApfsObjectCountsAndAttributesOfRealFiles) {
+    FSUtilities fs(PlatformProfile::linux());
+    testing::TempDir dir;
+    auto file = dir.write("tagged.txt", "x");
+    EXPECT_EQ(fs.isDiskAPFS(file.string()), false);
+    EXPECT_EQ(fs.isDiskAPFS(dir.str() + "/missing"), std::nullopt);
+    EXPECT_FALSE(fs.isBackupDisk(Url(dir.str(), true)));
+    dir.write("backup_manifest.plist");
+    EXPECT_TRUE(fs.isBackupDisk(Url(dir.str(), true)));
+    if (auto counts = fs.volumeObjectCounts(Url("/", true))) {
+        EXPECT_GT(counts->objects, 0u);
+    }
+    EXPECT_FALSE(fs.volumeObjectCounts(Url(dir.str() + "/missing")).has_value());
+
+    EXPECT_TRUE(fs.listExtendedAttributes(file.string()).empty());
+    if (setxattr(file.c_str(), "user.xdg.tags", "red", 3, 0) != 0) GTEST_SKIP() << "no user xattrs here";
+    setxattr(file.c_str(), "user.other", "1", 1, 0);
+    auto names = fs.listExtendedAttributes(file.string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"user.other", "user.xdg.tags"}));
+}
+
+}  // namespace
+}  // namespace quester

@@ -1,0 +1,121 @@
+#include "platform/MountTable.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "platform/PlatformProfile.h"
+
+namespace quester {
+namespace {
+
+const std::string dataFolder = QUESTER_PLATFORM_TEST_DATA;
+
+MountTable sample(const std::string& name) {
+    auto table = MountTable::parse(dataFolder + "/" + name);
+    EXPECT_TRUE(table.ok()) << (table.ok() ? "" : table.error().message);
+    return table.ok() ? *table : MountTable();
+}
+
+std::vector<std::string> mountPoints(const std::vector<MountEntry>& entries) {
+    std::vector<std::string> points;
+    for (const auto& entry : entries) points.push_back(entry.mountPoint);
+    return points;
+}
+
+PlatformProfile desktopProfile() {
+    PlatformProfile profile = PlatformProfile::linux();
+    profile.volumesFolder = "/media/alice";
+    return profile;
+}
+
+TEST(MountTableParsing, ReadsEveryFieldOfAMountinfoLine) {
+    MountTable table = sample("mountinfo-desktop.txt");
+    ASSERT_EQ(table.entries().size(), 20u);
+    const MountEntry* root = table.entryAt("/");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(root->id, 27);
+    EXPECT_EQ(root->parentId, 1);
+    EXPECT_EQ(root->source, "/dev/nvme0n1p2");
+    EXPECT_EQ(root->fsType, "ext4");
+    EXPECT_NE(root->options.find("relatime"), std::string::npos);
+    EXPECT_NE(root->options.find("errors=remount-ro"), std::string::npos);
+    EXPECT_FALSE(root->isReadOnly());
+}
+
+TEST(MountTableParsing, UnescapesSpacesInMountPoints) {
+    MountTable table = sample("mountinfo-desktop.txt");
+    const MountEntry* passport = table.entryWithID(34);
+    ASSERT_NE(passport, nullptr);
+    EXPECT_EQ(passport->mountPoint, "/media/alice/My Passport");
+    EXPECT_EQ(passport->source, "/dev/sdb1");
+    EXPECT_EQ(passport->fsType, "exfat");
+}
+
+TEST(MountTableParsing, MissingFileIsAnError) {
+    auto table = MountTable::parse(dataFolder + "/no-such-mountinfo");
+    EXPECT_FALSE(table.ok());
+}
+
+TEST(MountTableParsing, TheKernelTableHasARoot) {
+    auto table = MountTable::read();
+    ASSERT_TRUE(table.ok());
+    EXPECT_NE(table->entryAt("/"), nullptr);
+    EXPECT_NE(table->entryContaining("/proc/self/status"), nullptr);
+}
+
+TEST(MountTableLookup, TheDeepestMountHoldsAPath) {
+    MountTable table = sample("mountinfo-desktop.txt");
+    EXPECT_EQ(table.entryContaining("/home/alice/a.txt")->mountPoint, "/home");
+    EXPECT_EQ(table.entryContaining("/homework")->mountPoint, "/");
+    EXPECT_EQ(table.entryContaining("/home/alice/remote/x")->fsType, "fuse.sshfs");
+    EXPECT_EQ(table.entryContaining("/media/alice/My Passport/inner/a")->id, 41);
+    EXPECT_EQ(table.entryContaining("/media/alice/My Passport/a")->id, 34);
+    EXPECT_EQ(table.entryContaining("relative/path"), nullptr);
+}
+
+TEST(VolumeFiltering, KeepsWhatAPersonBrowsesAndDropsPseudoFileSystems) {
+    MountTable table = sample("mountinfo-desktop.txt");
+    auto volumes = mountPoints(table.volumes(desktopProfile()));
+    EXPECT_EQ(volumes, (std::vector<std::string>{"/", "/home", "/media/alice/My Passport", "/mnt/archive",
+                                                 "/home/alice/remote", "/mnt/image", "/media/alice/My Passport/inner"}));
+}
+
+TEST(VolumeFiltering, RootIsAVolumeWhateverItsType) {
+    MountEntry containerRoot{1, 0, "/", "overlay", "overlay", "rw"};
+    EXPECT_TRUE(containerRoot.isVolume(desktopProfile()));
+    MountEntry dockerLayer{2, 1, "/mnt/layer", "overlay", "overlay", "rw"};
+    EXPECT_FALSE(dockerLayer.isVolume(desktopProfile()));
+}
+
+TEST(VolumeFiltering, TheProfileVolumesFolderCountsButNotItself) {
+    PlatformProfile profile = desktopProfile();
+    profile.volumesFolder = "/tmp/quester-volumes";
+    MountEntry below{5, 1, "/tmp/quester-volumes/USB", "/dev/sdz1", "vfat", "rw"};
+    MountEntry itself{6, 1, "/tmp/quester-volumes", "/dev/sdz2", "ext4", "rw"};
+    MountEntry elsewhere{7, 1, "/opt/disk", "/dev/sdz3", "ext4", "rw"};
+    EXPECT_TRUE(below.isVolume(profile));
+    EXPECT_FALSE(itself.isVolume(profile));
+    EXPECT_FALSE(elsewhere.isVolume(profile));
+}
+
+TEST(VolumeFiltering, NetworkMountsAreNotLocal) {
+    MountTable table = sample("mountinfo-desktop.txt");
+    EXPECT_TRUE(table.entryAt("/mnt/archive")->isNetwork());
+    EXPECT_TRUE(table.entryAt("/home/alice/remote")->isNetwork());
+    EXPECT_FALSE(table.entryAt("/home")->isNetwork());
+    EXPECT_TRUE(table.entryAt("/mnt/image")->isReadOnly());
+}
+
+TEST(MountChangesTest, UnpluggingAndPluggingAreToldApart) {
+    MountTable before = sample("mountinfo-desktop.txt");
+    MountTable after = sample("mountinfo-desktop-unplugged.txt");
+    MountChanges changes = after.changesSince(before);
+    EXPECT_EQ(mountPoints(changes.unmounted),
+              (std::vector<std::string>{"/media/alice/My Passport", "/media/alice/My Passport/inner"}));
+    EXPECT_EQ(mountPoints(changes.mounted), (std::vector<std::string>{"/media/alice/CAMERA"}));
+    EXPECT_TRUE(before.changesSince(before).empty());
+}
+
+}  // namespace
+}  // namespace quester

@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include "language/BooleanParser.h"
+
+namespace quester {
+namespace {
+
+// Reads a sentence the way a query does: every word of `commandWords` after the
+// colon is a boolean-capable command, numbered in order of first appearance.
+BooleanExpr parse(std::string_view text, const std::vector<std::string>& commandWords = {}) {
+    const auto words = SentenceComponent::parseWords(text, nullptr, true);
+    auto commandFor = [&](const SentenceComponent& word) -> std::optional<int> {
+        if (!word.isAfterAColon) return std::nullopt;
+        for (size_t i = 0; i < commandWords.size(); ++i) {
+            if (commandWords[i] == word.textLowered) return static_cast<int>(i);
+        }
+        return std::nullopt;
+    };
+    auto recognised = [](const SentenceComponent& word) { return word.isAfterAColon && word.textLowered == "exact"; };
+    return BooleanParser::parse(BooleanParser::tokenizeUnified(words, recognised, commandFor));
+}
+
+std::string tree(std::string_view text, const std::vector<std::string>& commandWords = {}) {
+    return parse(text, commandWords).debugDescription();
+}
+
+BooleanEvalContext plain() {
+    BooleanEvalContext ctx;
+    ctx.wordSplitter = [](std::string_view text) {
+        std::vector<std::string> pieces;
+        std::string piece;
+        for (char c : text) {
+            if (c == ' ' || c == '.' || c == '-' || c == '_' || c == '/') {
+                if (!piece.empty()) pieces.push_back(piece);
+                piece.clear();
+            } else {
+                piece += c;
+            }
+        }
+        if (!piece.empty()) pieces.push_back(piece);
+        return pieces;
+    };
+    return ctx;
+}
+
+TEST(BooleanParser, JuxtapositionIsAndAndBindsTighterThanOr) {
+    EXPECT_EQ(tree("a b"), tree("a AND b"));
+    EXPECT_EQ(tree("a b"), "and(word(a), word(b))");
+    EXPECT_EQ(tree("a OR b c"), "or(word(a), and(word(b), word(c)))");
+    EXPECT_EQ(tree("a b OR c"), "or(and(word(a), word(b)), word(c))");
+}
+
+TEST(BooleanParser, ColonJoinsLast) {
+    EXPECT_EQ(tree("a b OR c : d", {"d"}), "and(or(and(word(a), word(b)), word(c)), cmd(0))");
+    EXPECT_EQ(tree("screenshot OR : tag", {"tag"}), "or(word(screenshot), cmd(0))") << "the OR joins the word and the command";
+    EXPECT_EQ(tree("report : modified AND bigger", {"modified", "bigger"}), "and(word(report), and(cmd(0), cmd(1)))");
+}
+
+TEST(BooleanParser, StrayOperators) {
+    EXPECT_EQ(tree("OR a"), "word(a)");
+    EXPECT_EQ(tree("a OR"), "word(a)");
+    EXPECT_EQ(tree("a NOT"), "word(a)");
+    EXPECT_EQ(tree("NOT"), "empty");
+    EXPECT_EQ(tree(") a b"), "empty") << "the rest after a leading ) is ignored";
+    EXPECT_EQ(tree("(a OR b"), "or(word(a), word(b))") << "an unclosed parenthesis closes at the end";
+    EXPECT_EQ(tree(""), "empty");
+}
+
+TEST(BooleanParser, NotTakesOneOperand) {
+    EXPECT_EQ(tree("NOT a b"), "and(not(word(a)), word(b))");
+    EXPECT_EQ(tree("NOT (a b)"), "not(and(word(a), word(b)))");
+    EXPECT_EQ(tree("not a"), "and(word(not), word(a))") << "only NOT in capitals is an operator";
+}
+
+TEST(BooleanParser, MinusAndParenthesesInsideWords) {
+    EXPECT_EQ(tree("holiday -work"), "and(word(holiday), not(word(work)))");
+    EXPECT_EQ(tree("invoice (2023 OR 2024)"), "and(word(invoice), or(word(2023), word(2024)))");
+    EXPECT_EQ(tree("\"-work\" \"or\""), "and(word(-work), word(or))") << "quoted words are plain words";
+    const auto words = SentenceComponent::parseWords("(a*", nullptr, false);
+    const auto tokens = BooleanParser::tokenizeUnified(words, {}, {});
+    ASSERT_EQ(tokens.size(), 2U);
+    EXPECT_EQ(tokens[1].word->wildcard, SentenceComponent::Wildcard::none) << "a word split at a parenthesis loses its wildcard";
+    const auto plainWord = BooleanParser::tokenizeUnified(SentenceComponent::parseWords("a*"), {}, {});
+    EXPECT_EQ(plainWord[0].word->wildcard, SentenceComponent::Wildcard::prefix);
+}
+
+TEST(BooleanParser, CommandAreaWords) {
+    EXPECT_EQ(tree("a : unknown words", {}), "word(a)") << "unknown command-area words are dropped";
+    EXPECT_EQ(tree("a : exact"), "word(a)") << "a command outside the tree";
+    EXPECT_EQ(tree("a : \"quoted\""), "and(word(a), word(quoted))");
+    EXPECT_EQ(tree(": big OR small", {"big", "small"}), "or(cmd(0), cmd(1))");
+    EXPECT_EQ(tree(": big big", {"big"}), "cmd(0)") << "one token per command";
+}
+
+TEST(BooleanParser, DeepNestingStaysBounded) {
+    const std::string open(5000, '(');
+    EXPECT_EQ(tree(open + "a"), "word(a)");
+    std::string nots;
+    for (int i = 0; i < 3000; ++i) nots += "NOT ";
+    EXPECT_NO_THROW(parse(nots + "a"));
+}
+
+TEST(BooleanExpr, Matching) {
+    const BooleanEvalContext ctx = plain();
+    EXPECT_TRUE(parse("").matches("anything", ctx)) << "empty never excludes";
+    EXPECT_TRUE(parse("Report").matches("/x/my report.txt", ctx));
+    EXPECT_FALSE(parse("holiday -work").matches("holiday work.jpg", ctx));
+    EXPECT_TRUE(parse("holiday -work").matches("holiday.jpg", ctx));
+    EXPECT_TRUE(parse("invoice (2023 OR 2024)").matches("invoice 2024.pdf", ctx));
+    EXPECT_FALSE(parse("invoice (2023 OR 2024)").matches("invoice 2022.pdf", ctx));
+}
+
+TEST(BooleanExpr, Wildcards) {
+    const BooleanEvalContext ctx = plain();
+    EXPECT_TRUE(parse("rep*").matches("/a/my report.txt", ctx));
+    EXPECT_FALSE(parse("rep*").matches("/a/prep.txt", ctx));
+    EXPECT_TRUE(parse("*.txt").matches("/a/notes.txt", ctx));
+    EXPECT_FALSE(parse("*.txt").matches("/a/notes.txt.bak", ctx));
+}
+
+TEST(BooleanExpr, MatchFlags) {
+    BooleanEvalContext ctx = plain();
+    ctx.caseSensitive = true;
+    EXPECT_FALSE(parse("Report").matches("report.pdf", ctx));
+    EXPECT_TRUE(parse("Report").matches("Report.pdf", ctx));
+    ctx = plain();
+    ctx.wholeWords = true;
+    EXPECT_TRUE(parse("report").matches("report.pdf", ctx));
+    EXPECT_FALSE(parse("report").matches("reports.pdf", ctx));
+    ctx = plain();
+    ctx.diacriticInsensitive = true;
+    EXPECT_TRUE(parse("cafe").matches("Café Menu.pdf", ctx));
+    EXPECT_TRUE(parse("CAFÉ").matches("cafe menu", ctx));
+    EXPECT_TRUE(parse("abc").matches("ＡＢＣ.txt", ctx)) << "width folds too";
+    ctx.caseSensitive = true;
+    EXPECT_FALSE(parse("cafe").matches("CAFÉ", ctx));
+    EXPECT_TRUE(parse("Cafe").matches("Café", ctx));
+}
+
+TEST(BooleanExpr, ExactNameCollapsesAndedWords) {
+    BooleanEvalContext ctx = plain();
+    ctx.exactName = true;
+    const BooleanExpr collapsed = parse("annual report : exact").collapsedForExact();
+    EXPECT_EQ(collapsed.debugDescription(), "word(annual report)");
+    EXPECT_TRUE(collapsed.matches("/docs/Annual Report", ctx));
+    EXPECT_FALSE(collapsed.matches("/docs/annual report.pdf", ctx));
+    EXPECT_EQ(parse("a b OR c").collapsedForExact().debugDescription(), "or(word(a b), word(c))");
+    EXPECT_EQ(parse("a NOT b").collapsedForExact().debugDescription(), "and(word(a), not(word(b)))");
+}
+
+TEST(BooleanExpr, CommandLeaves) {
+    BooleanEvalContext ctx = plain();
+    const BooleanExpr expr = parse("cats OR : big", {"big"});
+    EXPECT_TRUE(expr.matches("dogs", ctx)) << "with no evaluator a command leaf is true";
+    ctx.evaluateCommand = [](int) { return false; };
+    EXPECT_FALSE(expr.matches("dogs", ctx));
+    EXPECT_TRUE(expr.matches("cats", ctx));
+    EXPECT_EQ(expr.commandLeafIndices(), (std::set<int>{0}));
+    EXPECT_TRUE(expr.hasCommandUnderOr());
+    EXPECT_TRUE(expr.hasCommandLeafUnderOr({0}));
+    EXPECT_FALSE(expr.hasCommandLeafUnderOr({1}));
+    EXPECT_FALSE(parse("cats : big", {"big"}).hasCommandUnderOr());
+    EXPECT_TRUE(parse("a : x AND (y OR NOT z)", {"x", "y", "z"}).hasCommandUnderOr()) << "an OR deeper in the tree";
+    EXPECT_FALSE(parse("a OR b : x", {"x"}).hasCommandUnderOr());
+}
+
+TEST(BooleanExpr, OpenUniverse) {
+    EXPECT_FALSE(parse(": mail", {"mail"}).needsOpenUniverse({0}));
+    EXPECT_TRUE(parse(": mail OR big", {"mail", "big"}).needsOpenUniverse({0}));
+    EXPECT_TRUE(parse("word : mail", {"mail"}).needsOpenUniverse({0}));
+    EXPECT_TRUE(parse(": NOT mail", {"mail"}).needsOpenUniverse({0}));
+    EXPECT_FALSE(BooleanExpr().needsOpenUniverse({}));
+}
+
+}  // namespace
+}  // namespace quester

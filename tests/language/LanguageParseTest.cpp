@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "FakeCommands.h"
+#include "language/LanguageParse.h"
+#include "resources/ScriptResource.h"
+#include "support/Munge.h"
+
+namespace quester {
+namespace {
+
+using testing::FakeCommand;
+using testing::FakeFactory;
+
+// The command names of the program's fixed table of factories.
+const std::vector<std::string> allCommandNames = {
+    "caseSensitive", "textContent", "specificDateRange", "thisTimeUnit", "lastTimeUnit", "lastNDateUnit", "month",
+    "monthYear", "monthToMonth", "monthYearToMonth", "monthToMonthYear", "monthYearToMonthYear", "monthYearToYear",
+    "yearMonthToMonth", "monthDayToMonth", "yearToYear", "year", "afterDate", "afterYear", "afterMonth", "beforeDate",
+    "beforeYear", "beforeMonth", "dayMonth", "excludingFolder", "extension", "extensionNot", "exact", "isFile", "isFolder",
+    "ImageVision", "ImageVisionAllItems", "inside", "remembered", "rememberedShallow", "label", "labelExcluding", "locked",
+    "lockedExcluding", "nameMaxLength", "nameMinLength", "mailSearch", "pathMaxLength", "pathMinLength", "maxDepth", "regex",
+    "regexNot", "scriptCommand", "filesSmallerThan", "filesBiggerThan", "filesEqualTo", "filesExactlyEqualTo", "listGames",
+    "listApps", "showAllFiles", "showInvisibleItems", "spotlightMetadata", "author", "spotlightUserQuery", "uti", "wholeWords",
+};
+
+std::vector<SentenceComponent> commandArea(std::string_view text) {
+    std::vector<SentenceComponent> area;
+    for (auto& word : SentenceComponent::parseWords(text, nullptr, true)) {
+        if (word.isAfterAColon) area.push_back(std::move(word));
+    }
+    return area;
+}
+
+std::vector<std::string> printed(const CommandRecogniserResult& result) {
+    std::vector<std::string> out;
+    for (const auto& command : result.commands) out.push_back(command->commandToString());
+    return out;
+}
+
+LanguageParse withTemplates(std::string_view lines, CommandFactories factories) {
+    auto templates = std::make_shared<const std::vector<SentenceTemplate>>(LanguageParseCache::templatesFromText(lines));
+    return LanguageParse(std::move(templates), std::move(factories));
+}
+
+std::shared_ptr<const CommandFactory> fake(std::vector<std::string> names, std::vector<std::string> refused = {}) {
+    return std::make_shared<FakeFactory>(std::move(names), std::move(refused));
+}
+
+TEST(LanguageParseScript, ServesEveryCommandNameAndNoOther) {
+    std::set<std::string> served;
+    for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates()) served.insert(sentenceTemplate.command);
+    const std::set<std::string> expected(allCommandNames.begin(), allCommandNames.end());
+    EXPECT_EQ(served, expected);
+}
+
+TEST(LanguageParseScript, CompiledDataIsScrambled) {
+    const auto data = scriptResource();
+    const std::string_view raw(reinterpret_cast<const char*>(data.data()), data.size());
+    EXPECT_EQ(raw.find("case sensitive"), std::string_view::npos);
+    EXPECT_GT(LanguageParseCache::shared().allTemplates()->size(), 100U);
+}
+
+TEST(LanguageParseScript, LoaderSkipsCommentsPencilLinesAndBlankLines) {
+    const auto templates = LanguageParseCache::templatesFromText(
+        "// comment line\n\nexact exact\n  \nwhole words wholeWords \u270F\uFE0F\nnot // a comment locked\n");
+    ASSERT_EQ(templates.size(), 2U);
+    EXPECT_EQ(templates[0].command, "exact");
+    EXPECT_EQ(templates[1].command, "locked");
+}
+
+TEST(LanguageParseScript, ScrambledRoundTripAndInvalidText) {
+    std::string text = "case sensitive caseSensitive\nshow all files showAllFiles\n";
+    std::vector<std::uint8_t> bytes(text.begin(), text.end());
+    Munge::munge(bytes, 1);
+    const auto templates = LanguageParseCache::templatesFromScrambled(bytes);
+    ASSERT_EQ(templates.size(), 2U);
+    EXPECT_EQ(templates[1].command, "showAllFiles");
+
+    std::vector<std::uint8_t> invalid = {'a', ' ', 0xff, 0xfe, ' ', 'x', '\n'};
+    Munge::munge(invalid, 1);
+    EXPECT_TRUE(LanguageParseCache::templatesFromScrambled(invalid).empty()) << "text that isn't UTF-8 gives an empty table";
+}
+
+TEST(LanguageParse, NoWordsNoCommands) {
+    const LanguageParse parse({fake(allCommandNames)});
+    const auto result = parse.makeCommands({});
+    EXPECT_TRUE(result.commands.empty());
+    EXPECT_TRUE(result.consumedParts.empty());
+}
+
+TEST(LanguageParse, LongerMatchWinsOverlap) {
+    const LanguageParse parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"})});
+    EXPECT_EQ(printed(parse.makeCommands(commandArea(": modified this year"))), (std::vector<std::string>{"b"}));
+    EXPECT_EQ(printed(parse.makeCommands(commandArea(": modified"))), (std::vector<std::string>{"a"}));
+}
+
+TEST(LanguageParse, EqualMatchesBothSurviveUnlessTheyPrintAlike) {
+    const LanguageParse different = withTemplates("same a\nsame b\n", {fake({"a", "b"})});
+    EXPECT_EQ(printed(different.makeCommands(commandArea(": same"))), (std::vector<std::string>{"a", "b"}));
+    const LanguageParse alike = withTemplates("same a\nsame a\n", {fake({"a"})});
+    const auto result = alike.makeCommands(commandArea(": same"));
+    EXPECT_EQ(printed(result), (std::vector<std::string>{"a"}));
+    EXPECT_EQ(result.consumedParts.size(), 2U) << "a dropped duplicate's words still count as recognised";
+}
+
+TEST(LanguageParse, SameTemplateTwiceInOneSentence) {
+    const LanguageParse parse = withTemplates("tag ~string label\n", {fake({"label"})});
+    const auto result = parse.makeCommands(commandArea(": tag red tag blue"));
+    EXPECT_EQ(printed(result), (std::vector<std::string>{"label(red)", "label(blue)"}));
+    EXPECT_EQ(result.commands[1]->commandConsumedParts().size(), 2U);
+    EXPECT_EQ(result.commands[1]->commandConsumedParts()[1].textOriginalCase, "blue");
+}
+
+TEST(LanguageParse, RefusedMatchDoesNotBringBackTheShorterOne) {
+    const LanguageParse parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"}, {"b"})});
+    const auto result = parse.makeCommands(commandArea(": modified this year"));
+    EXPECT_TRUE(result.commands.empty());
+    EXPECT_TRUE(result.consumedParts.empty());
+}
+
+TEST(LanguageParse, FirstFactoryOfTheTableWinsAndUnknownNamesAreSkipped) {
+    const auto first = fake({"a"}, {});
+    const auto second = fake({"a", "b"}, {"a"});
+    const LanguageParse parse = withTemplates("x a\ny nobody\nz b\n", {first, second});
+    EXPECT_EQ(printed(parse.makeCommands(commandArea(": x y z"))), (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(LanguageParse, ArgumentsInTemplateOrderAndFlags) {
+    const LanguageParse parse = withTemplates("mail ~string to ~string m/to_from=1\n", {fake({"m"})});
+    const auto result = parse.makeCommands(commandArea(": mail \"hello there\" to bob"));
+    ASSERT_EQ(result.commands.size(), 1U);
+    const auto& command = dynamic_cast<const FakeCommand&>(*result.commands[0]);
+    EXPECT_EQ(command.arguments, "hello there|bob");
+    EXPECT_EQ(command.flags, (TemplateFlags{{"to_from", "1"}}));
+}
+
+TEST(LanguageParse, OverlapIsJudgedOnTheInsideOfRanges) {
+    std::vector<TemplateWordStatsResult> list(3);
+    list[0].position = {0, 10};
+    list[0].numberOfCharactersMatched = 9;
+    list[1].position = {9, 14};  // shares only an edge with the first
+    list[1].numberOfCharactersMatched = 4;
+    list[2].position = {5, 6};  // a single position overlaps nothing
+    list[2].numberOfCharactersMatched = 1;
+    EXPECT_EQ(consolidateOverlappingResults(list).size(), 3U);
+    list[1].position = {8, 14};
+    EXPECT_EQ(consolidateOverlappingResults(list).size(), 2U);
+}
+
+TEST(LanguageParse, UnmatchedWordsAreLeftOver) {
+    const LanguageParse parse({fake(allCommandNames)});
+    const auto result = parse.makeCommands(commandArea(": frobnicate bigger than 1mb wobble"));
+    EXPECT_EQ(printed(result), (std::vector<std::string>{"filesBiggerThan(1.00mb)"}));
+    EXPECT_EQ(result.consumedParts.size(), 3U);
+}
+
+}  // namespace
+}  // namespace quester

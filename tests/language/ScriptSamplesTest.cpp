@@ -1,0 +1,122 @@
+#include <gtest/gtest.h>
+
+#include "FakeCommands.h"
+#include "language/LanguageParse.h"
+
+namespace quester {
+namespace {
+
+// The program's own template data, with factories that print what they were given:
+// this pins which command each wording reaches and with which values. Commands come
+// in template order, not sentence order; "is file" also reads as a kind word here,
+// which the real commands drop as a duplicate since both print "is file".
+const LanguageParse& parser() {
+    static const LanguageParse parse = [] {
+        std::vector<std::string> names;
+        for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates()) names.push_back(sentenceTemplate.command);
+        VariableSources sources;
+        sources.rememberedFolders = [] { return std::vector<std::pair<std::string, std::string>>{{"desktop", "/home/u/Desktop/"}}; };
+        sources.shortcutNames = [] { return std::vector<std::string>{"music quiz"}; };
+        return LanguageParse(CommandFactories{std::make_shared<testing::FakeFactory>(names)}, sources);
+    }();
+    return parse;
+}
+
+struct Parsed {
+    std::vector<std::string> commands;
+    std::vector<std::string> leftOver;  // command-area words no command took
+};
+
+Parsed parse(std::string_view text) {
+    std::vector<SentenceComponent> area;
+    for (auto& word : SentenceComponent::parseWords(text, nullptr, true)) {
+        if (word.isAfterAColon) area.push_back(std::move(word));
+    }
+    const CommandRecogniserResult result = parser().makeCommands(area);
+    Parsed parsed;
+    for (const auto& command : result.commands) parsed.commands.push_back(command->commandToString());
+    for (const auto& word : area) {
+        if (std::find(result.consumedParts.begin(), result.consumedParts.end(), word) == result.consumedParts.end()) {
+            parsed.leftOver.push_back(word.textOriginalCase);
+        }
+    }
+    return parsed;
+}
+
+using Names = std::vector<std::string>;
+
+struct Sample {
+    std::string_view query;
+    Names commands;
+    Names leftOver;
+};
+
+class SampleQueries : public ::testing::TestWithParam<Sample> {};
+
+TEST_P(SampleQueries, ParseAsShown) {
+    const Sample& sample = GetParam();
+    const Parsed parsed = parse(sample.query);
+    EXPECT_EQ(parsed.commands, sample.commands) << sample.query;
+    EXPECT_EQ(parsed.leftOver, sample.leftOver) << sample.query;
+}
+
+// Flags print as their numbers: without 0, allFiles 1, wholeWords 2, allWords 3, useOCR 4, caseSensitive 5.
+// Time ranges print as their WhenType numbers: recent 2, today 3, yesterday 4; time units: weekOfYear 3, month 4, year 5.
+INSTANTIATE_TEST_SUITE_P(
+    TheSeventeen, SampleQueries,
+    ::testing::Values(
+        Sample{": today is audio", {"uti(audio)", "specificDateRange(modified|when3)"}, {}},
+        Sample{"summer : is video", {"uti(video)"}, {}},
+        Sample{": content \"yearly total\"", {"textContent(yearly total|[])"}, {}},
+        Sample{"reports : modified in 2016", {"year(modified|2016)"}, {}},
+        Sample{".m4v : bigger than 10mb", {"filesBiggerThan(10.0mb)"}, {}},
+        Sample{"cat : is image inside animals", {"uti(image)", "inside(animals)"}, {}},
+        Sample{"invoice OR receipt : after 2023", {"afterYear(modified|2023)"}, {}},
+        Sample{"holiday -work : is video", {"uti(video)"}, {}},
+        Sample{"report : modified this month AND bigger than 5mb", {"filesBiggerThan(5.00mb)", "thisTimeUnit(modified|unit4)"}, {"AND"}},
+        Sample{"screenshot OR : tag red", {"label(red)"}, {}},
+        Sample{".key OR .pptx : modified this year", {"thisTimeUnit(modified|unit5)"}, {}},
+        Sample{"budget : content \"Q4 forecast\" all words", {"textContent(Q4 forecast|[3])"}, {}},
+        Sample{"manual : is pdf inside Documents", {"uti(pdf)", "inside(Documents)"}, {}},
+        Sample{"vacation : image is \"beach,palm tree\"", {"ImageVisionAllItems(beach,palm tree)"}, {}},
+        Sample{"receipts : content \"total\" without \"draft\"", {"textContent(total|draft|[])"}, {}},
+        Sample{"invoice (2023 OR 2024) : is pdf", {"uti(pdf)"}, {}},
+        Sample{"photos : image includes \"dog,cat\" smaller than 2mb", {"filesSmallerThan(2.00mb)", "ImageVision(dog,cat)"}, {}}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Variants, SampleQueries,
+    ::testing::Values(
+        Sample{": larger than 1.5 gb", {"filesBiggerThan(1.50gb)"}, {}},
+        Sample{": modified yesterday", {"specificDateRange(modified|when4)"}, {}},
+        Sample{": created last week", {"lastTimeUnit(created|unit3)"}, {}},
+        Sample{": edited in the last 3 days", {"lastNDateUnit(modified|3|unit2)"}, {}},
+        Sample{": made before march", {"beforeMonth(created|3)"}, {}},
+        Sample{": changed from march 2020 to may 2021", {"monthYearToMonthYear(modified|3|2020|5|2021)"}, {}},
+        Sample{": from 2019 to 2021", {"yearToYear(modified|2019|2021)"}, {}},
+        Sample{": modified 12 june", {"dayMonth(modified|12|6)"}, {}},
+        Sample{": modified march 2023", {"monthYear(modified|3|2023)"}, {}},
+        Sample{": recent", {"specificDateRange(modified|when2)"}, {}},
+        Sample{": exact size 1024b", {"filesExactlyEqualTo(1024b)"}, {}},
+        Sample{": size 3 kb", {"filesEqualTo(3.00kb)"}, {}},
+        Sample{": max name length twenty min path length 10", {"nameMaxLength(20)", "pathMinLength(10)"}, {}},
+        Sample{": max depth 2", {"maxDepth(2)"}, {}},
+        Sample{": .txt not .jpg", {"extension(txt)", "extensionNot(jpg)"}, {}},
+        Sample{": not locked is file", {"isFile", "lockedExcluding", "uti(file)"}, {}},
+        Sample{": is folder", {"isFolder"}, {}},
+        Sample{": is file", {"isFile", "uti(file)"}, {}},
+        Sample{": tag red tag blue", {"label(red)", "label(blue)"}, {}},
+        Sample{": excluding folder \"Backups\"", {"excludingFolder(Backups)"}, {}},
+        Sample{": regex \"^rep.*x$\" not", {"regexNot(^rep.*x$)"}, {}},
+        Sample{": regex rep*", {"regex(rep)"}, {}},
+        Sample{": case sensitive whole words exact", {"caseSensitive", "wholeWords", "exact"}, {}},
+        Sample{": show all files show invisible items show apps", {"showInvisibleItems", "showAllFiles", "listApps"}, {}},
+        Sample{": mailsearch \"text\"", {"mailSearch(text)"}, {}},
+        Sample{": metadata \"comedy\" author \"robin vale\"", {"spotlightMetadata(comedy)", "author(robin vale)"}, {}},
+        Sample{": spotlight \"kind:pdf\"", {"spotlightUserQuery(kind:pdf)"}, {}},
+        Sample{": desktop", {"remembered(/home/u/Desktop/)"}, {}},
+        Sample{": shortcut music quiz", {"scriptCommand(script:music quiz)"}, {}},
+        Sample{": content \"x\" whole words use OCR case sensitive", {"textContent(x|[245])"}, {}},
+        Sample{": frobnicate", {}, {"frobnicate"}}));
+
+}  // namespace
+}  // namespace quester

@@ -1,0 +1,176 @@
+#include "query/SearchResult.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <nlohmann/json.hpp>
+
+namespace quester {
+
+namespace {
+
+constexpr std::string_view kFileScheme = "file://";
+
+bool isAllowedInURLPath(unsigned char c) {
+    if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')) return true;
+    return std::string_view("-._~!$&'()*+,;=:@/").find(static_cast<char>(c)) != std::string_view::npos;
+}
+
+int hexValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+std::optional<std::string> percentDecoded(std::string_view text) {
+    std::string decoded;
+    decoded.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            decoded += text[i];
+            continue;
+        }
+        if (i + 2 >= text.size()) return std::nullopt;
+        int high = hexValue(text[i + 1]);
+        int low = hexValue(text[i + 2]);
+        if (high < 0 || low < 0) return std::nullopt;
+        decoded += static_cast<char>(high * 16 + low);
+        i += 2;
+    }
+    return decoded;
+}
+
+// statx's birth time where the file system keeps one; 0 otherwise.
+void readFileDates(const std::string& path, SearchResult& result) {
+    struct statx attributes {};
+    if (statx(AT_FDCWD, path.c_str(), 0, STATX_SIZE | STATX_MTIME | STATX_BTIME, &attributes) != 0) return;
+    if (attributes.stx_mask & STATX_SIZE) result.size = attributes.stx_size;
+    if (attributes.stx_mask & STATX_MTIME) result.modDate = attributes.stx_mtime.tv_sec;
+    if (attributes.stx_mask & STATX_BTIME) result.creationDate = attributes.stx_btime.tv_sec;
+}
+
+// Reads required keys one after another and keeps the first failure.
+class RequiredFields {
+public:
+    explicit RequiredFields(const nlohmann::ordered_json& object) : object(object) {}
+
+    template <typename T>
+    T read(const char* key) {
+        auto found = object.find(key);
+        if (found == object.end()) return fail<T>(std::string("missing key ") + key);
+        try {
+            return found->get<T>();
+        } catch (const nlohmann::json::exception&) {
+            return fail<T>(std::string("wrong type for key ") + key);
+        }
+    }
+
+    const std::optional<Error>& error() const { return firstError; }
+
+private:
+    template <typename T>
+    T fail(std::string message) {
+        if (!firstError) firstError = makeError(ErrorCode::invalidArgument, std::move(message));
+        return T{};
+    }
+
+    const nlohmann::ordered_json& object;
+    std::optional<Error> firstError;
+};
+
+}  // namespace
+
+std::string fileURLString(const Url& url) {
+    static constexpr char digits[] = "0123456789ABCDEF";
+    std::string text(kFileScheme);
+    for (unsigned char c : url.path()) {
+        if (isAllowedInURLPath(c)) {
+            text += static_cast<char>(c);
+        } else {
+            text += '%';
+            text += digits[c >> 4];
+            text += digits[c & 0x0F];
+        }
+    }
+    if (url.isDirectory() && !url.path().ends_with('/')) text += '/';
+    return text;
+}
+
+std::optional<Url> urlFromFileURLString(std::string_view text) {
+    if (!text.starts_with(kFileScheme)) return std::nullopt;
+    auto path = percentDecoded(text.substr(kFileScheme.size()));
+    if (!path || !path->starts_with('/')) return std::nullopt;
+    bool isDirectory = path->size() > 1 && path->ends_with('/');
+    if (isDirectory) path->pop_back();
+    return Url(*path, isDirectory);
+}
+
+SearchResult SearchResult::forFile(SearchResultSupplier supplier, const std::string& path, bool checkToSeeIfItExists) {
+    SearchResult result;
+    result.url = Url(path, false);
+    result.checkToSeeIfItExists = checkToSeeIfItExists;
+    result.strikeThroughDisplayNameIfMissing = true;
+    result.searchResultSuppliedBy = supplier;
+    readFileDates(path, result);
+    return result;
+}
+
+nlohmann::ordered_json SearchResult::toJSONObject() const {
+    nlohmann::ordered_json object = nlohmann::ordered_json::object();
+    if (diskKey) object["diskKey"] = *diskKey;
+    object["url"] = fileURLString(url);
+    object["isDirectory"] = isDirectory;
+    object["size"] = size;
+    object["creationDate"] = creationDate;
+    object["modDate"] = modDate;
+    object["lastAccessDate"] = lastAccessDate;
+    object["checkToSeeIfItExists"] = checkToSeeIfItExists;
+    object["uuid"] = uuid.toString();
+    object["searchResultSuppliedBy"] = static_cast<int>(searchResultSuppliedBy);
+    object["ignoreSearchLocation"] = ignoreSearchLocation;
+    object["contentSearchResultsRank"] = contentSearchResultsRank;
+    object["strikeThroughDisplayNameIfMissing"] = strikeThroughDisplayNameIfMissing;
+    return object;
+}
+
+std::string SearchResult::toJSON() const { return toJSONObject().dump(); }
+
+Result<SearchResult> SearchResult::fromJSON(std::string_view text) {
+    auto object = nlohmann::ordered_json::parse(text, nullptr, false);
+    if (object.is_discarded()) return makeError(ErrorCode::invalidArgument, "search result is no JSON");
+    return fromJSONObject(object);
+}
+
+Result<SearchResult> SearchResult::fromJSONObject(const nlohmann::ordered_json& object) {
+    if (!object.is_object()) return makeError(ErrorCode::invalidArgument, "search result is no JSON object");
+    RequiredFields fields(object);
+    auto urlText = fields.read<std::string>("url");
+    SearchResult result;
+    result.isDirectory = fields.read<bool>("isDirectory");
+    result.size = fields.read<std::uint64_t>("size");
+    result.creationDate = fields.read<std::int64_t>("creationDate");
+    result.modDate = fields.read<std::int64_t>("modDate");
+    result.lastAccessDate = fields.read<std::int64_t>("lastAccessDate");
+    result.checkToSeeIfItExists = fields.read<bool>("checkToSeeIfItExists");
+    auto uuidText = fields.read<std::string>("uuid");
+    auto supplierRaw = fields.read<long long>("searchResultSuppliedBy");
+    result.ignoreSearchLocation = fields.read<bool>("ignoreSearchLocation");
+    result.contentSearchResultsRank = fields.read<std::int64_t>("contentSearchResultsRank");
+    result.strikeThroughDisplayNameIfMissing = fields.read<bool>("strikeThroughDisplayNameIfMissing");
+    if (fields.error()) return *fields.error();
+
+    auto url = urlFromFileURLString(urlText);
+    if (!url) return makeError(ErrorCode::invalidArgument, "url is no file URL: " + urlText);
+    auto uuid = Uuid::fromString(uuidText);
+    if (!uuid) return makeError(ErrorCode::invalidArgument, "uuid is no UUID: " + uuidText);
+    auto supplier = searchResultSupplierFromRaw(supplierRaw);
+    if (!supplier) return makeError(ErrorCode::invalidArgument, "unknown supplier " + std::to_string(supplierRaw));
+    if (auto key = object.find("diskKey"); key != object.end() && key->is_string()) result.diskKey = key->get<std::string>();
+    result.url = *url;
+    result.uuid = *uuid;
+    result.searchResultSuppliedBy = *supplier;
+    return result;
+}
+
+}  // namespace quester

@@ -1,0 +1,26 @@
+#include "query/SearchResultsBucket.h"
+
+namespace quester {
+
+namespace {
+constexpr std::chrono::milliseconds kFlushInterval{500};
+}
+
+SearchResultsBucket::SearchResultsBucket(const Clock& clock) : clock(clock), lastFlushTime(clock.now()) {}
+
+void SearchResultsBucket::add(SearchResult result) { bucketItems.push_back(std::move(result)); }
+
+void SearchResultsBucket::add(const std::vector<SearchResult>& results) {
+    bucketItems.insert(bucketItems.end(), results.begin(), results.end());
+}
+
+bool SearchResultsBucket::isTimeToEmpty() const { return clock.now() - lastFlushTime > kFlushInterval; }
+
+std::vector<SearchResult> SearchResultsBucket::empty() {
+    std::vector<SearchResult> taken(bucketItems.begin(), bucketItems.end());
+    bucketItems.clear();
+    lastFlushTime = clock.now();
+    return taken;
+}
+
+}  // namespace quester

@@ -20,9 +20,30 @@ enum class ErrorCode {
     internal,
 };
 
+// The name of a code as written here ("notFound", "ioError", ...).
+inline const char* errorCodeName(ErrorCode code) {
+    switch (code) {
+        case ErrorCode::notFound: return "notFound";
+        case ErrorCode::invalidArgument: return "invalidArgument";
+        case ErrorCode::ioError: return "ioError";
+        case ErrorCode::corrupt: return "corrupt";
+        case ErrorCode::permissionDenied: return "permissionDenied";
+        case ErrorCode::unsupported: return "unsupported";
+        case ErrorCode::cancelled: return "cancelled";
+        case ErrorCode::internal: return "internal";
+    }
+    return "internal";
+}
+
 struct Error {
     ErrorCode code = ErrorCode::internal;
     std::string message;
+
+    // "<message> (<code name>)", or the code name alone without a message.
+    std::string description() const {
+        if (message.empty()) return errorCodeName(code);
+        return message + " (" + errorCodeName(code) + ")";
+    }
 };
 
 // A value or an `Error`. Exceptions never cross a subsystem boundary; this does.

@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/AppDirectories.h"
+#include "support/GuruMeditation.h"
+
+namespace quester {
+namespace {
+
+std::vector<std::string> splitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    std::string line;
+    while (std::getline(stream, line)) lines.push_back(line);
+    return lines;
+}
+
+TEST(GuruMeditation, DetailedStringHasTheSevenLinesInOrder) {
+    GMTrace crumbs;
+    int line = __LINE__ + 1;
+    crumbs.add("opened cache");
+    crumbs.add("searched");
+    auto text = GuruMeditation::errorToDetailedString(makeError(ErrorCode::corrupt, "Bad page"), &crumbs,
+                                                      "/a/b/SearchManager.cpp", 42);
+    auto lines = splitLines(text);
+    ASSERT_EQ(lines.size(), 7u) << text;
+    EXPECT_TRUE(lines[0].ends_with(" v0.1.0 error details:")) << lines[0];
+    EXPECT_EQ(lines[1], "File: SearchManager  Line: 42");
+    EXPECT_EQ(lines[2], "Trace: GuruMeditationTest:" + std::to_string(line) + " opened cache,GuruMeditationTest:" +
+                            std::to_string(line + 1) + " searched");
+    EXPECT_EQ(lines[3], "Bad page (corrupt)");
+    EXPECT_TRUE(lines[4].starts_with("OS: Linux ")) << lines[4];
+    EXPECT_TRUE(lines[5].starts_with("Mac Cores: ")) << lines[5];
+    EXPECT_NE(lines[5].find("  Arch: "), std::string::npos);
+    EXPECT_EQ(lines[6], std::string(39, '-'));
+    EXPECT_FALSE(text.ends_with("\n"));
+}
+
+TEST(GuruMeditation, WithoutCrumbsTheTraceIsEmpty) {
+    auto lines = splitLines(GuruMeditation::errorToDetailedString(makeError(ErrorCode::internal, ""), nullptr, "X.cpp", 1));
+    ASSERT_EQ(lines.size(), 7u);
+    EXPECT_EQ(lines[2], "Trace: ");
+    EXPECT_EQ(lines[3], "internal");
+}
+
+TEST(GuruMeditation, StartClearsEarlierCrumbs) {
+    GMTrace crumbs;
+    crumbs.add("old");
+    crumbs.start("new");
+    EXPECT_EQ(crumbs.description(), "GuruMeditationTest:" + std::to_string(__LINE__ - 1) + " new");
+    crumbs.clear();
+    EXPECT_EQ(crumbs.description(), "");
+}
+
+TEST(GuruMeditation, AlertsAppendReportsToAFileInTheCachesFolder) {
+    ::testing::internal::CaptureStderr();
+    auto first = GuruMeditation::showErrorAlert(makeError(ErrorCode::ioError, "first failure"));
+    auto second = GuruMeditation::showErrorAlert(makeError(ErrorCode::ioError, "second failure"));
+    std::string printed = ::testing::internal::GetCapturedStderr();
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(*first, *second);
+    EXPECT_EQ(std::filesystem::path(*first).parent_path(), *AppDirectories::appCachesDirectory());
+    std::ifstream in(*first);
+    std::stringstream contents;
+    contents << in.rdbuf();
+    EXPECT_LT(contents.str().find("first failure"), contents.str().find("second failure"));
+    EXPECT_NE(contents.str().find("File: GuruMeditationTest  Line: "), std::string::npos);
+    EXPECT_NE(printed.find("second failure (ioError)"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quester

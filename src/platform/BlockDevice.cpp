@@ -27,7 +27,8 @@ std::optional<BlockDevice> BlockDevice::forSource(const std::string& source) {
     if (source.empty() || source.front() != '/' || stat(source.c_str(), &info) != 0 || !S_ISBLK(info.st_mode)) {
         return std::nullopt;
     }
-    std::string link = "/sys/dev/block/" + std::to_string(major(info.st_rdev)) + ":" + std::to_string(minor(info.st_rdev));
+    std::string link =
+        "/sys/dev/block/" + std::to_string(major(info.st_rdev)) + ":" + std::to_string(minor(info.st_rdev));
     std::error_code error;
     std::string device = std::filesystem::canonical(link, error).string();
     if (error) return std::nullopt;

@@ -4,6 +4,7 @@
 
 #include "platform/BlockDevice.h"
 #include "platform/PathText.h"
+#include "support/LogFunc.h"
 
 namespace quester {
 namespace {
@@ -19,31 +20,35 @@ bool hasMarkers(const std::string& mountPoint, const std::vector<std::string>& m
 DiskInfoManager::DiskInfoManager(FSUtilities& fsUtilities, NotificationCenter& notificationCenter)
     : utilities(fsUtilities), center(notificationCenter) {}
 
-DiskInfoManager::~DiskInfoManager() { monitor.reset(); }
+DiskInfoManager::~DiskInfoManager() {
+    monitor.reset();
+}
 
 DiskInfoManager& DiskInfoManager::shared() {
     static DiskInfoManager* instance = [] {
         auto* made = new DiskInfoManager(FSUtilities::shared());
-        // Without a table or a monitor the list stays as it is; searches go on.
-        if (made->buildAll().ok()) static_cast<void>(made->watchForDiskMountOrUnmount());
+        if (Status built = made->buildAllAndWatch(); !built) {
+            LOG("disks are not watched: " + built.error().message);
+        }
         return made;
     }();
     return *instance;
 }
 
-Status DiskInfoManager::buildAll() {
+Status DiskInfoManager::buildAllAndWatch() {
     auto table = MountTable::read();
     if (!table) return table.error();
     buildAll(*table);
-    return Status::success();
+    return watchForDiskMountOrUnmount(std::move(*table));
 }
 
 void DiskInfoManager::buildAll(const MountTable& table) {
     for (const auto& entry : table.volumes(utilities.profile())) add(entry);
 }
 
-Status DiskInfoManager::watchForDiskMountOrUnmount() {
-    auto started = MountMonitor::start([this](const MountChanges& changes) { handleMountChanges(changes); });
+Status DiskInfoManager::watchForDiskMountOrUnmount(std::optional<MountTable> baseline) {
+    auto started =
+        MountMonitor::start([this](const MountChanges& changes) { handleMountChanges(changes); }, std::move(baseline));
     if (!started) return started.error();
     monitor = std::move(*started);
     return Status::success();
@@ -73,15 +78,17 @@ DiskInfo DiskInfoManager::makeInfo(const MountEntry& disk) const {
 bool DiskInfoManager::add(const MountEntry& disk) {
     if (!disk.isVolume(utilities.profile())) return false;
     DiskInfo info = makeInfo(disk);
-    disks.access([&](auto& list) { list.push_back(std::move(info)); });
+    disks.access([&](auto& list) {
+        std::erase_if(list, [&](const DiskInfo& known) { return known.url == info.url; });
+        list.push_back(std::move(info));
+    });
     updateKnownVolumePaths();
     return true;
 }
 
 bool DiskInfoManager::remove(const Url& disk) {
-    bool removed = disks.access([&](auto& list) {
-        return std::erase_if(list, [&](const DiskInfo& info) { return info.url == disk; }) > 0;
-    });
+    bool removed = disks.access(
+        [&](auto& list) { return std::erase_if(list, [&](const DiskInfo& info) { return info.url == disk; }) > 0; });
     if (removed) updateKnownVolumePaths();
     return removed;
 }
@@ -94,7 +101,8 @@ void DiskInfoManager::updateKnownVolumePaths() {
 
 std::optional<DiskInfo> DiskInfoManager::info(const std::string& forDisk) const {
     return disks.access([&](const auto& list) -> std::optional<DiskInfo> {
-        auto found = std::find_if(list.begin(), list.end(), [&](const DiskInfo& info) { return info.url.path() == forDisk; });
+        auto found =
+            std::find_if(list.begin(), list.end(), [&](const DiskInfo& info) { return info.url.path() == forDisk; });
         if (found == list.end()) return std::nullopt;
         return *found;
     });
@@ -105,7 +113,8 @@ std::vector<DiskInfo> DiskInfoManager::volumes() const {
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const DiskInfo& a, const DiskInfo& b) { return a.url.path() < b.url.path(); });
     if (auto boot = utilities.profile().bootVolumePath()) {
-        std::stable_partition(sorted.begin(), sorted.end(), [&](const DiskInfo& info) { return info.url.path() == *boot; });
+        std::stable_partition(sorted.begin(), sorted.end(),
+                              [&](const DiskInfo& info) { return info.url.path() == *boot; });
     }
     return sorted;
 }
@@ -127,6 +136,8 @@ NotificationCenter::Token DiskInfoManager::didChange(std::function<void()> call)
     return center.addObserver(RebuildLocationPopupNotification, std::move(call));
 }
 
-void DiskInfoManager::postRebuildLocationPopupNotification() { center.post(RebuildLocationPopupNotification); }
+void DiskInfoManager::postRebuildLocationPopupNotification() {
+    center.post(RebuildLocationPopupNotification);
+}
 
 }  // namespace quester

@@ -33,18 +33,22 @@ public:
     // Made on first use: every volume of the mount table, then watching.
     static DiskInfoManager& shared();
 
-    // Adds each volume of `table` (the kernel's table by default).
-    Status buildAll();
+    // Adds each volume of the kernel's table and starts watching it from that
+    // same reading, so no mount falls between the two.
+    Status buildAllAndWatch();
+    // Adds each volume of `table`.
     void buildAll(const MountTable& table);
     // Starts the mount monitor; a mount adds the disk, an unmount removes it,
-    // and either posts the notification. Fails when the monitor can't start.
-    Status watchForDiskMountOrUnmount();
+    // and either posts the notification. Changes are told against `baseline`
+    // (the table read now by default). Fails when the monitor can't start.
+    Status watchForDiskMountOrUnmount(std::optional<MountTable> baseline = std::nullopt);
     // Applies the monitor's report and posts the notification when a volume
     // came or went.
     void handleMountChanges(const MountChanges& changes);
 
-    // Adds a volume; mounts that aren't volumes under the profile are ignored.
-    // Answers whether it was added.
+    // Adds a volume, in place of an entry with the same mount point; mounts
+    // that aren't volumes under the profile are ignored. Answers whether it
+    // was added.
     bool add(const MountEntry& disk);
     // Drops the entries with that mount point; answers whether any was there.
     bool remove(const Url& disk);

@@ -51,9 +51,10 @@ std::string FSUtilities::stripVolumeForOSRules(const std::string& path) const {
 }
 
 bool FSUtilities::hasOSPrefix(const std::string& path) const {
-    return std::any_of(platform.osDirectoryPrefixes.begin(), platform.osDirectoryPrefixes.end(), [&](const auto& prefix) {
-        return platform.osPrefixesAreWholeComponents ? isSameOrBelow(path, prefix) : startsWith(path, prefix);
-    });
+    return std::any_of(
+        platform.osDirectoryPrefixes.begin(), platform.osDirectoryPrefixes.end(), [&](const auto& prefix) {
+            return platform.osPrefixesAreWholeComponents ? isSameOrBelow(path, prefix) : startsWith(path, prefix);
+        });
 }
 
 // The answer of the home Library folder rule; none when the rule doesn't apply.
@@ -188,6 +189,8 @@ std::vector<std::string> FSUtilities::listExtendedAttributes(const std::string& 
     return splitNonEmpty(buffer, '\0');
 }
 
-void FSUtilities::setKnownVolumePaths(std::vector<std::string> paths) { knownVolumePaths.setValue(std::move(paths)); }
+void FSUtilities::setKnownVolumePaths(std::vector<std::string> paths) {
+    knownVolumePaths.setValue(std::move(paths));
+}
 
 }  // namespace quester

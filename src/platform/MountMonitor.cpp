@@ -22,8 +22,8 @@ struct MountMonitor::Native {
     }
 };
 
-Result<std::unique_ptr<MountMonitor>> MountMonitor::start(Handler handler) {
-    auto initial = MountTable::read();
+Result<std::unique_ptr<MountMonitor>> MountMonitor::start(Handler handler, std::optional<MountTable> baseline) {
+    Result<MountTable> initial = baseline ? Result<MountTable>(std::move(*baseline)) : MountTable::read();
     if (!initial) return initial.error();
     auto native = std::make_unique<Native>();
     native->monitor = mnt_new_monitor();

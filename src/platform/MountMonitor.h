@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "platform/MountTable.h"
@@ -17,9 +18,10 @@ class MountMonitor {
 public:
     using Handler = std::function<void(const MountChanges&)>;
 
-    // Reads the table once and starts watching. Fails when the table or the
-    // monitor can't be opened.
-    static Result<std::unique_ptr<MountMonitor>> start(Handler handler);
+    // Starts watching; changes are told against `baseline`, the table read now
+    // when none is given. Fails when the table or the monitor can't be opened.
+    static Result<std::unique_ptr<MountMonitor>> start(Handler handler,
+                                                       std::optional<MountTable> baseline = std::nullopt);
 
     // Stops the thread and waits for it; no handler call begins afterwards.
     ~MountMonitor();

@@ -1,6 +1,8 @@
 #include "platform/MountTable.h"
 
+#include <fcntl.h>
 #include <libmount.h>
+#include <poll.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -8,6 +10,7 @@
 #include <memory>
 
 #include "platform/PathText.h"
+#include "support/Locked.h"
 
 namespace quester {
 namespace {
@@ -19,7 +22,9 @@ struct IterDeleter {
     void operator()(libmnt_iter* iter) const { mnt_free_iter(iter); }
 };
 
-std::string text(const char* value) { return value != nullptr ? value : ""; }
+std::string text(const char* value) {
+    return value != nullptr ? value : "";
+}
 
 MountEntry entryFrom(libmnt_fs* fs) {
     MountEntry entry;
@@ -38,13 +43,38 @@ bool containsID(const std::vector<MountEntry>& entries, int id) {
     return std::any_of(entries.begin(), entries.end(), [id](const MountEntry& entry) { return entry.id == id; });
 }
 
+// The open kernel table and the snapshot last read from it. The kernel marks
+// the open file with POLLPRI once after each change to the mount namespace.
+struct CachedTable {
+    int fd = -1;
+    std::shared_ptr<const MountTable> snapshot;
+};
+
+bool kernelTableChanged(int fd) {
+    pollfd watched{fd, POLLPRI, 0};
+    return poll(&watched, 1, 0) != 0;
+}
+
 }  // namespace
+
+std::shared_ptr<const MountTable> MountTable::current() {
+    static Locked<CachedTable> cache;
+    return cache.access([](CachedTable& cached) {
+        if (cached.fd < 0) cached.fd = open(kernelTablePath, O_RDONLY | O_CLOEXEC);
+        bool stale = !cached.snapshot || cached.fd < 0 || kernelTableChanged(cached.fd);
+        if (!stale) return cached.snapshot;
+        auto table = read();
+        cached.snapshot = table ? std::make_shared<const MountTable>(std::move(*table)) : nullptr;
+        return cached.snapshot;
+    });
+}
 
 Result<MountTable> MountTable::parse(const std::string& mountinfoPath) {
     std::unique_ptr<libmnt_table, TableDeleter> table(mnt_new_table());
     if (!table) return makeError(ErrorCode::internal, "libmount could not make a table");
     if (int rc = mnt_table_parse_file(table.get(), mountinfoPath.c_str()); rc != 0) {
-        return makeError(ErrorCode::ioError, "cannot read the mount table " + mountinfoPath + ": " + std::strerror(-rc));
+        return makeError(ErrorCode::ioError,
+                         "cannot read the mount table " + mountinfoPath + ": " + std::strerror(-rc));
     }
     std::unique_ptr<libmnt_iter, IterDeleter> iter(mnt_new_iter(MNT_ITER_FORWARD));
     std::vector<MountEntry> entries;
@@ -68,7 +98,8 @@ const MountEntry* MountTable::entryContaining(const std::string& path) const {
 }
 
 const MountEntry* MountTable::entryAt(const std::string& mountPoint) const {
-    auto found = std::find_if(all.rbegin(), all.rend(), [&](const MountEntry& entry) { return entry.mountPoint == mountPoint; });
+    auto found =
+        std::find_if(all.rbegin(), all.rend(), [&](const MountEntry& entry) { return entry.mountPoint == mountPoint; });
     return found != all.rend() ? &*found : nullptr;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,10 @@ public:
     static Result<MountTable> parse(const std::string& mountinfoPath);
     // The calling process's table right now.
     static Result<MountTable> read() { return parse(kernelTablePath); }
+    // The calling process's table, read again only when the kernel says it
+    // changed since the last call (a poll on the open table, no parsing), so
+    // path-to-mount lookups stay cheap. Thread-safe; none when it can't be read.
+    static std::shared_ptr<const MountTable> current();
 
     const std::vector<MountEntry>& entries() const { return all; }
 

@@ -17,7 +17,9 @@ bool isStrictlyBelow(std::string_view path, std::string_view folder);
 // The pieces of `text` between `separator`s, empty pieces dropped.
 std::vector<std::string> splitNonEmpty(std::string_view text, char separator);
 // The components between the "/", empty pieces dropped.
-inline std::vector<std::string> pathComponents(std::string_view path) { return splitNonEmpty(path, '/'); }
+inline std::vector<std::string> pathComponents(std::string_view path) {
+    return splitNonEmpty(path, '/');
+}
 // The last component; "/" for the root, empty for empty text. Trailing "/" ignored.
 std::string lastPathComponent(std::string_view path);
 // The text after the last "." of the last component, when the dot is neither

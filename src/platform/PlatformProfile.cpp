@@ -47,8 +47,8 @@ std::vector<std::string> xdgApplicationFolders(const std::string& home) {
 }
 
 std::vector<std::string> sharedPackageExtensions() {
-    return {"app",           "bundle",      "framework",   "plugin",       "kext", "xpc", "appex",
-            "rtfd",          "photoslibrary", "xcodeproj", "xcworkspace", "sparsebundle", "pkg"};
+    return {"app",  "bundle",        "framework", "plugin",      "kext",         "xpc", "appex",
+            "rtfd", "photoslibrary", "xcodeproj", "xcworkspace", "sparsebundle", "pkg"};
 }
 
 Locked<std::shared_ptr<const PlatformProfile>>& currentProfile() {
@@ -62,8 +62,9 @@ Locked<std::shared_ptr<const PlatformProfile>>& currentProfile() {
 PlatformProfile PlatformProfile::linux() {
     PlatformProfile profile;
     profile.name = "linux";
-    profile.osDirectoryPrefixes = {"/bin",  "/boot", "/dev",  "/etc", "/lib", "/lib32", "/lib64", "/libx32", "/lost+found",
-                                   "/opt",  "/proc", "/run",  "/sbin", "/snap", "/sys",  "/usr",  "/var"};
+    profile.osDirectoryPrefixes = {"/bin",   "/boot",   "/dev",        "/etc", "/lib",  "/lib32",
+                                   "/lib64", "/libx32", "/lost+found", "/opt", "/proc", "/run",
+                                   "/sbin",  "/snap",   "/sys",        "/usr", "/var"};
     profile.osPrefixesAreWholeComponents = true;
     std::string home = AppDirectories::homeDirectory();
     if (!home.empty() && home != "/") profile.neverOSDirectories.push_back(home);
@@ -78,8 +79,8 @@ PlatformProfile PlatformProfile::linux() {
 PlatformProfile PlatformProfile::macOS(std::optional<std::string> bootVolumeName, std::optional<std::string> home) {
     PlatformProfile profile;
     profile.name = "macOS";
-    profile.osDirectoryPrefixes = {"/bin",     "/cores", "/dev", "/etc",     "/home", "/Library", "/net", "/Network",
-                                   "/nfs",     "/opt",   "/private", "/sbin", "/System", "/tmp",   "/usr", "/var"};
+    profile.osDirectoryPrefixes = {"/bin", "/cores", "/dev",     "/etc",  "/home",   "/Library", "/net", "/Network",
+                                   "/nfs", "/opt",   "/private", "/sbin", "/System", "/tmp",     "/usr", "/var"};
     profile.osPrefixesAreWholeComponents = false;
     profile.osExactPaths = {"/Volumes", "/User", "/"};
     profile.systemApplicationsPrefix = "/System/Applications/";
@@ -87,7 +88,7 @@ PlatformProfile PlatformProfile::macOS(std::optional<std::string> bootVolumeName
     profile.osRulesApplyInsideVolumes = true;
     profile.volumesFolder = "/Volumes";
     profile.bootVolumeName = std::move(bootVolumeName);
-    profile.homeLibraryFolder = home.value_or(AppDirectories::homeDirectory()) + "/Library/";
+    profile.homeLibraryFolder = (home ? std::move(*home) : AppDirectories::homeDirectory()) + "/Library/";
     profile.homeLibraryDocumentFolders = {"CloudStorage", "Mobile Documents"};
     profile.packageExtensions = sharedPackageExtensions();
     profile.alwaysPackageExtension = "framework";
@@ -100,7 +101,9 @@ std::optional<std::string> PlatformProfile::bootVolumePath() const {
     return joinPath(volumesFolder, *bootVolumeName);
 }
 
-std::shared_ptr<const PlatformProfile> PlatformProfile::current() { return currentProfile().value(); }
+std::shared_ptr<const PlatformProfile> PlatformProfile::current() {
+    return currentProfile().value();
+}
 
 std::shared_ptr<const PlatformProfile> PlatformProfile::setCurrent(PlatformProfile profile) {
     auto replacement = std::make_shared<const PlatformProfile>(std::move(profile));

@@ -76,7 +76,9 @@ std::optional<Url> parentDirectory(const std::string& path) {
     return Url(parent, true);
 }
 
-std::string volumesFolder() { return PlatformProfile::current()->volumesFolder; }
+std::string volumesFolder() {
+    return PlatformProfile::current()->volumesFolder;
+}
 
 // A volume name read from the path alone, for paths whose volume can't be read.
 std::optional<std::string> volumeNameFromText(const std::string& path) {
@@ -100,11 +102,13 @@ std::string expandTilde(const std::string& path) {
 template <>
 std::optional<bool> Url::value<bool>(URLValues key) const {
     switch (key) {
-        case URLValues::isDirectoryKey: return isDirectoryOnDisk(filePath);
+        case URLValues::isDirectoryKey:
+            return isDirectoryOnDisk(filePath);
         case URLValues::isHiddenKey:
             if (!isReachable()) return std::nullopt;
             return lastPathComponent(filePath).rfind('.', 0) == 0;
-        case URLValues::isPackageKey: return isPackage(*this);
+        case URLValues::isPackageKey:
+            return isPackage(*this);
         case URLValues::isVolumeKey:
             if (!isReachable()) return std::nullopt;
             return isMountRoot(filePath);
@@ -116,30 +120,37 @@ std::optional<bool> Url::value<bool>(URLValues key) const {
             if (!mount) return std::nullopt;
             return !mount->isNetwork();
         }
-        case URLValues::volumeIsReadOnlyKey: return volumeIsReadOnly(filePath);
-        default: return std::nullopt;
+        case URLValues::volumeIsReadOnlyKey:
+            return volumeIsReadOnly(filePath);
+        default:
+            return std::nullopt;
     }
 }
 
 template <>
 std::optional<std::string> Url::value<std::string>(URLValues key) const {
     switch (key) {
-        case URLValues::localizedNameKey: return localizedName(filePath);
-        case URLValues::volumeLocalizedFormatDescriptionKey: return diskFormatRaw();
-        default: return std::nullopt;
+        case URLValues::localizedNameKey:
+            return localizedName(filePath);
+        case URLValues::volumeLocalizedFormatDescriptionKey:
+            return diskFormatRaw();
+        default:
+            return std::nullopt;
     }
 }
 
 template <>
 std::optional<Url> Url::value<Url>(URLValues key) const {
     switch (key) {
-        case URLValues::parentDirectoryURLKey: return parentDirectory(filePath);
+        case URLValues::parentDirectoryURLKey:
+            return parentDirectory(filePath);
         case URLValues::volumeURLKey: {
             auto mount = mountEntry();
             if (!mount) return std::nullopt;
             return Url(mount->mountPoint, true);
         }
-        default: return std::nullopt;
+        default:
+            return std::nullopt;
     }
 }
 
@@ -177,7 +188,8 @@ std::vector<Url> Url::fixBootVolumeURLs(const std::vector<Url>& urls) {
     auto boot = bootVolumeURL();
     if (!boot) return urls;
     std::vector<Url> result{*boot};
-    std::copy_if(urls.begin(), urls.end(), std::back_inserter(result), [](const Url& url) { return url.path() != "/"; });
+    std::copy_if(urls.begin(), urls.end(), std::back_inserter(result),
+                 [](const Url& url) { return url.path() != "/"; });
     return result;
 }
 
@@ -188,7 +200,9 @@ std::optional<Url> Url::URLForFileWhichExists(const std::string& path) {
     return Url(expanded, *directory);
 }
 
-std::optional<Url> Url::volume() const { return value<Url>(URLValues::volumeURLKey); }
+std::optional<Url> Url::volume() const {
+    return value<Url>(URLValues::volumeURLKey);
+}
 
 Url Url::disk() const {
     auto mountPoint = volume();
@@ -216,7 +230,9 @@ bool Url::isMacFormatted() const {
     return format && (*format == "apfs" || *format == "hfs" || *format == "hfsplus");
 }
 
-bool Url::isReachable() const { return statxOf(filePath, STATX_TYPE).has_value(); }
+bool Url::isReachable() const {
+    return statxOf(filePath, STATX_TYPE).has_value();
+}
 
 std::string Url::displayName() const {
     if (auto name = value<std::string>(URLValues::localizedNameKey)) return *name;
@@ -232,10 +248,10 @@ std::string Url::displayPath() const {
 std::optional<MountEntry> Url::mountEntry() const {
     auto info = statxOf(filePath, STATX_TYPE | STATX_MNT_ID);
     if (!info) return std::nullopt;
-    auto table = MountTable::read();
+    auto table = MountTable::current();
     if (!table) return std::nullopt;
-    const MountEntry* entry = (info->stx_mask & STATX_MNT_ID) ? table->entryWithID(static_cast<int>(info->stx_mnt_id))
-                                                              : nullptr;
+    const MountEntry* entry =
+        (info->stx_mask & STATX_MNT_ID) ? table->entryWithID(static_cast<int>(info->stx_mnt_id)) : nullptr;
     if (entry == nullptr) entry = table->entryContaining(filePath);
     if (entry == nullptr) return std::nullopt;
     return *entry;

@@ -49,7 +49,8 @@ std::optional<std::string> labelFromUdevLinks(const std::string& device) {
     std::error_code error;
     auto target = std::filesystem::canonical(device, error);
     if (error) return std::nullopt;
-    for (std::filesystem::directory_iterator it("/dev/disk/by-label", error), end; !error && it != end; it.increment(error)) {
+    for (std::filesystem::directory_iterator it("/dev/disk/by-label", error), end; !error && it != end;
+         it.increment(error)) {
         std::error_code linkError;
         if (std::filesystem::canonical(it->path(), linkError) == target && !linkError) {
             return decodeUdevName(it->path().filename().string());

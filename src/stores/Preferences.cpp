@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -13,13 +12,12 @@
 #include <fmt/core.h>
 
 #include "support/AppDirectories.h"
+#include "support/LogFunc.h"
 
 namespace quester {
 namespace {
 
 using json = nlohmann::json;
-
-void logLine(const std::string& message) { fmt::print(stderr, "Preferences: {}\n", message); }
 
 std::optional<std::int64_t> parseBuildNumber(std::string_view text) {
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
@@ -82,7 +80,7 @@ Preferences::Preferences(std::string path, NotificationCenter& notificationCente
 Preferences& Preferences::shared() {
     static Preferences* instance = [] {
         auto folder = AppDirectories::configDirectory();
-        if (!folder) logLine("no config folder, settings are kept for this run only: " + folder.error().message);
+        if (!folder) LOG("no config folder, settings are kept for this run only: " + folder.error().message);
         return new Preferences(folder ? *folder + "/" + fileName : std::string());
     }();
     return *instance;
@@ -105,10 +103,11 @@ void Preferences::load() {
 void Preferences::setAsideCorruptFile(const std::string& reason) {
     std::string corruptPath = storePath + ".corrupt";
     if (rename(storePath.c_str(), corruptPath.c_str()) != 0) {
-        logLine(fmt::format("{} is {} and cannot be set aside ({}); defaults stand", storePath, reason, std::strerror(errno)));
+        LOG(fmt::format("{} is {} and cannot be set aside ({}); defaults stand", storePath, reason,
+                        std::strerror(errno)));
         return;
     }
-    logLine(fmt::format("{} is {}; set aside as {}, defaults stand", storePath, reason, corruptPath));
+    LOG(fmt::format("{} is {}; set aside as {}, defaults stand", storePath, reason, corruptPath));
 }
 
 json Preferences::registeredDefaultsTable() {
@@ -155,14 +154,15 @@ json Preferences::registeredDefaultsTable() {
 }
 
 void Preferences::startup(std::string_view buildVersion) {
-    logLine(fmt::format("startup, build {}", buildVersion));
+    LOG(fmt::format("startup, build {}", buildVersion));
     setIsNewBuild(buildVersion);
     registerDefaults(registeredDefaultsTable());
     json oneTime = json::object();
     if (!hasStoredValue("showInMenuBar")) oneTime["showInMenuBar"] = true;
     if (!hasStoredValue("bringToFrontHotKey")) oneTime["bringToFrontHotKey"] = false;
     if (oneTime.empty()) return;
-    if (Status saved = setValues(oneTime); !saved) logLine("cannot store the first-launch values: " + saved.error().message);
+    if (Status saved = setValues(oneTime); !saved)
+        LOG("cannot store the first-launch values: " + saved.error().message);
 }
 
 void Preferences::registerDefaults(const json& table) {
@@ -172,9 +172,10 @@ void Preferences::registerDefaults(const json& table) {
 void Preferences::setIsNewBuild(std::string_view buildVersion) {
     auto build = parseBuildNumber(buildVersion);
     if (!build) return;
-    Status saved = integerValue("lastVersion") >= *build ? setValue("isNewVersion", false)
-                                                         : setValues(json{{"lastVersion", *build}, {"isNewVersion", true}});
-    if (!saved) logLine("cannot store the build check: " + saved.error().message);
+    Status saved = integerValue("lastVersion") >= *build
+                       ? setValue("isNewVersion", false)
+                       : setValues(json{{"lastVersion", *build}, {"isNewVersion", true}});
+    if (!saved) LOG("cannot store the build check: " + saved.error().message);
 }
 
 std::optional<json> Preferences::lookUp(const std::string& key) const {
@@ -236,7 +237,9 @@ std::optional<std::vector<std::string>> Preferences::stringList(const std::strin
     return list;
 }
 
-std::optional<json> Preferences::jsonValue(const std::string& key) const { return lookUp(key); }
+std::optional<json> Preferences::jsonValue(const std::string& key) const {
+    return lookUp(key);
+}
 
 std::int64_t Preferences::resultsViewStyle() const {
     std::int64_t style = integerValue("resultsViewStyle");
@@ -269,6 +272,8 @@ NotificationCenter::Token Preferences::PreferencesDidChangeNotification(std::fun
     return center.addObserver(DidChangeNotification, std::move(handler));
 }
 
-void Preferences::postDidChangeNotification() { center.post(DidChangeNotification); }
+void Preferences::postDidChangeNotification() {
+    center.post(DidChangeNotification);
+}
 
 }  // namespace quester

@@ -41,7 +41,7 @@ protected:
 TEST_F(DiskInfoManagerTest, TheRealTableListsTheRootFirst) {
     FSUtilities fs(makeProfile());
     DiskInfoManager manager(fs, center);
-    ASSERT_TRUE(manager.buildAll().ok());
+    ASSERT_TRUE(manager.buildAllAndWatch().ok());
     auto volumes = manager.volumes();
     ASSERT_FALSE(volumes.empty());
     EXPECT_EQ(volumes.front().url.path(), "/");
@@ -59,8 +59,9 @@ TEST_F(DiskInfoManagerTest, VolumesAreSortedWithTheBootVolumeFirst) {
     EXPECT_TRUE(manager.add(volumeEntry(11, "beta")));
     EXPECT_TRUE(manager.add(volumeEntry(12, "Zeta", "apfs")));
     EXPECT_TRUE(manager.add(volumeEntry(13, "alpha")));
-    EXPECT_EQ(paths(manager.volumes()), (std::vector<std::string>{media.str() + "/Zeta", media.str() + "/alpha",
-                                                                  media.str() + "/beta"}));
+    EXPECT_TRUE(manager.add(volumeEntry(14, "alpha")));
+    EXPECT_EQ(paths(manager.volumes()),
+              (std::vector<std::string>{media.str() + "/Zeta", media.str() + "/alpha", media.str() + "/beta"}));
     EXPECT_TRUE(manager.info(media.str() + "/Zeta")->isMacFS);
 }
 

@@ -66,7 +66,8 @@ TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsOnly) {
 
 TEST(LinuxPathRules, PlacesPeopleSearchAreNeverSystemPaths) {
     FSUtilities fs(PlatformProfile::linux());
-    for (const char* path : {"/", "/home/alice/a.txt", "/root/notes", "/tmp/x", "/srv/www", "/media/alice/USB/a", "/mnt/data"}) {
+    for (const char* path :
+         {"/", "/home/alice/a.txt", "/root/notes", "/tmp/x", "/srv/www", "/media/alice/USB/a", "/mnt/data"}) {
         EXPECT_FALSE(fs.isInsideOSDirectory(path)) << path;
     }
 }

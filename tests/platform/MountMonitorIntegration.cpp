@@ -45,7 +45,11 @@ TEST(MountMonitorTest, ReportsARealMountAndUnmount) {
         std::unique_lock lock(mutex);
         EXPECT_TRUE(changed.wait_for(lock, 30s, [&] { return contains(mounted); }));
     }
+    auto cached = MountTable::current();
+    ASSERT_NE(cached, nullptr);
+    EXPECT_NE(cached->entryAt(target), nullptr) << "the cached table follows a mount";
     ASSERT_EQ(umount(target.c_str()), 0);
+    EXPECT_EQ(MountTable::current()->entryAt(target), nullptr) << "and an unmount";
     std::unique_lock lock(mutex);
     EXPECT_TRUE(changed.wait_for(lock, 30s, [&] { return contains(unmounted); }));
 }

@@ -64,6 +64,13 @@ TEST(MountTableParsing, TheKernelTableHasARoot) {
     EXPECT_NE(table->entryContaining("/proc/self/status"), nullptr);
 }
 
+TEST(MountTableParsing, TheCachedKernelTableIsReusedWhileNothingChanges) {
+    auto first = MountTable::current();
+    ASSERT_NE(first, nullptr);
+    EXPECT_NE(first->entryAt("/"), nullptr);
+    EXPECT_EQ(MountTable::current().get(), first.get());
+}
+
 TEST(MountTableLookup, TheDeepestMountHoldsAPath) {
     MountTable table = sample("mountinfo-desktop.txt");
     EXPECT_EQ(table.entryContaining("/home/alice/a.txt")->mountPoint, "/home");
@@ -77,8 +84,9 @@ TEST(MountTableLookup, TheDeepestMountHoldsAPath) {
 TEST(VolumeFiltering, KeepsWhatAPersonBrowsesAndDropsPseudoFileSystems) {
     MountTable table = sample("mountinfo-desktop.txt");
     auto volumes = mountPoints(table.volumes(desktopProfile()));
-    EXPECT_EQ(volumes, (std::vector<std::string>{"/", "/home", "/media/alice/My Passport", "/mnt/archive",
-                                                 "/home/alice/remote", "/mnt/image", "/media/alice/My Passport/inner"}));
+    EXPECT_EQ(volumes,
+              (std::vector<std::string>{"/", "/home", "/media/alice/My Passport", "/mnt/archive", "/home/alice/remote",
+                                        "/mnt/image", "/media/alice/My Passport/inner"}));
 }
 
 TEST(VolumeFiltering, RootIsAVolumeWhateverItsType) {

@@ -7,7 +7,8 @@ namespace quester::testing {
 // Makes `profile` the current one for the life of the object.
 class ScopedPlatformProfile {
 public:
-    explicit ScopedPlatformProfile(PlatformProfile profile) : previous(PlatformProfile::setCurrent(std::move(profile))) {}
+    explicit ScopedPlatformProfile(PlatformProfile profile)
+        : previous(PlatformProfile::setCurrent(std::move(profile))) {}
     ~ScopedPlatformProfile() { PlatformProfile::restoreCurrent(previous); }
     ScopedPlatformProfile(const ScopedPlatformProfile&) = delete;
     ScopedPlatformProfile& operator=(const ScopedPlatformProfile&) = delete;

@@ -80,8 +80,9 @@ TEST(UrlValuesTest, FileAttributesOfRealFiles) {
 TEST(UrlValuesTest, AnyErrorReadsAsNone) {
     testing::TempDir dir;
     Url missing(dir.str() + "/missing.txt");
-    for (auto value : {URLValues::isDirectoryKey, URLValues::isHiddenKey, URLValues::isVolumeKey, URLValues::isWritableKey,
-                     URLValues::volumeIsLocalKey, URLValues::volumeIsReadOnlyKey, URLValues::isPackageKey}) {
+    for (auto value :
+         {URLValues::isDirectoryKey, URLValues::isHiddenKey, URLValues::isVolumeKey, URLValues::isWritableKey,
+          URLValues::volumeIsLocalKey, URLValues::volumeIsReadOnlyKey, URLValues::isPackageKey}) {
         EXPECT_EQ(missing.value<bool>(value), std::nullopt) << key(value);
     }
     EXPECT_EQ(missing.value<std::string>(URLValues::localizedNameKey), std::nullopt);

@@ -55,7 +55,8 @@ TEST_F(PreferencesTest, FirstLaunchAnswersFromTheTableAndStoresTheOneTimeValues)
 TEST_F(PreferencesTest, TheTableHasEveryKeyWithItsType) {
     json table = Preferences::registeredDefaultsTable();
     EXPECT_EQ(table.size(), 38u);
-    for (const char* key : {"updateCachesEvery", "resultsViewStyle", "recentItemsMaxCount", "historyMaxCount", "listTextSize"}) {
+    for (const char* key :
+         {"updateCachesEvery", "resultsViewStyle", "recentItemsMaxCount", "historyMaxCount", "listTextSize"}) {
         EXPECT_TRUE(table[key].is_number_integer()) << key;
     }
     EXPECT_TRUE(table["iconSizeSlider"].is_number_float());
@@ -124,11 +125,12 @@ TEST_F(PreferencesTest, ReadersFallBackToZeroFalseOrNone) {
 TEST_F(PreferencesTest, TypedValuesRoundTripThroughTheFile) {
     {
         Preferences prefs(storePath(), center);
-        ASSERT_TRUE(prefs.setValues(json{{"ignoreExtensions", {"tmp", "bak"}},
-                                         {"SavedIndexInfo", {{{"id", "x"}, {"path", "/"}}}},
-                                         {"listTextSize", 14},
-                                         {"iconSizeSlider", 120.5},
-                                         {"MediaServer:name", "Den"}})
+        ASSERT_TRUE(prefs
+                        .setValues(json{{"ignoreExtensions", {"tmp", "bak"}},
+                                        {"SavedIndexInfo", {{{"id", "x"}, {"path", "/"}}}},
+                                        {"listTextSize", 14},
+                                        {"iconSizeSlider", 120.5},
+                                        {"MediaServer:name", "Den"}})
                         .ok());
         ASSERT_TRUE(prefs.setValue("doomed", true).ok());
         ASSERT_TRUE(prefs.removeValue("doomed").ok());

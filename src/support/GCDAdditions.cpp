@@ -50,6 +50,10 @@ public:
         return steps;
     }
 
+    // The main loop is made first, so that it is destroyed after this thread
+    // has stopped posting to it.
+    DelayedSteps() { MainLoop::shared(); }
+
     ~DelayedSteps() {
         {
             std::lock_guard guard(mutex);

@@ -131,6 +131,9 @@ void Logger::removeDelegate(const LogDelegate* delegate) {
 }
 
 void Logger::tellDelegates(const std::string& line) {
+    // Nothing is posted without delegates: a command line that never runs the
+    // loop would otherwise pile up every line.
+    if (delegates->access([](const Delegates& list) { return list.empty(); })) return;
     environment.loop->post([list = delegates, line] {
         std::vector<std::shared_ptr<LogDelegate>> alive;
         list->access([&](Delegates& current) {

@@ -40,7 +40,7 @@ bool MainLoop::runOneStep(std::unique_lock<std::mutex>& guard, Clock::time_point
         if (stopRequested) return false;
         if (!queue.empty()) {
             Task task = std::move(queue.front());
-            queue.erase(queue.begin());
+            queue.pop_front();
             guard.unlock();
             task();
             guard.lock();

@@ -3,11 +3,11 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <thread>
-#include <vector>
 
 namespace quester {
 
@@ -55,7 +55,7 @@ private:
 
     mutable std::mutex mutex;
     std::condition_variable wakeUp;
-    std::vector<Task> queue;
+    std::deque<Task> queue;
     std::map<TimerId, Timer> timers;
     TimerId nextTimer = 1;
     bool stopRequested = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,3 +72,9 @@ template <>
 std::optional<Url> Url::value<Url>(URLValues key) const;
 
 }  // namespace quester
+
+// Urls are equal by their paths, so they hash by them too.
+template <>
+struct std::hash<quester::Url> {
+    std::size_t operator()(const quester::Url& url) const noexcept { return std::hash<std::string>()(url.path()); }
+};

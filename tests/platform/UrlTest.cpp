@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "ScopedPlatformProfile.h"
 #include "platform/MountTable.h"
 #include "support/AppDirectories.h"
+#include "testing/ScopedPlatformProfile.h"
 #include "testing/TempDir.h"
 
 namespace quester {

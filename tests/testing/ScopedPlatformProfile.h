@@ -4,7 +4,8 @@
 
 namespace quester::testing {
 
-// Makes `profile` the current one for the life of the object.
+// Makes `profile` the current one for the life of the object. Header-only:
+// tests that use it link quester_platform.
 class ScopedPlatformProfile {
 public:
     explicit ScopedPlatformProfile(PlatformProfile profile)

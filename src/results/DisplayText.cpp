@@ -1,0 +1,61 @@
+#include "results/DisplayText.h"
+
+#include <unicode/locid.h>
+#include <unicode/numberformatter.h>
+
+#include <array>
+
+#include "platform/PathText.h"
+
+namespace quester {
+
+namespace {
+
+struct ByteUnit {
+    const char* name;
+    double size;
+    int fractionDigits;
+};
+
+// Kilobytes show whole numbers; larger units show more digits as they grow.
+constexpr std::array<ByteUnit, 5> byteUnits{{
+    {"PB", 1e15, 2},
+    {"TB", 1e12, 2},
+    {"GB", 1e9, 2},
+    {"MB", 1e6, 1},
+    {"KB", 1e3, 0},
+}};
+
+std::string formatNumber(double value, int fractionDigits) {
+    UErrorCode status = U_ZERO_ERROR;
+    const auto formatter = icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
+                               .precision(icu::number::Precision::maxFraction(fractionDigits))
+                               .roundingMode(UNUM_ROUND_HALFUP)
+                               .grouping(UNUM_GROUPING_AUTO);
+    const icu::UnicodeString text = formatter.formatDouble(value, status).toString(status);
+    std::string utf8;
+    if (U_SUCCESS(status)) text.toUTF8String(utf8);
+    return utf8;
+}
+
+}  // namespace
+
+std::string nameWithoutExtension(std::string_view path) {
+    std::string name = lastPathComponent(path);
+    const std::string extension = pathExtension(name);
+    if (!extension.empty()) name.resize(name.size() - extension.size() - 1);
+    return name;
+}
+
+std::string fileSizeText(std::uint64_t bytes) {
+    if (bytes == 1) return "1 byte";
+    const double value = static_cast<double>(bytes);
+    for (const auto& unit : byteUnits) {
+        if (value >= unit.size) return formatNumber(value / unit.size, unit.fractionDigits) + " " + unit.name;
+    }
+    return formatNumber(value, 0) + " bytes";
+}
+
+std::string displaySizeText(std::uint64_t bytes) { return bytes == 0 ? "--" : fileSizeText(bytes); }
+
+}  // namespace quester

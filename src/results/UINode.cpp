@@ -1,0 +1,267 @@
+#include "results/UINode.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "platform/FSUtilities.h"
+#include "platform/PathText.h"
+#include "results/DisplayText.h"
+#include "results/KindText.h"
+#include "stores/Preferences.h"
+#include "support/LogFunc.h"
+
+namespace quester {
+
+namespace {
+
+struct FileAttributes {
+    bool exists = false;
+    bool isDirectory = false;
+    std::uint64_t size = 0;
+    std::int64_t modified = 0;
+    std::int64_t created = 0;
+    std::int64_t accessed = 0;
+};
+
+FileAttributes readAttributes(const std::string& path) {
+    struct statx info {};
+    FileAttributes attributes;
+    const unsigned mask = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_ATIME | STATX_BTIME;
+    if (statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0) return attributes;
+    attributes.exists = true;
+    attributes.isDirectory = S_ISDIR(info.stx_mode);
+    if (info.stx_mask & STATX_SIZE) attributes.size = info.stx_size;
+    if (info.stx_mask & STATX_MTIME) attributes.modified = info.stx_mtime.tv_sec;
+    if (info.stx_mask & STATX_BTIME) attributes.created = info.stx_btime.tv_sec;
+    if (info.stx_mask & STATX_ATIME) attributes.accessed = info.stx_atime.tv_sec;
+    return attributes;
+}
+
+// Whether anything stands at the path, a dangling link included.
+bool itemExists(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found && !error;
+}
+
+bool isSymbolicLink(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_symlink(path, error);
+}
+
+// The freedesktop tags of a file: "user.xdg.tags", names between commas.
+std::vector<std::string> readTagNames(const std::string& path) {
+    const ssize_t length = getxattr(path.c_str(), "user.xdg.tags", nullptr, 0);
+    if (length <= 0) return {};
+    std::string value(static_cast<std::size_t>(length), '\0');
+    const ssize_t read = getxattr(path.c_str(), "user.xdg.tags", value.data(), value.size());
+    if (read <= 0) return {};
+    value.resize(static_cast<std::size_t>(read));
+    return splitNonEmpty(value, ',');
+}
+
+UINode::Kind kindForDirectory(const std::string& path) {
+    return FSUtilities::shared().hasPackageExtension(path) ? UINode::Kind::package : UINode::Kind::folder;
+}
+
+std::string displayKindFor(UINode::Kind kind, const std::string& path) {
+    return kind == UINode::Kind::folder ? KindText::kindStringForFolder(path) : KindText::kindStringForFile(path);
+}
+
+void addOnce(std::vector<VisualState>& states, VisualState state) {
+    if (std::find(states.begin(), states.end(), state) == states.end()) states.push_back(state);
+}
+
+}  // namespace
+
+void UINode::setDisplayLocation(const std::string& path) {
+    const std::string folder = parentPath(path);
+    displayPath = Url(folder, true).displayPath();
+    displayInside = lastPathComponent(folder);
+}
+
+std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, HighlightWords highlight,
+                                       const Clock& clock) {
+    std::shared_ptr<UINode> node(new UINode());
+    node->nodeCreated = clock.now();
+    node->suppliedSearchResult.setValue(searchResult);
+    node->fileURL = searchResult.url;
+    node->creationDate = searchResult.creationDate;
+    node->modificationDate = searchResult.modDate;
+    node->lastAccessDate = searchResult.lastAccessDate;
+    node->setDisplayLocation(searchResult.url.path());
+    node->displayWordsToHighlight = std::move(highlight.words);
+    node->displayWordsToHighlightIsCaseSensitive = highlight.isCaseSensitive;
+
+    Changable changes;
+    const std::string& path = searchResult.url.path();
+    if (searchResult.isDirectory) {
+        changes.kind = kindForDirectory(path);
+    } else {
+        const bool hasFoundItems = searchResult.foundItems && !searchResult.foundItems->empty();
+        changes.kind = hasFoundItems ? Kind::fileWithFoundItems : Kind::file;
+    }
+    changes.displayKind = displayKindFor(changes.kind, path);
+    changes.totalSize = searchResult.size;
+    changes.displayTotalSize = displaySizeText(searchResult.size);
+    if (searchResult.tags) {
+        changes.tagNames = *searchResult.tags;
+        changes.hasLoadedTagNames = true;
+    }
+    changes.deleteFromResultsIfMissing = searchResult.checkToSeeIfItExists;
+    changes.tryCollectSummaryLines = searchResult.tryCollectSummaryLines;
+    changes.contentSearchResultsRank = searchResult.contentSearchResultsRank;
+    if (changes.kind == Kind::fileWithFoundItems) {
+        for (const auto& item : *searchResult.foundItems) changes.children.push_back(node->childForFoundItem(item));
+    }
+    node->dynamicState.setValue(std::move(changes));
+    return node;
+}
+
+std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UINode>& parent,
+                                       const UINode* replacing, HighlightWords highlight, const Clock& clock) {
+    std::shared_ptr<UINode> node(new UINode());
+    const FileAttributes attributes = readAttributes(url.path());
+    node->nodeCreated = clock.now();
+    node->fileURL = Url(url.path(), attributes.isDirectory);
+    node->parent = parent;
+    if (replacing != nullptr) node->replacedID = replacing->id;
+    node->creationDate = attributes.created;
+    node->modificationDate = attributes.modified;
+    node->lastAccessDate = attributes.accessed;
+    node->setDisplayLocation(url.path());
+    node->displayWordsToHighlight = std::move(highlight.words);
+    node->displayWordsToHighlightIsCaseSensitive = highlight.isCaseSensitive;
+
+    Changable changes;
+    changes.kind = attributes.isDirectory ? kindForDirectory(url.path()) : Kind::file;
+    changes.displayKind = displayKindFor(changes.kind, url.path());
+    changes.totalSize = attributes.isDirectory ? 0 : attributes.size;
+    changes.displayTotalSize = displaySizeText(changes.totalSize);
+    node->dynamicState.setValue(std::move(changes));
+    return node;
+}
+
+std::shared_ptr<UINode> UINode::childForFoundItem(const FoundItem& item) const {
+    std::shared_ptr<UINode> child(new UINode());
+    child->nodeCreated = nodeCreated;
+    child->fileURL = fileURL;
+    child->summaryLine = item.title;
+    child->foundItem = item;
+    child->modificationDate = item.modified;
+    child->displayWordsToHighlight = displayWordsToHighlight;
+    Changable changes;
+    changes.kind = Kind::foundItem;
+    changes.totalSize = item.size;
+    changes.displayTotalSize = displaySizeText(item.size);
+    // A hit has nothing more to learn on screen.
+    changes.hasLoadedAdditionalDetails = true;
+    child->dynamicState.setValue(std::move(changes));
+    return child;
+}
+
+Result<UINode::NodeList> UINode::nodesForContentsOfFolder(const Url& folder, bool includeHiddenItems,
+                                                          HighlightWords highlight) {
+    std::error_code error;
+    std::filesystem::directory_iterator entries(folder.path(), error);
+    if (error) return makeError(ErrorCode::ioError, folder.path() + ": " + error.message());
+    NodeList nodes;
+    for (const auto& entry : entries) {
+        const std::string name = entry.path().filename().string();
+        if (!includeHiddenItems && name.starts_with(".")) continue;
+        nodes.push_back(create(Url(joinPath(folder.path(), name)), nullptr, nullptr, highlight));
+    }
+    return nodes;
+}
+
+UINode::NodeList UINode::nodesForContentsOfFolderIgnoringError(const Url& folder) {
+    auto nodes = nodesForContentsOfFolder(folder);
+    if (nodes) return std::move(nodes).value();
+    LOG("nodesForContentsOfFolder failed: " + nodes.error().description());
+    return {};
+}
+
+std::string UINode::displayName() const {
+    if (summaryLine) return *summaryLine;
+    std::string name = lastPathComponent(fileURL.path());
+    const auto result = suppliedSearchResult.value();
+    if (result && result->foundItems) name += " (" + std::to_string(result->foundItems->size()) + ")";
+    return name;
+}
+
+void UINode::setDynamic(Changable changes) {
+    inChange.store(true);
+    dynamicState.setValue(std::move(changes));
+    inChange.store(false);
+}
+
+void UINode::setSearchResultRank(std::int64_t rank) {
+    suppliedSearchResult.access([&](std::optional<SearchResult>& result) {
+        if (result) result->contentSearchResultsRank = rank;
+    });
+}
+
+void UINode::setCalculatedFolderSize(std::uint64_t size) {
+    Changable changes = dynamic();
+    changes.totalSize = size;
+    changes.displayTotalSize = displaySizeText(size);
+    changes.hasCalculatedFolderSize = true;
+    setDynamic(std::move(changes));
+}
+
+void UINode::loadChildren(Column currentColumn, bool currentColumnReversed,
+                          const std::optional<std::string>& queryText, const Preferences& preferences) {
+    Changable changes = dynamic();
+    if (changes.kind != Kind::folder || !changes.children.empty()) return;
+    if (!itemExists(fileURL.path())) return;
+    NodeList children = nodesForContentsOfFolderIgnoringError(fileURL);
+    changes.children = sortNodes(children, currentColumn, currentColumnReversed, queryText, preferences);
+    setDynamic(std::move(changes));
+}
+
+void UINode::purgeChildren() {
+    Changable changes = dynamic();
+    changes.children.clear();
+    setDynamic(std::move(changes));
+}
+
+UINode::VisibleCheckResult UINode::visibleOnScreenChecksModern(VisualState hint,
+                                                               const Preferences& preferences) const {
+    const Changable original = dynamic();
+    VisibleCheckResult result{VisibleCheckResultAction::none, original, std::nullopt};
+    Changable& changes = result.changes;
+    const std::string& path = fileURL.path();
+    if (changes.deleteFromResultsIfMissing && !itemExists(path)) {
+        result.action = VisibleCheckResultAction::remove;
+        return result;
+    }
+    addOnce(changes.visualStatesChecked, hint);
+    // Icons and previews belong to a window layer; a headless row only notes the attempt.
+    if (hint == VisualState::icons) changes.hasTriedToLoadPreview = true;
+    if (!changes.hasLoadedAdditionalDetails) {
+        const auto searchResult = suppliedSearchResult.value();
+        if (searchResult && searchResult->strikeThroughDisplayNameIfMissing) {
+            // An item on a disk that is off line is not struck through.
+            const Url disk(FSUtilities::shared().diskPathFromFullPath(path), true);
+            if (disk.isReachable() && !itemExists(path)) changes.displayStrikeThroughText = true;
+        }
+        if (!changes.hasLoadedTagNames && preferences.boolValue("tagsIsVisible")) {
+            changes.tagNames = readTagNames(path);
+            changes.hasLoadedTagNames = true;
+        }
+        if (isSymbolicLink(path)) {
+            changes.displayKind = "Alias";
+            result.action = VisibleCheckResultAction::reload;
+        }
+        changes.hasLoadedAdditionalDetails = true;
+    }
+    if (result.action == VisibleCheckResultAction::none && !(changes == original)) {
+        result.action = VisibleCheckResultAction::changed;
+    }
+    return result;
+}
+
+}  // namespace quester

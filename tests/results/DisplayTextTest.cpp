@@ -1,0 +1,43 @@
+#include <gtest/gtest.h>
+
+#include "results/Column.h"
+#include "results/DisplayText.h"
+#include "results/KindText.h"
+
+namespace quester {
+namespace {
+
+TEST(DisplayText, byteCountsInDecimalUnits) {
+    EXPECT_EQ(displaySizeText(0), "--");
+    EXPECT_EQ(fileSizeText(1), "1 byte");
+    EXPECT_EQ(fileSizeText(999), "999 bytes");
+    EXPECT_EQ(fileSizeText(1000), "1 KB");
+    EXPECT_EQ(fileSizeText(1499), "1 KB");
+    EXPECT_EQ(fileSizeText(1234567), "1.2 MB");
+    EXPECT_EQ(fileSizeText(3456789012), "3.46 GB");
+    EXPECT_EQ(fileSizeText(2000000000000), "2 TB");
+}
+
+TEST(DisplayText, nameWithoutExtension) {
+    EXPECT_EQ(nameWithoutExtension("/a/Show.S01E02.mkv"), "Show.S01E02");
+    EXPECT_EQ(nameWithoutExtension("/a/.profile"), ".profile");
+    EXPECT_EQ(nameWithoutExtension("/a/plain"), "plain");
+}
+
+TEST(KindText, extensionsInAnyCase) {
+    EXPECT_EQ(KindText::kindStringForExtension("PDF"), "PDF Document");
+    EXPECT_EQ(KindText::kindStringForExtension(""), std::nullopt);
+    EXPECT_EQ(KindText::kindStringForFile("/a/b.unknownext"), "Document");
+    EXPECT_EQ(KindText::kindStringForFolder("/a/b"), "Folder");
+}
+
+TEST(ColumnTest, identifiersRoundTripAndRankHasItsOwnPreferenceSpelling) {
+    for (Column column : allColumns()) EXPECT_EQ(columnFromIdentifier(identifier(column)), column);
+    EXPECT_EQ(columnFromIdentifier("Name"), std::nullopt);
+    EXPECT_EQ(visibilityPreference(Column::rank), "rankInVisible");
+    EXPECT_EQ(visibilityPreference(Column::modDate), "dateModifiedIsVisible");
+    EXPECT_EQ(visibilityPreference(Column::name), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quester

@@ -1,0 +1,175 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/PathText.h"
+#include "results/UINode.h"
+#include "stores/Preferences.h"
+
+namespace quester {
+namespace {
+
+struct Row {
+    std::string path;
+    std::uint64_t size = 0;
+    std::int64_t modified = 0;
+    std::int64_t created = 0;
+    std::int64_t accessed = 0;
+    std::vector<std::string> tags;
+    std::int64_t rank = 0;
+    bool isDirectory = false;
+};
+
+UINodePtr makeNode(const Row& row) {
+    SearchResult result;
+    result.url = Url(row.path, row.isDirectory);
+    result.isDirectory = row.isDirectory;
+    result.size = row.size;
+    result.modDate = row.modified;
+    result.creationDate = row.created;
+    result.lastAccessDate = row.accessed;
+    result.tags = row.tags;
+    result.contentSearchResultsRank = row.rank;
+    return UINode::create(result);
+}
+
+UINodePtr plain(const std::string& path) { return makeNode(Row{path, 0, 0, 0, 0, {}, 0, false}); }
+UINodePtr folder(const std::string& path) { return makeNode(Row{path, 0, 0, 0, 0, {}, 0, true}); }
+UINodePtr tagged(const std::string& path, std::vector<std::string> tags) {
+    return makeNode(Row{path, 0, 0, 0, 0, std::move(tags), 0, false});
+}
+UINodePtr ranked(const std::string& path, std::int64_t rank) { return makeNode(Row{path, 0, 0, 0, 0, {}, rank, false}); }
+
+std::vector<std::string> names(const UINode::NodeList& nodes) {
+    std::vector<std::string> list;
+    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL.path()));
+    return list;
+}
+
+class SortTest : public ::testing::Test {
+protected:
+    UINode::NodeList sorted(Column column, bool reversed, std::optional<std::string> query = std::nullopt) {
+        return UINode::sortNodes(nodes, column, reversed, query, preferences);
+    }
+    std::vector<std::string> order(Column column, bool reversed) { return names(sorted(column, reversed)); }
+
+    // Ties in every column, missing values (size, dates and rank 0, no tags,
+    // no extension), names in mixed case with numbers.
+    UINode::NodeList nodes{
+        makeNode(Row{"/x/b/file10.txt", 100, 300, 0, 5, {"red"}, 2, false}),
+        makeNode(Row{"/x/a/File2.txt", 0, 0, 10, 5, {}, 0, false}),
+        makeNode(Row{"/x/B/file1.pdf", 100, 300, 10, 0, {"Blue"}, 2, false}),
+        makeNode(Row{"/x/a/notes", 50, 100, 20, 5, {"blue"}, 1, false}),
+    };
+    Preferences preferences{""};
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(SortTest, everyColumnOrdersByItsValueAndBreaksTiesByAscendingName) {
+    struct Expectation {
+        Column column;
+        Names forward;
+        Names reversed;
+    };
+    const std::vector<Expectation> expectations{
+        {Column::name, {"file1.pdf", "File2.txt", "file10.txt", "notes"},
+         {"notes", "file10.txt", "File2.txt", "file1.pdf"}},
+        {Column::size, {"File2.txt", "notes", "file1.pdf", "file10.txt"},
+         {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
+        {Column::modDate, {"File2.txt", "notes", "file1.pdf", "file10.txt"},
+         {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
+        {Column::created, {"file10.txt", "file1.pdf", "File2.txt", "notes"},
+         {"notes", "file1.pdf", "File2.txt", "file10.txt"}},
+        {Column::lastAccessDate, {"file1.pdf", "File2.txt", "file10.txt", "notes"},
+         {"File2.txt", "file10.txt", "notes", "file1.pdf"}},
+        // "Document" < "PDF Document" < "Plain Text Document", case aside.
+        {Column::kind, {"notes", "file1.pdf", "File2.txt", "file10.txt"},
+         {"File2.txt", "file10.txt", "file1.pdf", "notes"}},
+        // Plain text order: "B" before "a" before "b".
+        {Column::inside, {"file1.pdf", "File2.txt", "notes", "file10.txt"},
+         {"file10.txt", "File2.txt", "notes", "file1.pdf"}},
+        {Column::path, {"file1.pdf", "File2.txt", "notes", "file10.txt"},
+         {"file10.txt", "File2.txt", "notes", "file1.pdf"}},
+        // No tags first; "Blue" and "blue" tie whatever their case.
+        {Column::tags, {"File2.txt", "file1.pdf", "notes", "file10.txt"},
+         {"file10.txt", "file1.pdf", "notes", "File2.txt"}},
+        {Column::rank, {"File2.txt", "notes", "file1.pdf", "file10.txt"},
+         {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
+    };
+    for (const auto& expectation : expectations) {
+        EXPECT_EQ(order(expectation.column, false), expectation.forward) << identifier(expectation.column);
+        EXPECT_EQ(order(expectation.column, true), expectation.reversed) << identifier(expectation.column);
+    }
+}
+
+TEST_F(SortTest, imageColumnKeepsTheIncomingOrder) {
+    const Names incoming = names(nodes);
+    EXPECT_EQ(order(Column::image, false), incoming);
+    EXPECT_EQ(order(Column::image, true), incoming);
+}
+
+TEST_F(SortTest, numbersInNamesCompareByValueAndCaseIsIgnored) {
+    nodes = {plain("/d/img100.png"), plain("/d/IMG9.png"), plain("/d/img10.png"),
+             plain("/d/Img1.png"), plain("/d/img009b.png")};
+    EXPECT_EQ(order(Column::name, false), (Names{"Img1.png", "IMG9.png", "img009b.png", "img10.png", "img100.png"}));
+}
+
+TEST_F(SortTest, equalNamesInDifferentCaseKeepTheirIncomingOrder) {
+    nodes = {plain("/d/Report.txt"), plain("/d/a.txt"), plain("/d/report.txt")};
+    EXPECT_EQ(order(Column::name, false), (Names{"a.txt", "Report.txt", "report.txt"}));
+    nodes = {plain("/e/report.txt"), plain("/e/a.txt"), plain("/e/Report.txt")};
+    EXPECT_EQ(order(Column::name, false), (Names{"a.txt", "report.txt", "Report.txt"}));
+}
+
+TEST_F(SortTest, tagOrderOnDiskDoesNotMatter) {
+    nodes = {tagged("/d/z.txt", {"b", "a"}), tagged("/d/y.txt", {"a", "b"})};
+    EXPECT_EQ(order(Column::tags, false), (Names{"y.txt", "z.txt"}));
+    EXPECT_EQ(order(Column::tags, true), (Names{"y.txt", "z.txt"}));
+}
+
+class ScoreTest : public SortTest {
+protected:
+    ScoreTest() {
+        nodes = {plain("/d/alpha.txt"), plain("/d/budget.txt"),
+                 folder("/d/Plain"), folder("/d/Budget")};
+    }
+    void setBoth(bool on) {
+        ASSERT_TRUE(preferences.setValue("moveFoldersToTop", on).ok());
+        ASSERT_TRUE(preferences.setValue("moveItemsStartingWithQueryToTop", on).ok());
+    }
+};
+
+TEST_F(ScoreTest, foldersAndItemsStartingWithTheQueryRiseInTheNameColumn) {
+    setBoth(true);
+    EXPECT_EQ(names(sorted(Column::name, false, "bud")), (Names{"Budget", "Plain", "budget.txt", "alpha.txt"}));
+    // Reversing turns the score around too.
+    EXPECT_EQ(names(sorted(Column::name, true, "bud")), (Names{"alpha.txt", "budget.txt", "Plain", "Budget"}));
+    // The query text is matched whatever its case.
+    EXPECT_EQ(names(sorted(Column::name, false, "BUD")), (Names{"Budget", "Plain", "budget.txt", "alpha.txt"}));
+}
+
+TEST_F(ScoreTest, scoreIsIgnoredWithoutAQueryAndOutsideTheNameColumn) {
+    setBoth(true);
+    EXPECT_EQ(names(sorted(Column::name, false)), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
+    EXPECT_EQ(names(sorted(Column::size, false, "bud")), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
+}
+
+TEST_F(ScoreTest, emptyQueryTextAndPreferencesOffChangeNothing) {
+    setBoth(false);
+    EXPECT_EQ(names(sorted(Column::name, false, "bud")), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
+    ASSERT_TRUE(preferences.setValue("moveItemsStartingWithQueryToTop", true).ok());
+    EXPECT_EQ(names(sorted(Column::name, false, "")), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
+}
+
+TEST(HighestRank, isTheLargestRankOrZero) {
+    EXPECT_EQ(UINode::calculateHighestRank({}), 0);
+    EXPECT_EQ(UINode::calculateHighestRank({ranked("/a", 3), ranked("/b", 7),
+                                            ranked("/c", -2)}),
+              7);
+}
+
+}  // namespace
+}  // namespace quester

@@ -1,0 +1,9 @@
+#include "query/NullSearchDataSourceDelegate.h"
+
+#include "query/SearchResult.h"
+
+namespace quester {
+
+void NullSearchDataSourceDelegate::supplySearchResults(std::vector<SearchResult>, SearchDataSource&) {}
+
+}  // namespace quester

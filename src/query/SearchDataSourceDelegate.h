@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quester {
+
+class SearchDataSource;
+struct SearchResult;
+
+// What a running source reports to. Sources call it from their own threads,
+// several at once, so implementations are thread-safe. The progress reports
+// do nothing unless an implementation wants them.
+class SearchDataSourceDelegate {
+public:
+    virtual ~SearchDataSourceDelegate() = default;
+
+    // Polled by sources between units of work: true ends the search soon.
+    virtual bool shouldStop() const = 0;
+    // Whether system, invisible and in-package items are wanted.
+    virtual bool showHiddenItems() const = 0;
+
+    // One batch of found items.
+    virtual void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) = 0;
+    virtual void supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) {
+        (void)increaseNumberOfFiles;
+    }
+    virtual void supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) { (void)numberOfDirecories; }
+    // The file being read now.
+    virtual void searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {
+        (void)name, (void)inProgress, (void)percentageProgress;
+    }
+    // The source found the query unusable.
+    virtual void searchInvalidQuery() {}
+};
+
+}  // namespace quester

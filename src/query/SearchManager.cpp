@@ -1,0 +1,415 @@
+#include "query/SearchManager.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <utility>
+
+#include "platform/FSUtilities.h"
+#include "platform/PathText.h"
+#include "query/CollectingSearchDataSourceDelegate.h"
+#include "query/NotIncludingWords.h"
+#include "query/WildcardWords.h"
+#include "support/Crc64.h"
+#include "support/LogFunc.h"
+
+namespace quester {
+namespace {
+
+// Enough threads that no source waits for another: sources are few.
+constexpr int kLocalQueueWidth = 64;
+
+Locked<std::vector<std::weak_ptr<SearchManager>>>& allInstancesList() {
+    static Locked<std::vector<std::weak_ptr<SearchManager>>> list;
+    return list;
+}
+
+// Results of these sources skip the queue of the slow criteria.
+bool isInFastSet(SearchResultSupplier supplier) {
+    return supplier == SearchResultSupplier::CompactContentIndex || supplier == SearchResultSupplier::spotlightContent;
+}
+
+bool isInSpotlightSet(SearchResultSupplier supplier) {
+    return supplier == SearchResultSupplier::showAppsCmd || supplier == SearchResultSupplier::spotlight;
+}
+
+bool containsSource(const SearchManager::DataSources& list, const SearchDataSource* source) {
+    return std::any_of(list.begin(), list.end(), [&](const auto& listed) { return listed.get() == source; });
+}
+
+std::vector<CommandPtr> copiesOf(const std::vector<CommandPtr>& commands) {
+    std::vector<CommandPtr> copies;
+    copies.reserve(commands.size());
+    for (const auto& command : commands) copies.push_back(command->copy());
+    return copies;
+}
+
+// ASCII case folding keeps byte offsets, so matches found in the folded text
+// stand at the same places in the original.
+std::string asciiLowercase(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return lower;
+}
+
+// The folder paths of `parent` (which ends in "/") whose name holds one of
+// `words`: at each match, the text up to the next "/". Repeats are kept.
+std::vector<std::string> splitPath(const std::string& parent, const std::vector<std::string>& words) {
+    std::vector<std::string> folders;
+    const std::string folded = asciiLowercase(parent);
+    for (const auto& word : words) {
+        if (word.empty()) continue;
+        const std::string foldedWord = asciiLowercase(word);
+        for (auto match = folded.find(foldedWord); match != std::string::npos;
+             match = folded.find(foldedWord, match + 1)) {
+            auto slash = parent.find('/', match + foldedWord.size());
+            if (slash == std::string::npos) slash = parent.size();
+            folders.push_back(parent.substr(0, slash));
+        }
+    }
+    return folders;
+}
+
+// The minus words and the wildcard words are judged with the name, not on their own.
+bool isPartOfTheNameTest(const Command& command) {
+    return dynamic_cast<const WildcardWords*>(&command) != nullptr ||
+           dynamic_cast<const NotIncludingWords*>(&command) != nullptr;
+}
+
+SearchResult enclosingFolderResult(const std::string& path, const SearchResult& foundItem) {
+    SearchResult folder = SearchResult::forFile(foundItem.searchResultSuppliedBy, path, foundItem.checkToSeeIfItExists);
+    folder.url = Url(path, true);
+    folder.isDirectory = true;
+    folder.size = 0;
+    return folder;
+}
+
+}  // namespace
+
+std::shared_ptr<SearchManager> SearchManager::create(QueryContainer query, bool searchInsideSystemAndApps,
+                                                     std::weak_ptr<SearchManagerDelegate> delegate,
+                                                     Environment environment) {
+    std::shared_ptr<SearchManager> manager(
+        new SearchManager(std::move(query), searchInsideSystemAndApps, std::move(delegate), std::move(environment)));
+    allInstancesList().access([&](auto& list) {
+        std::erase_if(list, [](const auto& weak) { return weak.expired(); });
+        list.push_back(manager);
+    });
+    return manager;
+}
+
+SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApps,
+                             std::weak_ptr<SearchManagerDelegate> delegate, Environment environment)
+    : delegate(std::move(delegate)),
+      searchQuery(std::move(query)),
+      queryCommands(searchQuery.commandsFoundInQuery),
+      fastQueueCommands(copiesOf(queryCommands)),
+      filterQueueCommands(copiesOf(queryCommands)),
+      clock(environment.clock ? *environment.clock : SystemClock::shared()),
+      creationTime(clock.now()),
+      commandBasedDataSources(std::move(environment.commandBasedDataSources)),
+      fileSystemSearchDataSources(std::move(environment.fileSystemSearchDataSources)),
+      mainLoop(environment.mainLoop ? *environment.mainLoop : MainLoop::shared()),
+      fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
+      showsHiddenItems(searchInsideSystemAndApps || searchQuery.findCommand("ShowInvisibleItems") != nullptr),
+      progressUpdateTimer(std::chrono::milliseconds(250), true, clock) {}
+
+SearchManager::~SearchManager() {
+    allInstancesList().access([&](auto& list) {
+        std::erase_if(list, [&](const auto& weak) { return weak.expired(); });
+    });
+}
+
+std::vector<std::shared_ptr<SearchManager>> SearchManager::allInstances() {
+    return allInstancesList().access([](const auto& list) {
+        std::vector<std::shared_ptr<SearchManager>> alive;
+        for (const auto& weak : list) {
+            if (auto manager = weak.lock()) alive.push_back(std::move(manager));
+        }
+        return alive;
+    });
+}
+
+void SearchManager::search() {
+    if (auto receiver = delegate.lock()) receiver->searchManagerIsBeginingSearches(searchQuery);
+    searchQueue.addOperation([self = shared_from_this()] { self->runSearches(); });
+}
+
+void SearchManager::runSearches() {
+    OperationQueue localQueue(kLocalQueueWidth);
+    for (const auto& command : queryCommands) command->commandsStarting();
+    if (!shouldStop()) inProgress = true;
+
+    if (searchQuery.booleanExprUsesDataSourceOr()) {
+        runDataSourceOrSearch(localQueue);
+    } else {
+        DataSources sources = commandBasedDataSources;
+        for (auto& source : searchQuery.suppliedDataSources()) {
+            if (!containsSource(sources, source.get())) sources.push_back(std::move(source));
+        }
+        startDataSources(sources, localQueue);
+        bool anySourceHasLocations = allDataSources.access([&](const DataSources& all) {
+            return std::any_of(all.begin(), all.end(), [&](const auto& source) {
+                return !source->dataSourceLocations(searchQuery).empty();
+            });
+        });
+        if (searchQuery.isWordBasedSearch() && !anySourceHasLocations) {
+            startDataSources(fileSystemSearchDataSources, localQueue);
+        }
+    }
+
+    localQueue.waitUntilAllOperationsAreFinished();
+    filterQueue.waitUntilAllOperationsAreFinished();
+    fastQueue.waitUntilAllOperationsAreFinished();
+    mainLoop.post([self = shared_from_this()] { self->allSearchesHaveCompleted(); });
+}
+
+void SearchManager::startDataSources(const DataSources& sources, OperationQueue& on) {
+    allDataSources.access([&](DataSources& all) { all.insert(all.end(), sources.begin(), sources.end()); });
+    for (const auto& source : sources) {
+        on.addOperation([this, source] {
+            source->search(searchQuery, *this);
+            searchDataSourceFinishedSearch(*source);
+        });
+    }
+}
+
+void SearchManager::runDataSourceOrSearch(OperationQueue& on) {
+    const auto leaves = searchQuery.dataSourceLeafIndices();
+    std::map<SearchResultSupplier, std::vector<SearchResult>> bySupplier;
+    std::weak_ptr<SearchManager> weakSelf = weak_from_this();
+    for (int leaf : leaves) {
+        std::unordered_set<std::int64_t> found;
+        for (const auto& source : searchQuery.commandsFoundInQuery[leaf]->suppliedDataSources()) {
+            if (shouldStop()) break;
+            CollectingSearchDataSourceDelegate collector(showsHiddenItems, [weakSelf] {
+                auto self = weakSelf.lock();
+                return !self || self->shouldStop();
+            });
+            allDataSources.access([&](DataSources& all) { all.push_back(source); });
+            source->search(searchQuery, collector);
+            searchDataSourceFinishedSearch(*source);
+            for (auto& result : collector.results()) {
+                found.insert(crc64(result.url.path()));
+                bySupplier[source->type()].push_back(std::move(result));
+            }
+        }
+        materializedDataSourceSets.access([&](auto& sets) { sets[leaf] = std::move(found); });
+    }
+    for (auto& [supplier, results] : bySupplier) {
+        if (!results.empty()) enqueueFiltering(std::move(results), supplier);
+    }
+    if (searchQuery.booleanExpr.needsOpenUniverse(leaves)) startDataSources(fileSystemSearchDataSources, on);
+}
+
+void SearchManager::searchDataSourceFinishedSearch(SearchDataSource& source) {
+    LOG("finished: " + source.debugDescription());
+    finishedDataSources.access([&](DataSources& finished) {
+        finished.push_back(allDataSources.access([&](const DataSources& all) {
+            auto found = std::find_if(all.begin(), all.end(), [&](const auto& listed) { return listed.get() == &source; });
+            return found == all.end() ? nullptr : *found;
+        }));
+    });
+    if (shouldStop()) return;
+    source.searchShouldStop();
+    if (!searchQuery.isWordBasedSearch()) return;
+    bool directSourcesRunning = allDataSources.access([&](const DataSources& all) {
+        return finishedDataSources.access([&](const DataSources& finished) {
+            return std::any_of(all.begin(), all.end(), [&](const auto& running) {
+                return !containsSource(finished, running.get()) && !isInSpotlightSet(running->type());
+            });
+        });
+    });
+    if (!directSourcesRunning) cancelSpotlight();
+}
+
+void SearchManager::cancelSpotlight() {
+    for (const auto& source : allDataSources.value()) {
+        if (isInSpotlightSet(source->type())) source->searchShouldStop();
+    }
+}
+
+void SearchManager::allSearchesHaveCompleted() {
+    LOG("allSearchesHaveCompleted()");
+    inProgress = false;
+    if (auto receiver = delegate.lock()) receiver->searchManagerHasFinishedAllSearches(searchQuery);
+}
+
+void SearchManager::stop() {
+    inProgress = false;
+    if (stopRequested.exchange(true)) return;
+    LOG("stop()");
+    for (const auto& source : fileSystemSearchDataSources) source->searchShouldStop();
+    for (const auto& source : commandBasedDataSources) source->searchShouldStop();
+    filterQueue.cancelAllOperations();
+}
+
+void SearchManager::userCancel() {
+    stop();
+    mainLoop.post([self = shared_from_this()] {
+        if (auto receiver = self->delegate.lock()) receiver->searchManagerHasFinishedAllSearches(self->searchQuery);
+    });
+}
+
+void SearchManager::supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) {
+    if (results.empty()) return;
+    enqueueFiltering(std::move(results), fromDataSource.type());
+}
+
+void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier) {
+    counters.access([&](Progress& progress) { progress.numberOfItemsInQueue += static_cast<std::int64_t>(results.size()); });
+    bool fast = isInFastSet(supplier);
+    auto& queue = fast ? fastQueue : filterQueue;
+    auto& commands = fast ? fastQueueCommands : filterQueueCommands;
+    queue.addOperation([this, &commands, batch = std::move(results)] { filterResults(batch, commands); });
+}
+
+void SearchManager::filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands) {
+    for (const auto& result : results) {
+        if (shouldStop()) return;
+        auto passing = expandAndFilter(result, commands);
+        if (!passing.empty()) {
+            counters.access([&](Progress& progress) {
+                progress.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
+            });
+            bool reportProgress = progressUpdateTimer.hasElapsed();
+            auto snapshot = counters.value();
+            onMainLoop([this, passing = std::move(passing), reportProgress, snapshot](SearchManagerDelegate& receiver) {
+                receiver.searchManagerFoundItems(passing, searchQuery);
+                if (reportProgress) receiver.searchManagerProgress(snapshot);
+            });
+        }
+        counters.access([](Progress& progress) { --progress.numberOfItemsInQueue; });
+    }
+}
+
+std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& result,
+                                                         const std::vector<CommandPtr>& commands) {
+    std::vector<SearchResult> candidates{result};
+    std::string parent = parentPath(result.url.path());
+    if (parent != "/") parent += '/';
+    for (const auto& folder : splitPath(parent, searchQuery.searchWords)) {
+        candidates.push_back(enclosingFolderResult(folder, result));
+    }
+    std::vector<SearchResult> passing;
+    for (auto& candidate : candidates) {
+        if (judge(candidate, commands)) passing.push_back(std::move(candidate));
+    }
+    return passing;
+}
+
+bool SearchManager::judge(SearchResult& candidate, const std::vector<CommandPtr>& commands) {
+    if (shouldStop()) return false;
+    const std::string& path = candidate.url.path();
+    const std::int64_t key = crc64(path);
+    if (!alreadyFiltered.access([&](auto& seen) { return seen.insert(key).second; })) return false;
+    if (!candidate.ignoreSearchLocation) {
+        if (!showsHiddenItems && (fsUtilities.isInsideOSDirectory(path) || fsUtilities.isInvisibleOrInsidePackage(path))) {
+            return false;
+        }
+        if (!searchQuery.pathIsInQueryLocation(path)) return false;
+    }
+    if (!searchResultPassesFiltering(candidate, *this, commands)) return false;
+    if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand("ContentSearchCommand") != nullptr) {
+        candidate.tryCollectSummaryLines = true;
+    }
+    return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key).second; });
+}
+
+bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
+                                                const std::vector<CommandPtr>& commands) {
+    if (searchQuery.booleanExpr.hasCommandUnderOr()) return passesTreeFiltering(result, feedback, commands);
+    return passesFlatFiltering(result, feedback, commands);
+}
+
+bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
+                                        const std::vector<CommandPtr>& commands) {
+    bool noExcludes = true;
+    for (const auto& command : commands) {
+        if (isPartOfTheNameTest(*command)) continue;
+        if (feedback.shouldStop() ||
+            command->commandImpApply(result, &feedback, searchQuery) == CommandApplyResult::exclude) {
+            noExcludes = false;
+            break;
+        }
+    }
+    const bool emptyExpression = searchQuery.booleanExpr.isEmpty();
+    if (emptyExpression && commands.empty()) return false;
+    bool nameMatches = false;
+    if (!emptyExpression) {
+        nameMatches = searchQuery.fsItemNameStringIncludesWordsFromQuery(
+            lastPathComponent(result.url.path()), result.searchResultSuppliedBy == SearchResultSupplier::spotlight);
+        if (commands.empty()) return nameMatches;
+    }
+    if (searchQuery.isORCommandSearch()) return nameMatches || noExcludes;
+    return emptyExpression ? noExcludes : nameMatches && noExcludes;
+}
+
+bool SearchManager::passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
+                                        const std::vector<CommandPtr>& commands) {
+    const auto leaves = searchQuery.booleanExpr.commandLeafIndices();
+    for (int index = 0; index < static_cast<int>(commands.size()); ++index) {
+        if (isPartOfTheNameTest(*commands[index]) || leaves.count(index)) continue;
+        if (feedback.shouldStop()) return false;
+        if (commands[index]->commandImpApply(result, &feedback, searchQuery) == CommandApplyResult::exclude) {
+            return false;
+        }
+    }
+    const auto dataLeaves = searchQuery.dataSourceLeafIndices();
+    const std::int64_t key = crc64(result.url.path());
+    bool diacriticInsensitive = result.searchResultSuppliedBy == SearchResultSupplier::spotlight ||
+                                searchQuery.wantsDiacriticInsensitiveSearch;
+    auto context = searchQuery.makeEvalContext(diacriticInsensitive, [&](int index) {
+        if (dataLeaves.count(index)) {
+            return materializedDataSourceSets.access([&](const auto& sets) {
+                auto set = sets.find(index);
+                return set != sets.end() && set->second.count(key) > 0;
+            });
+        }
+        return commands[index]->commandImpApply(result, &feedback, searchQuery) != CommandApplyResult::exclude;
+    });
+    return searchQuery.matchExpr.matches(lastPathComponent(result.url.path()), context);
+}
+
+void SearchManager::supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) {
+    counters.access([&](Progress& progress) { progress.numberOfFilesContentSearched += increaseNumberOfFiles; });
+    reportProgressIfDue();
+}
+
+void SearchManager::supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) {
+    counters.access([&](Progress& progress) { progress.numberOfDirectoriesSearched += numberOfDirecories; });
+    reportProgressIfDue();
+}
+
+void SearchManager::reportProgressIfDue() {
+    if (!progressUpdateTimer.hasElapsed()) return;
+    onMainLoop([snapshot = counters.value()](SearchManagerDelegate& receiver) { receiver.searchManagerProgress(snapshot); });
+}
+
+void SearchManager::searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {
+    onMainLoop([=](SearchManagerDelegate& receiver) { receiver.searchingInsideFile(name, inProgress, percentageProgress); });
+}
+
+void SearchManager::searchInvalidQuery() {
+    onMainLoop([](SearchManagerDelegate& receiver) { receiver.searchInvalidQuery(); });
+}
+
+void SearchManager::onMainLoop(std::function<void(SearchManagerDelegate&)> call) {
+    // One loop task drains every call queued meanwhile, in order: a walk that
+    // finds thousands of items a second must not flood the loop with tasks.
+    bool firstWaiting = pendingDelegateCalls.access([&](auto& pending) {
+        pending.push_back(std::move(call));
+        return pending.size() == 1;
+    });
+    if (!firstWaiting) return;
+    mainLoop.post([self = shared_from_this()] {
+        auto calls = self->pendingDelegateCalls.access([](auto& pending) { return std::exchange(pending, {}); });
+        auto receiver = self->delegate.lock();
+        if (!receiver) return;
+        for (auto& delegateCall : calls) delegateCall(*receiver);
+    });
+}
+
+}  // namespace quester

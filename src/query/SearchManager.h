@@ -1,0 +1,147 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+#include "query/Command.h"
+#include "query/QueryContainer.h"
+#include "query/SearchDataSource.h"
+#include "query/SearchDataSourceDelegate.h"
+#include "query/SearchManagerDelegate.h"
+#include "query/SearchResult.h"
+#include "support/Clock.h"
+#include "support/DelayTimer.h"
+#include "support/Locked.h"
+#include "support/MainLoop.h"
+#include "support/OperationQueue.h"
+
+namespace quester {
+
+class FSUtilities;
+
+// Runs one query once: starts the sources the query calls for, passes every
+// result they supply through the query's commands, drops what another source
+// already delivered, and hands the survivors to its delegate on the main loop.
+//
+// Threads: `search`, `stop` and `userCancel` may be called from any thread.
+// Each source runs on a thread of its own; results are judged on two serial
+// queues, each with its own copies of the commands (`filterQueue` for most
+// sources, `fastQueue` for the index sources whose results must not wait
+// behind slow criteria). Delegate calls but the first come on the main loop.
+// A manager is shared (std::shared_ptr): a running search keeps it alive.
+class SearchManager final : public SearchDataSourceDelegate, public std::enable_shared_from_this<SearchManager> {
+public:
+    using Progress = SearchManagerProgress;
+    using DataSources = std::vector<std::shared_ptr<SearchDataSource>>;
+
+    // What the manager runs beside the query's own sources, and where it reports.
+    struct Environment {
+        // Searched for word-based queries that no source with its own locations handles.
+        DataSources fileSystemSearchDataSources;
+        // Started for every query, before the query's own sources.
+        DataSources commandBasedDataSources;
+        MainLoop* mainLoop = nullptr;      // MainLoop::shared() when none
+        FSUtilities* fsUtilities = nullptr;  // FSUtilities::shared() when none
+        const Clock* clock = nullptr;      // the system clock when none
+    };
+
+    // `searchInsideSystemAndApps` (or a query that asks for invisible items)
+    // lets system, invisible and in-package items through.
+    static std::shared_ptr<SearchManager> create(QueryContainer query, bool searchInsideSystemAndApps,
+                                                 std::weak_ptr<SearchManagerDelegate> delegate,
+                                                 Environment environment);
+    ~SearchManager() override;
+    SearchManager(const SearchManager&) = delete;
+    SearchManager& operator=(const SearchManager&) = delete;
+
+    // Tells the delegate the search begins, starts it in the background and returns.
+    void search();
+    // Ends the search early. Safe to call repeatedly; the delegate still hears
+    // that the search finished.
+    void stop();
+    // `stop`, then tells the delegate at once that the search finished.
+    void userCancel();
+
+    // Every manager alive now.
+    static std::vector<std::shared_ptr<SearchManager>> allInstances();
+
+    const QueryContainer& query() const { return searchQuery; }
+    Clock::TimePoint created() const { return creationTime; }
+    bool searchInProgress() const { return inProgress.load(); }
+    Progress progress() const { return counters.value(); }
+
+    // SearchDataSourceDelegate, called by the sources on their threads.
+    bool shouldStop() const override { return stopRequested.load(); }
+    bool showHiddenItems() const override { return showsHiddenItems; }
+    void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) override;
+    void supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) override;
+    void supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) override;
+    void searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) override;
+    void searchInvalidQuery() override;
+
+    // Whether a result passes the ignore list and the commands, in the flat
+    // form or, when a command stands under an OR, as the boolean expression.
+    // Commands may add to the result.
+    bool searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
+                                     const std::vector<CommandPtr>& commands);
+
+private:
+    SearchManager(QueryContainer query, bool searchInsideSystemAndApps, std::weak_ptr<SearchManagerDelegate> delegate,
+                  Environment environment);
+
+    void runSearches();
+    void runDataSourceOrSearch(OperationQueue& on);
+    void startDataSources(const DataSources& sources, OperationQueue& on);
+    void searchDataSourceFinishedSearch(SearchDataSource& source);
+    void cancelSpotlight();
+    void allSearchesHaveCompleted();
+
+    void enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier);
+    void filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands);
+    std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
+    bool judge(SearchResult& candidate, const std::vector<CommandPtr>& commands);
+    bool passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
+                             const std::vector<CommandPtr>& commands);
+    bool passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
+                             const std::vector<CommandPtr>& commands);
+
+    void reportProgressIfDue();
+    void onMainLoop(std::function<void(SearchManagerDelegate&)> call);
+
+    const std::weak_ptr<SearchManagerDelegate> delegate;
+    const QueryContainer searchQuery;
+    const std::vector<CommandPtr> queryCommands;
+    const std::vector<CommandPtr> fastQueueCommands;
+    const std::vector<CommandPtr> filterQueueCommands;
+    const Clock& clock;
+    const Clock::TimePoint creationTime;
+    const DataSources commandBasedDataSources;
+    const DataSources fileSystemSearchDataSources;
+    MainLoop& mainLoop;
+    FSUtilities& fsUtilities;
+    const bool showsHiddenItems;
+
+    Locked<DataSources> allDataSources;
+    Locked<DataSources> finishedDataSources;
+    Locked<Progress> counters;
+    DelayTimer progressUpdateTimer;
+    Locked<std::unordered_set<std::int64_t>> alreadyIncludedInDisplay;
+    Locked<std::unordered_set<std::int64_t>> alreadyFiltered;
+    Locked<std::map<int, std::unordered_set<std::int64_t>>> materializedDataSourceSets;
+    Locked<std::vector<std::function<void(SearchManagerDelegate&)>>> pendingDelegateCalls;
+    std::atomic<bool> stopRequested{false};
+    std::atomic<bool> inProgress{false};
+
+    SerialQueue filterQueue;
+    SerialQueue fastQueue;
+    // Runs the search block, which waits for the sources and the two queues.
+    SerialQueue searchQueue;
+};
+
+}  // namespace quester

@@ -7,11 +7,11 @@ void Blocker::wait() {
     opened.wait(guard, [&] { return released; });
 }
 
+// Notifies under the lock: the waiter may destroy the blocker as soon as it
+// sees `released`.
 void Blocker::release() {
-    {
-        std::lock_guard guard(mutex);
-        released = true;
-    }
+    std::lock_guard guard(mutex);
+    released = true;
     opened.notify_all();
 }
 

@@ -25,13 +25,21 @@ class LegacyDigests {
 public:
     LegacyDigests() : context(OSSL_LIB_CTX_new()) {
         if (!context) return;
-        if (!OSSL_PROVIDER_load(context.get(), "legacy")) return;
-        md4.reset(EVP_MD_fetch(context.get(), "MD4", nullptr));
+        provider = OSSL_PROVIDER_load(context.get(), "legacy");
+        if (provider) md4.reset(EVP_MD_fetch(context.get(), "MD4", nullptr));
     }
+    ~LegacyDigests() {
+        md4.reset();
+        if (provider) OSSL_PROVIDER_unload(provider);
+    }
+    LegacyDigests(const LegacyDigests&) = delete;
+    LegacyDigests& operator=(const LegacyDigests&) = delete;
+
     const EVP_MD* md4Digest() const { return md4.get(); }
 
 private:
     std::unique_ptr<OSSL_LIB_CTX, LibraryContextDeleter> context;
+    OSSL_PROVIDER* provider = nullptr;
     OwnedDigest md4;
 };
 

@@ -102,7 +102,7 @@ void Logger::log(std::string_view message) {
     std::string line = formatTime(environment.clock->now()) + " \t" + std::string(message);
     if (line.back() != '\n') line += '\n';
     tellDelegates(line);
-    if (environment.echo) *environment.echo << message << (message.ends_with('\n') ? "" : "\n") << std::flush;
+    echo(message);
     if (!isValidUTF8(line)) {
         environment.systemLog("Logger: Couldn't convert message to UTF8.");
         return;
@@ -128,6 +128,14 @@ void Logger::removeDelegate(const LogDelegate* delegate) {
     delegates->access([&](Delegates& list) {
         std::erase_if(list, [&](const auto& weak) { return !weak.isAlive() || weak.refersTo(delegate); });
     });
+}
+
+void Logger::echo(std::string_view message) {
+    if (!environment.echo) return;
+    std::string text(message);
+    if (!text.ends_with('\n')) text += '\n';
+    LockGuard guard(echoLock);
+    *environment.echo << text << std::flush;
 }
 
 void Logger::tellDelegates(const std::string& line) {

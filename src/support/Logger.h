@@ -83,11 +83,14 @@ public:
 private:
     using Delegates = std::vector<WeakObject<LogDelegate>>;
 
+    void echo(std::string_view message);
     void tellDelegates(const std::string& line);
     void rotateIfOlderThanToday(const LogURLs& urls);
     void append(const std::string& path, const std::string& line);
 
     Environment environment;
+    // Streams are not thread-safe; whole messages go out one at a time.
+    Lock echoLock;
     std::shared_ptr<Locked<Delegates>> delegates = std::make_shared<Locked<Delegates>>();
 };
 

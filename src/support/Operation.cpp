@@ -18,11 +18,9 @@ void Operation::start() {
         steps.swap(finishingSteps);
     }
     for (auto& step : steps) step();
-    {
-        std::lock_guard guard(mutex);
-        state = State::finished;
-        cancelHandler = nullptr;
-    }
+    std::lock_guard guard(mutex);
+    state = State::finished;
+    cancelHandler = nullptr;
     finishedCondition.notify_all();
 }
 

@@ -119,11 +119,11 @@ bool OperationQueue::addOperation(std::shared_ptr<Operation> operation, Operatio
         if (auto alive = weakState.lock()) alive->dropCancelled(identity);
     }, std::move(finishingStep));
     if (!claimed) return false;
-    {
-        std::lock_guard guard(state->mutex);
-        state->waiting.push_back(std::move(operation));
-        state->startWorkersIfNeeded();
-    }
+    // Notified under the lock: once it is released, a running operation may
+    // destroy the queue.
+    std::lock_guard guard(state->mutex);
+    state->waiting.push_back(std::move(operation));
+    state->startWorkersIfNeeded();
     state->workArrived.notify_one();
     return true;
 }
@@ -149,11 +149,9 @@ void OperationQueue::waitUntilAllOperationsAreFinished() {
 }
 
 void OperationQueue::setSuspended(bool suspended) {
-    {
-        std::lock_guard guard(state->mutex);
-        state->suspended = suspended;
-        state->startWorkersIfNeeded();
-    }
+    std::lock_guard guard(state->mutex);
+    state->suspended = suspended;
+    state->startWorkersIfNeeded();
     state->workArrived.notify_all();
 }
 

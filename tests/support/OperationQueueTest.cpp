@@ -175,11 +175,14 @@ TEST(OperationQueue, DestroyingTheQueueCancelsWhatHasNotBegun) {
 
 TEST(OperationQueue, AQueueMayBeDestroyedByItsOwnOperation) {
     auto queue = std::make_unique<SerialQueue>("self destroying");
+    Blocker added;
     Blocker done;
     queue->addOperation([&] {
+        added.wait();
         queue.reset();
         done.release();
     });
+    added.release();
     done.wait();
     EXPECT_EQ(queue, nullptr);
 }

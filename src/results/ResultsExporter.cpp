@@ -1,0 +1,142 @@
+#include "results/ResultsExporter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include <unicode/utf8.h>
+
+#include "platform/PathText.h"
+#include "stores/Preferences.h"
+
+namespace quester {
+
+namespace {
+
+constexpr std::array<const char*, 7> headerNames{"name", "path", "size", "mod date", "creation date", "kind",
+                                                 "parent name"};
+
+Error posixError(const std::string& what, const std::string& path) {
+    const int code = errno;
+    return makeError(ErrorCode::ioError,
+                     what + " " + path + ": " + std::strerror(code) + " (errno " + std::to_string(code) + ")");
+}
+
+bool isValidUTF8(const std::string& text) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    const auto length = static_cast<int32_t>(text.size());
+    for (int32_t i = 0; i < length;) {
+        UChar32 c = 0;
+        U8_NEXT(bytes, i, length, c);
+        if (c < 0) return false;
+    }
+    return true;
+}
+
+std::string dateField(std::int64_t seconds, const ResultDateText& dates) {
+    std::string text = dates.dateToString(seconds);
+    std::replace(text.begin(), text.end(), ',', ' ');
+    return text;
+}
+
+std::vector<std::string> rowFields(const UINode& node, const ResultDateText& dates) {
+    const UINode::Changable changes = node.dynamic();
+    return {lastPathComponent(node.fileURL.path()),
+            node.fileURL.path(),
+            std::to_string(changes.totalSize),
+            dateField(node.modificationDate, dates),
+            dateField(node.creationDate, dates),
+            changes.displayKind,
+            node.displayInside};
+}
+
+std::string joinedLine(const std::vector<std::string>& fields, ResultsExporter::Format format) {
+    const char* separator = format == ResultsExporter::Format::csv ? ", " : "\t";
+    std::string line;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (i > 0) line += separator;
+        line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(fields[i]) : fields[i];
+    }
+    return line + "\n";
+}
+
+Status writeAll(int fd, const std::string& text, const std::string& path) {
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return posixError("cannot write", path);
+        written += static_cast<std::size_t>(count);
+    }
+    return Status::success();
+}
+
+}  // namespace
+
+const char* ResultsExporter::menuTitle(Format format) {
+    return format == Format::csv ? "CSV" : "Text (tab-delimited)";
+}
+
+const char* ResultsExporter::fileExtension(Format format) { return format == Format::csv ? "csv" : "txt"; }
+
+const char* ResultsExporter::preferenceName(Format format) { return format == Format::csv ? "csv" : "text"; }
+
+std::optional<ResultsExporter::Format> ResultsExporter::formatFromPreferenceName(const std::string& name) {
+    if (name == "csv") return Format::csv;
+    if (name == "text") return Format::text;
+    return std::nullopt;
+}
+
+std::vector<ResultsExporter::Format> ResultsExporter::menuFormats() { return {Format::csv, Format::text}; }
+
+ResultsExporter::ResultsExporter(Preferences& preferences, SavePanel savePanel)
+    : preferences(preferences), savePanel(std::move(savePanel)) {}
+
+std::string ResultsExporter::csvField(const std::string& field) {
+    static const std::string formulaStarts = "=+-@\t\r";
+    std::string safe = field;
+    if (!safe.empty() && formulaStarts.find(safe.front()) != std::string::npos) safe.insert(0, "'");
+    if (safe.find_first_of("\",\n\r") == std::string::npos) return safe;
+    std::string quoted = "\"";
+    for (char c : safe) {
+        if (c == '"') quoted += '"';
+        quoted += c;
+    }
+    return quoted + "\"";
+}
+
+Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
+                                            const std::optional<std::string>& testingPath,
+                                            const ResultDateText& dates) {
+    if (testingPath) return exportResults(currentFormat, results, *testingPath, dates);
+    const std::string fileName = preferences.stringValue(fileNamePreference).value_or("Results.csv");
+    const auto remembered = preferences.stringValue(lastFormatPreference);
+    if (remembered) currentFormat = formatFromPreferenceName(*remembered).value_or(currentFormat);
+    const auto choice = savePanel ? savePanel(fileName, currentFormat) : std::nullopt;
+    if (!choice) return Status::success();
+    currentFormat = choice->format;
+    const Status stored = preferences.setValues({{fileNamePreference, lastPathComponent(choice->path)},
+                                                 {lastFormatPreference, preferenceName(choice->format)}});
+    if (!stored) return stored;
+    return exportResults(choice->format, results, choice->path, dates);
+}
+
+Status ResultsExporter::exportResults(Format format, const UINode::NodeList& results, const std::string& output,
+                                      const ResultDateText& dates) {
+    const int fd = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) return posixError("cannot create", output);
+    std::string text = joinedLine({headerNames.begin(), headerNames.end()}, format);
+    for (const auto& node : results) {
+        std::string line = joinedLine(rowFields(*node, dates), format);
+        if (isValidUTF8(line)) text += line;
+    }
+    Status written = writeAll(fd, text, output);
+    if (::close(fd) != 0 && written) written = posixError("cannot close", output);
+    return written;
+}
+
+}  // namespace quester

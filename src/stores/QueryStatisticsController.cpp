@@ -1,0 +1,114 @@
+#include "stores/QueryStatisticsController.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "support/AppDirectories.h"
+#include "support/LogFunc.h"
+#include "support/Uuid.h"
+
+namespace quester {
+
+namespace {
+
+Error systemFailure(const std::string& what) {
+    return makeError(ErrorCode::ioError, what + ": " + std::strerror(errno));
+}
+
+// A reader sees the old file or the new one whole: the bytes go to a
+// temporary file beside it, reach the disk, and are renamed over it.
+Status writeAtomically(const std::string& path, const std::string& bytes) {
+    std::string temporary = path + ".XXXXXX";
+    const int fd = mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) return systemFailure("cannot make a temporary file beside " + path);
+    Status status;
+    for (std::size_t done = 0; status && done < bytes.size();) {
+        const ssize_t count = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (count >= 0) done += static_cast<std::size_t>(count);
+        else if (errno != EINTR) status = systemFailure("cannot write " + temporary);
+    }
+    if (status && ::fsync(fd) != 0) status = systemFailure("cannot flush " + temporary);
+    ::close(fd);
+    if (status && ::rename(temporary.c_str(), path.c_str()) != 0) status = systemFailure("cannot replace " + path);
+    if (!status) ::unlink(temporary.c_str());
+    return status;
+}
+
+QueryStatistic::Date wholeSeconds(QueryStatistic::Date date) {
+    return std::chrono::floor<std::chrono::seconds>(date);
+}
+
+}  // namespace
+
+QueryStatisticsController::QueryStatisticsController(std::string path) : filePath(std::move(path)) {}
+
+QueryStatisticsController& QueryStatisticsController::shared() {
+    static QueryStatisticsController* controller = [] {
+        const auto folder = AppDirectories::applicationSupportDirectory();
+        if (!folder) LOG("no data folder for the query statistics: " + folder.error().description());
+        auto* made = new QueryStatisticsController(folder ? *folder + "/" + fileName : std::string());
+        made->load();
+        return made;
+    }();
+    return *controller;
+}
+
+void QueryStatisticsController::load() {
+    std::vector<QueryStatistic> loaded;
+    std::ifstream in(filePath, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    const auto parsed = nlohmann::json::parse(text.str(), nullptr, false);
+    if (in && parsed.is_array()) {
+        for (const auto& item : parsed) {
+            auto statistic = QueryStatistic::fromJSON(item);
+            if (!statistic) {
+                LOG("Statistics load error: " + statistic.error().description());
+                loaded.clear();
+                break;
+            }
+            loaded.push_back(std::move(statistic).value());
+        }
+    }
+    statistics.setValue(std::move(loaded));
+}
+
+Status QueryStatisticsController::save() const {
+    Status status = makeError(ErrorCode::notFound, "no data folder to keep the query statistics in");
+    if (!filePath.empty()) {
+        nlohmann::ordered_json array = nlohmann::ordered_json::array();
+        for (const auto& statistic : statistics.value()) array.push_back(statistic.toJSON());
+        status = writeAtomically(filePath, array.dump(2));
+    }
+    if (!status) LOG("Statistics save error: " + status.error().description());
+    return status;
+}
+
+void QueryStatisticsController::clear() {
+    statistics.setValue({});
+    (void)save();
+}
+
+void QueryStatisticsController::add(QueryStatistic::Date startTime, const std::string& rawQuery, int supplier,
+                                    std::int64_t durationInSeconds) {
+    const QueryStatistic::Date runDate = wholeSeconds(startTime);
+    statistics.access([&](std::vector<QueryStatistic>& all) {
+        auto query = std::find_if(all.begin(), all.end(),
+                                  [&](const QueryStatistic& statistic) { return statistic.rawQuery == rawQuery; });
+        if (query == all.end()) query = all.insert(all.end(), {Uuid::random().toString(), rawQuery, {}});
+        auto run = std::find_if(query->results.begin(), query->results.end(),
+                                [&](const QueryStatistic::ResultSet& set) { return set.date == runDate; });
+        if (run == query->results.end()) {
+            run = query->results.insert(query->results.end(), {Uuid::random().toString(), runDate, {}});
+        }
+        run->durations.push_back({Uuid::random().toString(), supplier, durationInSeconds});
+    });
+}
+
+}  // namespace quester

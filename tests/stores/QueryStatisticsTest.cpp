@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "stores/QueryStatisticsController.h"
+#include "support/AppDirectories.h"
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+using namespace std::chrono_literals;
+
+const QueryStatistic::Date march1 = std::chrono::sys_days(std::chrono::year(2024) / 3 / 1) + 9h + 30min;
+
+std::string contentsOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+class QueryStatisticsTest : public ::testing::Test {
+protected:
+    testing::TempDir dir;
+    std::string path = dir.str() + "/QueryStatistics.json";
+    QueryStatisticsController controller{path};
+};
+
+TEST_F(QueryStatisticsTest, addGroupsByQueryAndRunStart) {
+    controller.add(march1 + 400ms, "budget", 1, 3);
+    controller.add(march1, "budget", 10, 0);
+    controller.add(march1 + 1min, "budget", 1, 2);
+    controller.add(march1, "tax", 2, 5);
+    const auto all = controller.all();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].rawQuery, "budget");
+    ASSERT_EQ(all[0].results.size(), 2u);
+    EXPECT_EQ(all[0].results[0].date, march1);
+    ASSERT_EQ(all[0].results[0].durations.size(), 2u);
+    EXPECT_EQ(all[0].results[0].durations[1].supplier, 10);
+    EXPECT_EQ(all[1].results[0].durations[0].durationInSeconds, 5);
+    EXPECT_NE(all[0].id, all[1].id);
+}
+
+TEST_F(QueryStatisticsTest, fileRoundTripsThroughPrettyJSON) {
+    controller.add(march1, "budget .xlsx", 12, 7);
+    ASSERT_TRUE(controller.save().ok());
+    const auto saved = controller.all();
+    const std::string text = contentsOf(path);
+    EXPECT_NE(text.find("\n  {\n    \"id\": "), std::string::npos) << text;
+    EXPECT_NE(text.find("\"date\": \"2024-03-01T09:30:00Z\""), std::string::npos) << text;
+    EXPECT_NE(text.find("\"supplier\": 12"), std::string::npos) << text;
+
+    QueryStatisticsController reread(path);
+    reread.load();
+    EXPECT_EQ(reread.all(), saved);
+    // Adding to a reloaded run finds it by its start.
+    reread.add(march1 + 200ms, "budget .xlsx", 1, 1);
+    EXPECT_EQ(reread.all()[0].results.size(), 1u);
+}
+
+TEST_F(QueryStatisticsTest, anyDefectInTheFileStartsEmpty) {
+    controller.add(march1, "x", 1, 1);
+    for (const std::string& bad : {
+             std::string("not json"),
+             std::string(R"({"id":"a"})"),
+             std::string(R"([{"id":"a","rawQuery":"q"}])"),
+             std::string(R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"yesterday","durations":[]}]}])"),
+             std::string(R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T09:30:00Z",)"
+                         R"("durations":[{"id":"d","supplier":13,"durationInSeconds":1}]}]}])"),
+         }) {
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << bad;
+        controller.load();
+        EXPECT_TRUE(controller.all().empty()) << bad;
+    }
+    std::remove(path.c_str());
+    controller.load();
+    EXPECT_TRUE(controller.all().empty());
+}
+
+TEST_F(QueryStatisticsTest, datesWithAnOffsetAreRead) {
+    std::ofstream(path) << R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T11:30:00+02:00",)"
+                           R"("durations":[{"id":"d","supplier":0,"durationInSeconds":4}]}]}])";
+    controller.load();
+    ASSERT_EQ(controller.all().size(), 1u);
+    EXPECT_EQ(controller.all()[0].results[0].date, march1);
+}
+
+TEST_F(QueryStatisticsTest, clearEmptiesTheFileToo) {
+    controller.add(march1, "x", 1, 1);
+    controller.clear();
+    EXPECT_TRUE(controller.all().empty());
+    EXPECT_EQ(contentsOf(path), "[]");
+}
+
+TEST_F(QueryStatisticsTest, saveFailureKeepsTheListInMemory) {
+    QueryStatisticsController nowhere(dir.str() + "/no/such/folder/QueryStatistics.json");
+    nowhere.add(march1, "x", 1, 1);
+    EXPECT_FALSE(nowhere.save().ok());
+    EXPECT_EQ(nowhere.all().size(), 1u);
+    EXPECT_FALSE(QueryStatisticsController("").save().ok());
+}
+
+TEST(QueryStatisticsShared, livesInTheDataFolder) {
+    const auto folder = AppDirectories::applicationSupportDirectory();
+    ASSERT_TRUE(folder.ok());
+    EXPECT_EQ(QueryStatisticsController::shared().path(), *folder + "/QueryStatistics.json");
+}
+
+}  // namespace
+}  // namespace quester

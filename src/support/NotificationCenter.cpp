@@ -65,8 +65,11 @@ void NotificationCenter::removeObserver(Token token) {
 }
 
 void NotificationCenter::post(const std::string& name) {
-    // The task keeps the state alive, so a center that goes away before the
-    // loop runs leaves nothing dangling.
+    // Nothing is posted for a name nobody observes, so a command line that
+    // never runs the loop doesn't pile up posts. The task keeps the state
+    // alive, so a center that goes away before the loop runs leaves nothing
+    // dangling.
+    if (state->observersOf(name).empty()) return;
     loop.post([state = state, name] { state->deliver(name); });
 }
 

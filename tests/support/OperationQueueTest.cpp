@@ -136,6 +136,34 @@ TEST(OperationQueue, CancelAllLetsTheRunningOneEndAndDropsTheRest) {
     EXPECT_TRUE(running->isFinished());
 }
 
+// Long work tests its stop flag between units; nothing is killed.
+class CountingOperation : public Operation {
+public:
+    Blocker started;
+    std::atomic<int> units = 0;
+
+protected:
+    void main() override {
+        started.release();
+        while (!isCancelled()) {
+            ++units;
+            std::this_thread::yield();
+        }
+    }
+};
+
+TEST(OperationQueue, ARunningOperationSeesItsCancelAndStopsByItself) {
+    OperationQueue queue(1, "stoppable");
+    auto operation = std::make_shared<CountingOperation>();
+    ASSERT_TRUE(queue.addOperation(operation));
+    operation->started.wait();
+    EXPECT_TRUE(operation->isExecuting());
+    operation->cancel();
+    operation->waitUntilFinished();
+    EXPECT_FALSE(operation->isExecuting());
+    EXPECT_GE(operation->units.load(), 0);
+}
+
 TEST(OperationQueue, SuspendedQueueStartsNothingUntilResumed) {
     OperationQueue queue(2, "suspended");
     queue.setSuspended(true);

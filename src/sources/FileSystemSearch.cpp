@@ -1,0 +1,222 @@
+#include "sources/FileSystemSearch.h"
+
+#include <chrono>
+#include <deque>
+
+#include "commands/MaxDepth.h"
+#include "platform/FSUtilities.h"
+#include "platform/Url.h"
+#include "query/SearchDataSourceDelegate.h"
+#include "query/SearchResult.h"
+#include "results/ActivityController.h"
+#include "sources/DirectoryIterator.h"
+#include "support/LogFunc.h"
+
+namespace quester {
+namespace {
+
+constexpr const char* kVolumesPrefix = "/Volumes/";
+constexpr int kPermissionDenied = 1;  // EPERM in the numbering the catalog call uses
+
+std::string joinedWords(const std::vector<std::string>& words) {
+    std::string joined;
+    for (const auto& word : words) {
+        if (!joined.empty()) joined += ' ';
+        joined += word;
+    }
+    return joined;
+}
+
+std::string activityTitle(const QueryContainer& query) {
+    std::string words = joinedWords(query.searchWordsOriginalCase);
+    return words.empty() ? "Searching File System" : "Searching File System for \u201C" + words + "\u201D";
+}
+
+std::vector<std::string> nonEmptyPieces(const std::string& path) {
+    std::vector<std::string> pieces;
+    std::size_t start = 0;
+    while (start <= path.size()) {
+        auto slash = path.find('/', start);
+        if (slash == std::string::npos) slash = path.size();
+        if (slash > start) pieces.push_back(path.substr(start, slash - start));
+        start = slash + 1;
+    }
+    return pieces;
+}
+
+std::string withoutTrailingSlash(std::string path) {
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    return path;
+}
+
+}  // namespace
+
+FileSystemSearch::FileSystemSearch(ActivityController* activityController, FSUtilities* fsUtilities)
+    : activityController(activityController ? *activityController : ActivityController::shared()),
+      fsUtilities(fsUtilities ? *fsUtilities : FSUtilities::shared()),
+      progressUpdateTimer(std::chrono::milliseconds(250), true) {}
+
+void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDelegate& handler) {
+    query = forQuery;
+    auto depthCommand = std::dynamic_pointer_cast<MaxDepth>(query->findCommand("MaxDepth"));
+    maxDepth = depthCommand ? depthCommand->maxDepth : 0;
+
+    ActivityItem::Options options;
+    options.title = activityTitle(*query);
+    options.verb = "Searched";
+    progressItem = ActivityItem::create(std::move(options), activityController);
+    progressItem->setCancelTarget(weak_from_this());
+
+    if (query->whereLocation) {
+        for (const Url& disk : query->whereLocation->disksForLocations()) {
+            if (handler.shouldStop()) continue;
+            searchDisk(disk, handler);
+        }
+    }
+
+    activityController.mainLoop().post([item = progressItem, &controller = activityController] {
+        controller.remove(*item);
+    });
+}
+
+void FileSystemSearch::searchDisk(const Url& disk, SearchDataSourceDelegate& handler) {
+    const std::string diskPath = withoutTrailingSlash(disk.path());
+    std::string diskKey = fsUtilities.keyForDisk(disk);
+    bool tryCatalog = isVolumeRoot(diskPath) && !query->searchWords.empty() && maxDepth == 0 &&
+                      !query->includesORStatement;
+    if (tryCatalog) {
+        int answer = searchfs(diskPath);
+        if (answer != catalogSearchNotSupported && answer != kPermissionDenied) return;
+    }
+    LOG("Iteration");
+    addVolumeCountsToActivity(disk);
+    iterate(makeSkipPaths(diskPath, std::move(diskKey)), handler);
+    directoryIterationQueue.waitUntilAllOperationsAreFinished();
+}
+
+// Linux has no catalog search of a whole volume.
+int FileSystemSearch::searchfs(const std::string&) { return catalogSearchNotSupported; }
+
+bool FileSystemSearch::isVolumeRoot(const std::string& path) const {
+    auto pieces = nonEmptyPieces(path);
+    bool underVolumes = path.rfind(kVolumesPrefix, 0) == 0;
+    return underVolumes ? pieces.size() == 2 : pieces.empty();
+}
+
+void FileSystemSearch::addVolumeCountsToActivity(const Url& disk) {
+    auto counts = fsUtilities.volumeObjectCounts(disk);
+    if (!counts) return;
+    activityController.mainLoop().post([item = progressItem, dirs = static_cast<std::int64_t>(counts->dirs)] {
+        item->setTotalUnitCount(item->working().totalUnitCount.value_or(0) + dirs);
+    });
+}
+
+FileSystemSearch::DiskWalk FileSystemSearch::makeSkipPaths(const std::string& base, std::string diskKey) {
+    std::string root = base == "/" ? "" : base;
+    return DiskWalk{base, std::move(diskKey), {root + "/Volumes", root + "/System/Volumes", root + "/Network"},
+                    {"/Backups.backupdb"}};
+}
+
+bool FileSystemSearch::shouldSkip(const std::string& path, const DiskWalk& walk) {
+    for (const auto& skipped : walk.skipPaths) {
+        if (path == skipped) return true;
+    }
+    for (const auto& included : walk.skipIncludes) {
+        if (path.find(included) != std::string::npos) return true;
+    }
+    return false;
+}
+
+void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& handler) {
+    Locked<std::deque<std::string>> pending(std::deque<std::string>{walk.diskPath});
+    for (;;) {
+        if (userCanceled) break;
+        auto generation = pending.access([](std::deque<std::string>& waiting) {
+            std::size_t count = std::min(waiting.size(), generationSize);
+            std::vector<std::string> taken(std::make_move_iterator(waiting.begin()),
+                                           std::make_move_iterator(waiting.begin() + static_cast<long>(count)));
+            waiting.erase(waiting.begin(), waiting.begin() + static_cast<long>(count));
+            return taken;
+        });
+        if (generation.empty()) break;
+        for (auto& path : generation) {
+            directoryIterationQueue.addTrackedOperation([this, path = std::move(path), &walk, &handler, &pending] {
+                if (userCanceled) return;
+                auto subdirectories = iterate(path, walk, handler);
+                std::erase_if(subdirectories, [&](const std::string& subdirectory) { return !passesDepthTest(subdirectory); });
+                pending.access([&](std::deque<std::string>& waiting) {
+                    waiting.insert(waiting.end(), std::make_move_iterator(subdirectories.begin()),
+                                   std::make_move_iterator(subdirectories.end()));
+                });
+            });
+        }
+        directoryIterationQueue.waitUntilAllOperationsAreFinished();
+    }
+}
+
+std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryPath, const DiskWalk& walk,
+                                                   SearchDataSourceDelegate& handler) {
+    if (shouldSkip(directoryPath, walk)) return {};
+    if (!handler.showHiddenItems()) {
+        if (fsUtilities.isInsideOSDirectory(directoryPath)) return {};
+        if (fsUtilities.isInvisibleOrInsidePackage(directoryPath)) return {};
+    }
+    // Only the items that may match pay for their attributes.
+    // Each worker thread keeps one iterator, so its 64 KiB buffer is reused.
+    thread_local DirectoryIterator iterator;
+    auto listing = iterator.contentsOfDirectoryAtPath(directoryPath, [&](const std::string& path, bool) {
+        return !handler.shouldStop() && query->isPossibleMatch(path, false);
+    });
+    std::vector<std::string> subdirectories;
+    for (const auto& item : listing.items) {
+        if (item.attributesRead && !handler.shouldStop()) foundItem(item, walk, handler);
+        if (item.isDirectory) subdirectories.push_back(item.fullPath);
+    }
+    reportDirectories(static_cast<std::int64_t>(subdirectories.size()), handler);
+    return subdirectories;
+}
+
+void FileSystemSearch::reportDirectories(std::int64_t count, SearchDataSourceDelegate& handler) {
+    handler.supplySearchedDirectoriesProgress(count);
+    std::int64_t searched = searchedCount.access([&](std::int64_t& total) { return total += count; });
+    if (!progressUpdateTimer.hasElapsed()) return;
+    activityController.mainLoop().post([item = progressItem, searched] {
+        if (item->working().totalUnitCount) item->setCompletedUnitCount(searched);
+    });
+}
+
+void FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskWalk& walk, SearchDataSourceDelegate& handler) {
+    SearchResult result;
+    result.searchResultSuppliedBy = SearchResultSupplier::fileSystem;
+    result.diskKey = walk.diskKey;
+    result.url = Url(Url::correctRootBasedPath(item.fullPath), item.isDirectory);
+    result.isDirectory = item.isDirectory;
+    result.size = item.fileSize;
+    result.creationDate = item.createTime.seconds;
+    result.modDate = item.modifyTime.seconds;
+    result.lastAccessDate = item.accessTime.seconds;
+    std::vector<SearchResult> batch;
+    batch.push_back(std::move(result));
+    handler.supplySearchResults(std::move(batch), *this);
+}
+
+// The depth is counted from the volume's root, not from the searched folder.
+bool FileSystemSearch::passesDepthTest(const std::string& path) const {
+    if (maxDepth < 1) return true;
+    std::string_view rest = path;
+    bool underVolumes = rest.rfind(kVolumesPrefix, 0) == 0;
+    if (rest.rfind("/Volumes", 0) == 0) rest.remove_prefix(8);
+    if (!rest.empty() && rest.front() == '/') rest.remove_prefix(1);
+    long depth = 1 + static_cast<long>(std::count(rest.begin(), rest.end(), '/'));
+    if (underVolumes) --depth;
+    return maxDepth >= depth;
+}
+
+void FileSystemSearch::searchShouldStop() {
+    userCanceled = true;
+    directoryIterationQueue.cancelAllOperations();
+}
+
+void FileSystemSearch::cancel(ActivityItem&) { userCanceled = true; }
+
+}  // namespace quester

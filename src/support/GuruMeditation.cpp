@@ -90,12 +90,15 @@ std::string GuruMeditation::errorToDetailedString(const Error& error, const GMTr
     return lines;
 }
 
-Result<std::string> GuruMeditation::showErrorAlert(const Error& error, const GMTrace* trace,
-                                                   SourceLocation where) {
+std::optional<std::string> GuruMeditation::showErrorAlert(const Error& error, const GMTrace* trace,
+                                                          SourceLocation where) {
     std::string report = errorToDetailedString(error, trace, where.file_name(), where.line());
     LogFunc(report, where);
     std::cerr << report << std::endl;
-    return appendReport(report);
+    auto written = appendReport(report);
+    if (written) return *written;
+    std::cerr << written.error().description() << std::endl;
+    return std::nullopt;
 }
 
 }  // namespace quester

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,11 +26,11 @@ public:
 
     // Where a desktop would show an alert with a copyable report: the report is
     // appended to "Error Reports.txt" in the caches folder, logged when logging
-    // is on, and printed to standard error. Answers the report file's path, or
-    // why it couldn't be written (the report still reached standard error).
-    // Any thread.
-    static Result<std::string> showErrorAlert(const Error& error, const GMTrace* trace = &GMTrace::shared(),
-                                              SourceLocation where = SourceLocation::current());
+    // is on, and printed to standard error. Answers the report file's path;
+    // none when it couldn't be written, in which case standard error also says
+    // why. Any thread.
+    static std::optional<std::string> showErrorAlert(const Error& error, const GMTrace* trace = &GMTrace::shared(),
+                                                     SourceLocation where = SourceLocation::current());
 };
 
 }  // namespace quester

@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "EnvironmentVariable.h"
 #include "support/AppDirectories.h"
 #include "support/GuruMeditation.h"
+#include "testing/TempDir.h"
 
 namespace quester {
 namespace {
@@ -71,6 +73,18 @@ TEST(GuruMeditation, AlertsAppendReportsToAFileInTheCachesFolder) {
     EXPECT_LT(contents.str().find("first failure"), contents.str().find("second failure"));
     EXPECT_NE(contents.str().find("File: GuruMeditationTest  Line: "), std::string::npos);
     EXPECT_NE(printed.find("second failure (ioError)"), std::string::npos);
+}
+
+TEST(GuruMeditation, AReportThatCantBeWrittenStillReachesStandardError) {
+    quester::testing::TempDir home;
+    home.write("cache", "a file where the caches folder should be");
+    quester::testing::EnvironmentVariable questerHome("QUESTER_HOME", home.str());
+    ::testing::internal::CaptureStderr();
+    auto written = GuruMeditation::showErrorAlert(makeError(ErrorCode::internal, "lost report"));
+    std::string printed = ::testing::internal::GetCapturedStderr();
+    EXPECT_FALSE(written.has_value());
+    EXPECT_NE(printed.find("lost report (internal)"), std::string::npos);
+    EXPECT_NE(printed.find("Can't create folder"), std::string::npos) << printed;
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <string>
 
+#include "ExplainCommand.h"
+
 namespace {
 
 constexpr const char* kDescription =
@@ -16,10 +18,12 @@ int main(int argc, char** argv) {
     CLI::App app{kDescription, "quester"};
     app.set_version_flag("--version", std::string("quester ") + QUESTER_VERSION);
     app.require_subcommand(0, 1);
+    int exitStatus = 0;
+    quester::cli::addExplainCommand(app, exitStatus);
 
     CLI11_PARSE(app, argc, argv);
     if (app.get_subcommands().empty()) {
         std::fputs(app.help().c_str(), stdout);
     }
-    return 0;
+    return exitStatus;
 }

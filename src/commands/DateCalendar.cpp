@@ -2,6 +2,7 @@
 
 #include <unicode/calendar.h>
 #include <unicode/datefmt.h>
+#include <unicode/smpdtfmt.h>
 
 #include <memory>
 
@@ -42,6 +43,16 @@ UCalendarDateFields fieldOf(TimeUnit unit) {
         case TimeUnit::year: return UCAL_YEAR;
     }
     return UCAL_DATE;
+}
+
+// The pattern with every run of "y" as one "y", which prints all the year's digits.
+std::string withFullYear(const std::string& pattern) {
+    std::string result;
+    for (char c : pattern) {
+        if (c == 'y' && !result.empty() && result.back() == 'y') continue;
+        result += c;
+    }
+    return result;
 }
 
 }  // namespace
@@ -121,6 +132,14 @@ DateRange unitInterval(TimeUnit unit, Date at) {
 std::string shortDate(Date at) {
     std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateInstance(icu::DateFormat::kShort));
     if (!format) return {};
+    // A two-digit year reads back as 20xx, so "1/1/70" would come back as 2070.
+    if (auto* simple = dynamic_cast<icu::SimpleDateFormat*>(format.get())) {
+        icu::UnicodeString pattern;
+        simple->toPattern(pattern);
+        std::string utf8;
+        pattern.toUTF8String(utf8);
+        simple->applyPattern(icu::UnicodeString::fromUTF8(withFullYear(utf8)));
+    }
     icu::UnicodeString text;
     format->format(toUDate(at), text);
     std::string utf8;

@@ -83,6 +83,7 @@ CommandFactories makeTable() {
 
 CommandPtr FunctionCommandFactory::create(std::string_view commandName, const VariableArguments& args,
                                           const TemplateFlags& flags) const {
+    if (!implementsCommand(commandName)) return nullptr;
     return function(commandName, args, flags);
 }
 

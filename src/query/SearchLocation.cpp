@@ -39,6 +39,7 @@ std::vector<Url> localDisks(const std::vector<DiskInfo>& volumes) {
     return urls;
 }
 
+// Where the boot volume's items are spelled from: its second spelling, if any.
 std::string bootVolumeMountPath() {
     auto boot = Url::bootVolumeURL();
     return boot ? boot->path() : std::string("/");
@@ -153,7 +154,7 @@ std::vector<Url> SearchLocation::disksForLocations() const {
     urls.erase(root);
     std::vector<Url> front;
     if (auto boot = Url::bootVolumeURL()) front.push_back(*boot);
-    front.push_back(Url(bootVolumeMountPath(), true));
+    front.push_back(Url("/", true));
     urls.insert(urls.begin(), front.begin(), front.end());
     return urls;
 }

@@ -1,0 +1,337 @@
+#include "query/QueryContainer.h"
+
+#include <gtest/gtest.h>
+
+#include "commands/StandardCommandFactories.h"
+#include "language/LanguageParse.h"
+#include "query/CommandClassName.h"
+#include "query/Soundex.h"
+#include "query/WildcardWords.h"
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+const LanguageParse& parser() {
+    static const LanguageParse instance(standardCommandFactories());
+    return instance;
+}
+
+QueryContainer query(std::string_view text, std::optional<SearchLocation> location = std::nullopt,
+                     bool soundex = false, QueryPreferences preferences = {}) {
+    return QueryContainer(text, parser(), std::move(location), soundex, preferences);
+}
+
+std::vector<std::string> texts(const std::vector<SentenceComponent>& words) {
+    std::vector<std::string> result;
+    for (const auto& word : words) result.push_back(word.textOriginalCase);
+    return result;
+}
+
+// Each command as "ClassName: wording".
+std::vector<std::string> described(const std::vector<CommandPtr>& commands) {
+    std::vector<std::string> result;
+    for (const auto& command : commands) result.push_back(commandClassName(*command) + ": " + command->commandToString());
+    return result;
+}
+
+using Strings = std::vector<std::string>;
+
+struct SampleQuery {
+    const char* text;
+    Strings searchWords;
+    Strings commands;  // "Class: wording"; a bare "Class:" checks the class alone (wording depends on today)
+};
+
+// The sample queries of the query field, as a person types them.
+const std::vector<SampleQuery> kSamples{
+    {": today is audio", {}, {"UTICommand: is audio", "DateCommand: modified today"}},
+    {"summer : is video", {"summer"}, {"UTICommand: is video"}},
+    {": content \"yearly total\"", {}, {"ContentSearchCommand: content \"yearly total\""}},
+    {"reports : modified in 2016", {"reports"}, {"DateCommand: modified 2016"}},
+    {".m4v : bigger than 10mb", {".m4v"}, {"SizeCommand: larger than 10mb"}},
+    {"cat : is image inside animals", {"cat"}, {"UTICommand: is image", "InsideCommand: inside animals"}},
+    {"invoice OR receipt : after 2023", {"invoice", "receipt"}, {"DateCommand:"}},
+    {"holiday -work : is video", {"holiday"}, {"UTICommand: is video", "NotIncludingWords: -work"}},
+    {"report : modified this month AND bigger than 5mb", {"report"}, {"SizeCommand: larger than 5mb", "DateCommand:"}},
+    {"screenshot OR : tag red", {"screenshot"}, {"LabelCommand: tag red"}},
+    {".key OR .pptx : modified this year", {".key", ".pptx"}, {"DateCommand:"}},
+    {"budget : content \"Q4 forecast\" all words", {"budget"}, {"ContentSearchCommand: content \"Q4 forecast\" all words"}},
+    {"manual : is pdf inside Documents", {"manual"}, {"UTICommand: is pdf", "InsideCommand: inside Documents"}},
+    {"vacation : image is \"beach,palm tree\"", {"vacation"}, {"ImageVisionCommand: image is \"beach,palm tree\""}},
+    {"receipts : content \"total\" without \"draft\"", {"receipts"},
+     {"ContentSearchCommand: content \"total\" without \"draft\""}},
+    {"invoice (2023 OR 2024) : is pdf", {"invoice", "2023", "2024"}, {"UTICommand: is pdf"}},
+    {"photos : image includes \"dog,cat\" smaller than 2mb", {"photos"},
+     {"SizeCommand: smaller than 2mb", "ImageVisionCommand: image includes \"dog,cat\""}},
+};
+
+TEST(QueryContainerSamples, EachSampleGivesItsSearchWordsAndCommandsAndNothingUnrecognised) {
+    for (const auto& sample : kSamples) {
+        SCOPED_TRACE(sample.text);
+        auto parsed = query(sample.text);
+        EXPECT_EQ(parsed.searchWords, sample.searchWords);
+        EXPECT_TRUE(parsed.invalidCommandAreaWords.empty()) << ::testing::PrintToString(texts(parsed.invalidCommandAreaWords));
+        EXPECT_TRUE(parsed.unusedCommandAreaWords.empty());
+        auto commands = described(parsed.commandsFoundInQuery);
+        ASSERT_EQ(commands.size(), sample.commands.size()) << ::testing::PrintToString(commands);
+        for (size_t i = 0; i < commands.size(); ++i) {
+            if (sample.commands[i].ends_with(':')) {
+                EXPECT_TRUE(commands[i].starts_with(sample.commands[i])) << commands[i];
+            } else {
+                EXPECT_EQ(commands[i], sample.commands[i]);
+            }
+        }
+    }
+}
+
+TEST(QueryContainerSamples, TheBooleanExpressionJoinsWordsAndCommands) {
+    auto orQuery = query("invoice OR receipt : after 2023");
+    EXPECT_EQ(orQuery.booleanExpr.debugDescription(), "and(or(word(invoice), word(receipt)), cmd(0))");
+    EXPECT_EQ(orQuery.orStringGroups, (std::vector<Strings>{{"invoice"}, {"receipt"}}));
+
+    auto screenshot = query("screenshot OR : tag red");
+    EXPECT_EQ(screenshot.booleanExpr.debugDescription(), "or(word(screenshot), cmd(0))");
+    EXPECT_TRUE(screenshot.isORCommandSearch());
+
+    auto minus = query("holiday -work : is video");
+    EXPECT_EQ(texts(minus.searchWordsWithMinus), (Strings{"-work"}));
+    EXPECT_EQ(minus.searchWordsWithMinusString(), "work");
+    EXPECT_FALSE(minus.fsItemNameStringIncludesWordsFromQuery("/p/holiday work.mov", false));
+    EXPECT_TRUE(minus.fsItemNameStringIncludesWordsFromQuery("/p/holiday beach.mov", false));
+
+    auto grouped = query("invoice (2023 OR 2024) : is pdf");
+    EXPECT_EQ(texts(grouped.structuralParenWords), (Strings{"(", ")"}));
+    EXPECT_TRUE(grouped.fsItemNameStringIncludesWordsFromQuery("/d/invoice 2024.pdf", false));
+    EXPECT_FALSE(grouped.fsItemNameStringIncludesWordsFromQuery("/d/invoice 2022.pdf", false));
+}
+
+TEST(QueryContainerWords, WithoutAColonEveryWordIsASearchWord) {
+    auto parsed = query("bigger than 1mb");
+    EXPECT_TRUE(parsed.commandsFoundInQuery.empty());
+    EXPECT_EQ(parsed.searchWords, (Strings{"bigger", "than", "1mb"}));
+    EXPECT_TRUE(parsed.invalidCommandAreaWords.empty());
+}
+
+TEST(QueryContainerWords, AMinusExcludesUnlessQuoted) {
+    auto excluded = query("cats -dogs");
+    EXPECT_EQ(excluded.searchWords, (Strings{"cats"}));
+    EXPECT_EQ(described(excluded.commandsFoundInQuery), (Strings{"NotIncludingWords: -dogs"}));
+
+    auto quoted = query("cats \"-dogs\"");
+    EXPECT_EQ(quoted.searchWords, (Strings{"cats", "-dogs"}));
+    EXPECT_TRUE(quoted.searchWordsWithMinus.empty());
+    EXPECT_TRUE(quoted.commandsFoundInQuery.empty());
+}
+
+TEST(QueryContainerWords, ABareOrSplitsTheWordsIntoGroups) {
+    auto parsed = query("a b OR c");
+    EXPECT_TRUE(parsed.includesORStatement);
+    EXPECT_EQ(parsed.searchWords, (Strings{"a", "b", "c"}));
+    EXPECT_EQ(parsed.searchWordsOriginalCase, (Strings{"a", "b", "c"}));
+    EXPECT_EQ(parsed.orStringGroups, (std::vector<Strings>{{"a", "b"}, {"c"}}));
+    EXPECT_FALSE(parsed.isORCommandSearch());
+
+    auto quoted = query("this \"or\" that");
+    EXPECT_FALSE(quoted.includesORStatement);
+    EXPECT_EQ(quoted.searchWords, (Strings{"this", "or", "that"}));
+    EXPECT_TRUE(quoted.orStringGroups.empty());
+}
+
+TEST(QueryContainerWords, WordsOrColonCommandsIsAnORCommandSearch) {
+    auto parsed = query("cats or : bigger than 1mb");
+    EXPECT_TRUE(parsed.isORCommandSearch());
+    EXPECT_TRUE(parsed.isPossibleMatch("/x/dogs.jpg", false));
+    EXPECT_FALSE(parsed.querySearchArguments.fileSize.has_value());
+
+    auto plain = query("cats : bigger than 1mb");
+    EXPECT_FALSE(plain.isORCommandSearch());
+    EXPECT_FALSE(plain.isPossibleMatch("/x/dogs.jpg", false));
+    EXPECT_TRUE(plain.isPossibleMatch("/x/cats.jpg", false));
+}
+
+TEST(QueryContainerWords, TheShortcutKeywordNameIsWhatFollowsTheWord) {
+    EXPECT_EQ(query("word : shortcut music quiz").shortcutKeywordName, "music quiz");
+    EXPECT_FALSE(query("word : shortcut").shortcutKeywordName.has_value());
+    EXPECT_FALSE(query("shortcut music").shortcutKeywordName.has_value());
+}
+
+TEST(QueryContainerWords, WordsNoCommandTookAreInvalidButOperatorsAndParenthesesAreNot) {
+    auto parsed = query("report : bigger than 1mb frobnicate AND ( zork )");
+    EXPECT_EQ(texts(parsed.invalidCommandAreaWords), (Strings{"frobnicate", "zork"}));
+    EXPECT_EQ(texts(parsed.unusedCommandAreaWords), (Strings{"frobnicate", "(", "zork", ")"}));
+    EXPECT_EQ(texts(parsed.booleanOperatorWords), (Strings{"AND"}));
+    EXPECT_EQ(described(parsed.commandsFoundInQuery), (Strings{"SizeCommand: larger than 1mb"}));
+}
+
+TEST(QueryContainerWords, WildcardWordsBecomeACommandOfTheirOwn) {
+    auto parsed = query("rep* *.txt");
+    auto command = std::dynamic_pointer_cast<WildcardWords>(parsed.findCommand("WildcardWords"));
+    ASSERT_NE(command, nullptr);
+    EXPECT_EQ(command->prefixes(), (Strings{"rep"}));
+    EXPECT_EQ(command->suffixes(), (Strings{".txt"}));
+    EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery("/d/report.txt", false));
+    EXPECT_FALSE(parsed.fsItemNameStringIncludesWordsFromQuery("/d/prep.txt", false));
+}
+
+TEST(QueryContainerCommands, ExtensionsComeFirstAndContentLast) {
+    auto parsed = query(": content \"x\" bigger than 1mb .pdf");
+    EXPECT_EQ(described(parsed.commandsFoundInQuery),
+              (Strings{"ExtensionCommand: .pdf", "SizeCommand: larger than 1mb", "ContentSearchCommand: content \"x\""}));
+}
+
+TEST(QueryContainerCommands, TheDisplayOrderPutsCaseSensitivityFirstAndContentLast) {
+    auto parsed = query("-tmp rep* : content \"x\" bigger than 1mb exact case sensitive");
+    EXPECT_EQ(described(parsed.commandsFoundInQueryForDisplay()),
+              (Strings{"CaseSensitive: case sensitive", "ExactNameCommand: exact", "SizeCommand: larger than 1mb",
+                       "ContentSearchCommand: content \"x\""}));
+    EXPECT_TRUE(parsed.matchIsCaseSensitive);
+    EXPECT_TRUE(parsed.matchExactName);
+    EXPECT_FALSE(parsed.matchWholeWords);
+}
+
+TEST(QueryContainerCommands, AnExtensionAddsItsWordUnlessItStandsUnderAnOr) {
+    auto single = query("report : .pdf");
+    EXPECT_EQ(single.searchWords, (Strings{"report", "pdf"}));
+    EXPECT_EQ(single.searchWordsHighlightStrings, (Strings{"report", ".pdf"}));
+    EXPECT_EQ(single.querySearchArguments.word, "report");
+
+    auto either = query(": .pdf OR .txt");
+    EXPECT_TRUE(either.searchWords.empty());
+    EXPECT_EQ(either.searchWordsHighlightStrings, (Strings{".pdf", ".txt"}));
+    EXPECT_FALSE(either.querySearchArguments.word.has_value());
+}
+
+TEST(QueryContainerCommands, SearchArgumentsNarrowOnlyWithoutAnOrOverCommands) {
+    auto sized = query("x : bigger than 1mb");
+    ASSERT_TRUE(sized.querySearchArguments.fileSize.has_value());
+    EXPECT_EQ(sized.querySearchArguments.fileSize->lowerBound, 1000000);
+    EXPECT_EQ(sized.querySearchArguments.word, "x");
+    EXPECT_TRUE(sized.querySearchArguments.checkPathForResults);
+
+    auto dated = query(": modified today");
+    EXPECT_TRUE(dated.querySearchArguments.modificationDate.has_value());
+    EXPECT_FALSE(dated.querySearchArguments.creationDate.has_value());
+
+    auto either = query("x : bigger than 1mb OR modified today");
+    EXPECT_FALSE(either.querySearchArguments.fileSize.has_value());
+    EXPECT_FALSE(either.querySearchArguments.modificationDate.has_value());
+}
+
+TEST(QueryContainerCommands, TwoEqualCommandsAreKeptOnceButDifferentOnesTwice) {
+    EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery), (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
+    // The repeat is recognised, so not unused, but no kept command took its words.
+    auto twice = query(": is folder is folder");
+    EXPECT_EQ(described(twice.commandsFoundInQuery), (Strings{"FileOrFolderCommand: is folder"}));
+    EXPECT_TRUE(twice.unusedCommandAreaWords.empty());
+    EXPECT_EQ(texts(twice.invalidCommandAreaWords), (Strings{"is", "folder"}));
+}
+
+TEST(QueryContainerCommands, CopiesAreNewObjects) {
+    auto parsed = query("a : bigger than 1mb is file");
+    auto copies = parsed.copyCommandsFoundInQuery();
+    ASSERT_EQ(copies.size(), parsed.commandsFoundInQuery.size());
+    for (size_t i = 0; i < copies.size(); ++i) {
+        EXPECT_NE(copies[i], parsed.commandsFoundInQuery[i]);
+        EXPECT_NE(copies[i]->id(), parsed.commandsFoundInQuery[i]->id());
+        EXPECT_EQ(copies[i]->commandToString(), parsed.commandsFoundInQuery[i]->commandToString());
+    }
+}
+
+TEST(QueryContainerSearch, WhichQueriesDriveTheWordSources) {
+    EXPECT_FALSE(query(": show invisible items").isWordBasedSearch());
+    EXPECT_TRUE(query("a : show invisible items").isWordBasedSearch());
+    EXPECT_TRUE(query(": bigger than 1mb").isWordBasedSearch());
+    EXPECT_FALSE(query("report : mailsearch \"invoice\"").isWordBasedSearch());
+    EXPECT_FALSE(query("").isWordBasedSearch());
+    EXPECT_TRUE(query("report").isWordBasedSearch());
+}
+
+TEST(QueryContainerSearch, PossibleMatchesWithoutCommandsNeedWords) {
+    EXPECT_FALSE(query("").isPossibleMatch("/a/b", false));
+    EXPECT_TRUE(query("report").isPossibleMatch("/home/my report.txt", false));
+    EXPECT_FALSE(query("report").isPossibleMatch("/home/summary.txt", false));
+    EXPECT_TRUE(query(": show all files").isPossibleMatch("/home/summary.txt", false));
+}
+
+TEST(QueryContainerLocation, AnInsideFolderThatExistsBecomesTheLocation) {
+    testing::TempDir dir;
+    auto folder = dir.mkdir("Projects");
+    auto given = SearchLocation::fromURLs({Url("/srv", true)}, "given");
+
+    auto existing = query("plan : inside " + folder.string(), given);
+    ASSERT_TRUE(existing.whereLocation.has_value());
+    EXPECT_EQ(existing.whereLocation->locationName, "Projects");
+    EXPECT_TRUE(existing.pathIsInQueryLocation(folder.string() + "/plan.txt"));
+    EXPECT_FALSE(existing.pathIsInQueryLocation("/srv/plan.txt"));
+
+    auto missing = query("plan : inside " + dir.str() + "/NoSuchFolder", given);
+    ASSERT_TRUE(missing.whereLocation.has_value());
+    EXPECT_EQ(missing.whereLocation->locationName, "given");
+    EXPECT_TRUE(missing.pathIsInQueryLocation("/srv/plan.txt"));
+
+    EXPECT_TRUE(query("plan").pathIsInQueryLocation("/anywhere/plan.txt"));
+}
+
+TEST(QueryContainerLocation, AnAppNamedLikeTheQueryIsFoundAnywhereWhenWanted) {
+    auto location = SearchLocation::fromURLs({Url("/srv", true)});
+    QueryPreferences anywhere{false, true};
+    EXPECT_TRUE(query("Calculator", location, false, anywhere).pathIsInQueryLocation("/opt/apps/Calculator.app"));
+    EXPECT_FALSE(query("Calculator", location, false, anywhere).pathIsInQueryLocation("/opt/apps/Calculator Pro.app"));
+    EXPECT_FALSE(query("Calculator", location).pathIsInQueryLocation("/opt/apps/Calculator.app"));
+}
+
+TEST(QueryContainerNameTest, MarkersChangeHowWordsMeetNames) {
+    auto caseSensitive = query("Report : case sensitive");
+    EXPECT_TRUE(caseSensitive.fsItemNameStringIncludesWordsFromQuery("/d/Report.pdf", false));
+    EXPECT_FALSE(caseSensitive.fsItemNameStringIncludesWordsFromQuery("/d/report.pdf", false));
+    EXPECT_EQ(caseSensitive.searchWordsHighlightStrings, (Strings{"Report"}));
+
+    auto whole = query("report : whole words");
+    EXPECT_TRUE(whole.fsItemNameStringIncludesWordsFromQuery("/d/report.pdf", false));
+    EXPECT_FALSE(whole.fsItemNameStringIncludesWordsFromQuery("/d/reports.pdf", false));
+
+    auto exact = query("annual report : exact");
+    EXPECT_TRUE(exact.fsItemNameStringIncludesWordsFromQuery("/d/annual report", false));
+    EXPECT_FALSE(exact.fsItemNameStringIncludesWordsFromQuery("/d/annual report 2.pdf", false));
+}
+
+TEST(QueryContainerNameTest, DiacriticsFoldWhenThePreferenceOrTheCallerAsks) {
+    EXPECT_FALSE(query("cafe").fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
+    EXPECT_TRUE(query("cafe").fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", true));
+    EXPECT_TRUE(query("cafe", std::nullopt, false, {true, false}).fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
+}
+
+TEST(QueryContainerNameTest, SoundexMatchesAnyWordBySound) {
+    auto parsed = query("robert zzz", std::nullopt, true);
+    EXPECT_EQ(parsed.searchWordStringsSoundexValues, (Strings{"R163", "Z000"}));
+    EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery("/people/Rupert.vcf", false));
+    EXPECT_FALSE(parsed.fsItemNameStringIncludesWordsFromQuery("/people/Alice.vcf", false));
+}
+
+TEST(Soundex, ValuesOfTheClassicNames) {
+    EXPECT_EQ(Soundex::value("a"), "");
+    EXPECT_EQ(Soundex::value("Robert"), "R163");
+    EXPECT_EQ(Soundex::value("Rupert"), "R163");
+    EXPECT_EQ(Soundex::value("Tymczak"), "T522");
+    EXPECT_EQ(Soundex::value("Pfister"), "P236");
+    EXPECT_EQ(Soundex::value("  Lee "), "L000");
+}
+
+TEST(QueryContainerNameTest, NamesSplitAtBlanksPunctuationAndSymbols) {
+    EXPECT_EQ(QueryContainer::wholeWordsFromFileName("my-report_v2.final (copy)+€x.pdf"),
+              (Strings{"my", "report", "v2", "final", "copy", "x", "pdf"}));
+    EXPECT_TRUE(QueryContainer::wholeWordsFromFileName(" ..").empty());
+}
+
+TEST(QueryContainerDefaults, AnEmptyQueryHasNothingAndMatchesAll) {
+    QueryContainer empty;
+    EXPECT_TRUE(empty.allWords.empty());
+    EXPECT_TRUE(empty.commandsFoundInQuery.empty());
+    EXPECT_TRUE(empty.booleanExpr.isEmpty());
+    EXPECT_TRUE(empty.fsItemNameStringIncludesWordsFromQuery("/x", false));
+    EXPECT_EQ(query("a\nb").baseString, "a b");
+}
+
+}  // namespace
+}  // namespace quester

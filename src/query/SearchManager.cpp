@@ -259,11 +259,29 @@ void SearchManager::supplySearchResults(std::vector<SearchResult> results, Searc
 }
 
 void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier) {
-    counters.access([&](Progress& progress) { progress.numberOfItemsInQueue += static_cast<std::int64_t>(results.size()); });
+    counters.numberOfItemsInQueue += static_cast<std::int64_t>(results.size());
     bool fast = isInFastSet(supplier);
-    auto& queue = fast ? fastQueue : filterQueue;
+    auto& pending = fast ? pendingFastResults : pendingFilterResults;
     auto& commands = fast ? fastQueueCommands : filterQueueCommands;
-    queue.addOperation([this, &commands, batch = std::move(results)] { filterResults(batch, commands); });
+    bool scheduleDrain = pending.access([&](PendingResults& waiting) {
+        waiting.items.insert(waiting.items.end(), std::make_move_iterator(results.begin()),
+                             std::make_move_iterator(results.end()));
+        return !std::exchange(waiting.drainScheduled, true);
+    });
+    if (scheduleDrain) {
+        (fast ? fastQueue : filterQueue).addOperation([this, &pending, &commands] { drainPendingResults(pending, commands); });
+    }
+}
+
+void SearchManager::drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands) {
+    for (;;) {
+        auto batch = pending.access([](PendingResults& waiting) {
+            if (waiting.items.empty()) waiting.drainScheduled = false;
+            return std::exchange(waiting.items, {});
+        });
+        if (batch.empty()) return;
+        filterResults(batch, commands);
+    }
 }
 
 void SearchManager::filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands) {
@@ -271,40 +289,47 @@ void SearchManager::filterResults(const std::vector<SearchResult>& results, cons
         if (shouldStop()) return;
         auto passing = expandAndFilter(result, commands);
         if (!passing.empty()) {
-            counters.access([&](Progress& progress) {
-                progress.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
-            });
+            counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
             bool reportProgress = progressUpdateTimer.hasElapsed();
-            auto snapshot = counters.value();
+            auto snapshot = counters.snapshot();
             onMainLoop([this, passing = std::move(passing), reportProgress, snapshot](SearchManagerDelegate& receiver) {
                 receiver.searchManagerFoundItems(passing, searchQuery);
                 if (reportProgress) receiver.searchManagerProgress(snapshot);
             });
         }
-        counters.access([](Progress& progress) { --progress.numberOfItemsInQueue; });
+        --counters.numberOfItemsInQueue;
     }
 }
 
 std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& result,
                                                          const std::vector<CommandPtr>& commands) {
-    std::vector<SearchResult> candidates{result};
+    std::vector<SearchResult> passing;
+    SearchResult item = result;
+    if (judge(item, commands)) passing.push_back(std::move(item));
     std::string parent = parentPath(result.url.path());
     if (parent != "/") parent += '/';
     for (const auto& folder : splitPath(parent, searchQuery.searchWords)) {
-        candidates.push_back(enclosingFolderResult(folder, result));
-    }
-    std::vector<SearchResult> passing;
-    for (auto& candidate : candidates) {
-        if (judge(candidate, commands)) passing.push_back(std::move(candidate));
+        // Most enclosing folders were judged before, so a folder's attributes
+        // are read only once it is known to be new.
+        if (shouldStop() || !claimForFiltering(folder)) continue;
+        SearchResult candidate = enclosingFolderResult(folder, result);
+        if (judgeClaimed(candidate, commands)) passing.push_back(std::move(candidate));
     }
     return passing;
 }
 
 bool SearchManager::judge(SearchResult& candidate, const std::vector<CommandPtr>& commands) {
-    if (shouldStop()) return false;
-    const std::string& path = candidate.url.path();
+    return !shouldStop() && claimForFiltering(candidate.url.path()) && judgeClaimed(candidate, commands);
+}
+
+// False when the path entered filtering before: the first source to supply a path decides.
+bool SearchManager::claimForFiltering(const std::string& path) {
     const std::int64_t key = crc64(path);
-    if (!alreadyFiltered.access([&](auto& seen) { return seen.insert(key).second; })) return false;
+    return alreadyFiltered.access([&](auto& seen) { return seen.insert(key).second; });
+}
+
+bool SearchManager::judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands) {
+    const std::string& path = candidate.url.path();
     if (!candidate.ignoreSearchLocation) {
         if (!showsHiddenItems && (fsUtilities.isInsideOSDirectory(path) || fsUtilities.isInvisibleOrInsidePackage(path))) {
             return false;
@@ -315,6 +340,7 @@ bool SearchManager::judge(SearchResult& candidate, const std::vector<CommandPtr>
     if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand("ContentSearchCommand") != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
+    const std::int64_t key = crc64(path);
     return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key).second; });
 }
 
@@ -374,18 +400,23 @@ bool SearchManager::passesTreeFiltering(SearchResult& result, SearchDataSourceDe
 }
 
 void SearchManager::supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) {
-    counters.access([&](Progress& progress) { progress.numberOfFilesContentSearched += increaseNumberOfFiles; });
+    counters.numberOfFilesContentSearched += increaseNumberOfFiles;
     reportProgressIfDue();
 }
 
 void SearchManager::supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) {
-    counters.access([&](Progress& progress) { progress.numberOfDirectoriesSearched += numberOfDirecories; });
+    counters.numberOfDirectoriesSearched += numberOfDirecories;
     reportProgressIfDue();
 }
 
 void SearchManager::reportProgressIfDue() {
     if (!progressUpdateTimer.hasElapsed()) return;
-    onMainLoop([snapshot = counters.value()](SearchManagerDelegate& receiver) { receiver.searchManagerProgress(snapshot); });
+    onMainLoop([snapshot = counters.snapshot()](SearchManagerDelegate& receiver) { receiver.searchManagerProgress(snapshot); });
+}
+
+SearchManager::Progress SearchManager::Counters::snapshot() const {
+    return Progress{numberOfResultsReturned.load(), numberOfDirectoriesSearched.load(),
+                    numberOfFilesContentSearched.load(), numberOfItemsInQueue.load()};
 }
 
 void SearchManager::searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {

@@ -74,7 +74,7 @@ public:
     const QueryContainer& query() const { return searchQuery; }
     Clock::TimePoint created() const { return creationTime; }
     bool searchInProgress() const { return inProgress.load(); }
-    Progress progress() const { return counters.value(); }
+    Progress progress() const { return counters.snapshot(); }
 
     // SearchDataSourceDelegate, called by the sources on their threads.
     bool shouldStop() const override { return stopRequested.load(); }
@@ -92,6 +92,23 @@ public:
                                      const std::vector<CommandPtr>& commands);
 
 private:
+    // Results waiting for one of the two filter queues. One queued drain takes
+    // whatever has arrived meanwhile, so a walk that supplies one item a call
+    // doesn't cost one queue operation an item.
+    struct PendingResults {
+        std::vector<SearchResult> items;
+        bool drainScheduled = false;
+    };
+
+    // The counters, each updated on its own from any thread.
+    struct Counters {
+        std::atomic<std::int64_t> numberOfResultsReturned{0};
+        std::atomic<std::int64_t> numberOfDirectoriesSearched{0};
+        std::atomic<std::int64_t> numberOfFilesContentSearched{0};
+        std::atomic<std::int64_t> numberOfItemsInQueue{0};
+        Progress snapshot() const;
+    };
+
     SearchManager(QueryContainer query, bool searchInsideSystemAndApps, std::weak_ptr<SearchManagerDelegate> delegate,
                   Environment environment);
 
@@ -103,9 +120,12 @@ private:
     void allSearchesHaveCompleted();
 
     void enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier);
+    void drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands);
     void filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands);
     std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
     bool judge(SearchResult& candidate, const std::vector<CommandPtr>& commands);
+    bool claimForFiltering(const std::string& path);
+    bool judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands);
     bool passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                              const std::vector<CommandPtr>& commands);
     bool passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
@@ -129,7 +149,7 @@ private:
 
     Locked<DataSources> allDataSources;
     Locked<DataSources> finishedDataSources;
-    Locked<Progress> counters;
+    Counters counters;
     DelayTimer progressUpdateTimer;
     Locked<std::unordered_set<std::int64_t>> alreadyIncludedInDisplay;
     Locked<std::unordered_set<std::int64_t>> alreadyFiltered;
@@ -138,6 +158,8 @@ private:
     std::atomic<bool> stopRequested{false};
     std::atomic<bool> inProgress{false};
 
+    Locked<PendingResults> pendingFilterResults;
+    Locked<PendingResults> pendingFastResults;
     SerialQueue filterQueue;
     SerialQueue fastQueue;
     // Runs the search block, which waits for the sources and the two queues.

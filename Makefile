@@ -17,7 +17,7 @@ build: deps $(BUILD)/build.ninja
 	cmake --build $(BUILD) -j $(JOBS)
 
 run: build
-	$(BUILD)/app/cli/quester --help
+	$(BUILD)/app/cli/quester search 'readme OR search' --in . --limit 40
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "ExplainCommand.h"
+#include "SearchCommand.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string("quester ") + QUESTER_VERSION);
     app.require_subcommand(0, 1);
     int exitStatus = 0;
+    quester::cli::addSearchCommand(app, exitStatus);
     quester::cli::addExplainCommand(app, exitStatus);
 
     CLI11_PARSE(app, argc, argv);

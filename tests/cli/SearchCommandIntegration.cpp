@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs `quester` with `arguments`; standard output and error are captured in files.
+Outcome runQuester(const std::vector<std::string>& arguments, const testing::TempDir& scratch) {
+    std::string command = QUESTER_BINARY;
+    for (const auto& argument : arguments) command += " '" + argument + "'";
+    std::string outPath = scratch.str() + "/out", errPath = scratch.str() + "/err";
+    command += " >" + outPath + " 2>" + errPath;
+    Outcome outcome;
+    int raw = std::system(command.c_str());
+    outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    auto slurp = [](const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    outcome.out = slurp(outPath);
+    outcome.err = slurp(errPath);
+    return outcome;
+}
+
+std::multiset<std::string> split(const std::string& text, char separator) {
+    std::multiset<std::string> parts;
+    std::string part;
+    std::istringstream in(text);
+    while (std::getline(in, part, separator)) parts.insert(part);
+    return parts;
+}
+
+class SearchCommandTest : public ::testing::Test {
+protected:
+    SearchCommandTest() {
+        tree.write("docs/budget-2024.xlsx", "12345");
+        tree.write("docs/report.pdf");
+        tree.write("budget/notes.txt");
+        tree.write(".private/budget-secret.txt");
+        tree.write("other/budget line\nbreak.txt");
+    }
+
+    std::string at(const std::string& relative) const { return tree.str() + "/" + relative; }
+
+    testing::TempDir tree;
+    testing::TempDir scratch;
+};
+
+TEST_F(SearchCommandTest, PrintsPathsAndLeavesHiddenItemsOutUnlessAsked) {
+    auto plain = runQuester({"search", "budget", "--in", tree.str()}, scratch);
+    EXPECT_EQ(plain.status, 0) << plain.err;
+    EXPECT_EQ(split(plain.out, '\n'),
+              (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"), at("other/budget line"), "break.txt"}));
+
+    auto nul = runQuester({"search", "budget", "--in", tree.str(), "--hidden", "-0"}, scratch);
+    EXPECT_EQ(nul.status, 0) << nul.err;
+    EXPECT_EQ(split(nul.out, '\0'), (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"),
+                                                                 at(".private/budget-secret.txt"),
+                                                                 at("other/budget line\nbreak.txt")}));
+}
+
+TEST_F(SearchCommandTest, JsonLinesCarryTheEncodedResultAndThePath) {
+    auto json = runQuester({"search", "2024", "--in", tree.str(), "--format", "json"}, scratch);
+    ASSERT_EQ(json.status, 0) << json.err;
+    auto object = nlohmann::ordered_json::parse(json.out);
+    EXPECT_EQ(object["path"], at("docs/budget-2024.xlsx"));
+    EXPECT_EQ(object["size"], 5);
+    EXPECT_EQ(object["isDirectory"], false);
+    EXPECT_EQ(object["searchResultSuppliedBy"], 1);
+    EXPECT_EQ(object.begin().key(), "diskKey");
+    EXPECT_EQ(std::prev(object.end()).key(), "path");
+}
+
+TEST_F(SearchCommandTest, LimitStopsAfterThatManyResults) {
+    auto limited = runQuester({"search", "budget", "--in", tree.str(), "--hidden", "--limit", "2"}, scratch);
+    EXPECT_EQ(limited.status, 0) << limited.err;
+    EXPECT_EQ(split(limited.out, '\n').size(), 2u);
+}
+
+TEST_F(SearchCommandTest, UnusableQueriesAndLocationsExitWithOneAndSayWhy) {
+    auto missing = runQuester({"search", "budget", "--in", tree.str() + "/nowhere"}, scratch);
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("no such folder"), std::string::npos) << missing.err;
+
+    auto file = runQuester({"search", "budget", "--in", at("docs/report.pdf")}, scratch);
+    EXPECT_EQ(file.status, 1);
+    EXPECT_NE(file.err.find("not a folder"), std::string::npos) << file.err;
+
+    auto gibberish = runQuester({"search", "budget : frobnicate", "--in", tree.str()}, scratch);
+    EXPECT_EQ(gibberish.status, 1);
+    EXPECT_NE(gibberish.err.find("frobnicate"), std::string::npos) << gibberish.err;
+
+    auto nothing = runQuester({"search", ": case sensitive", "--in", tree.str()}, scratch);
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_TRUE(nothing.out.empty());
+}
+
+TEST_F(SearchCommandTest, InterruptStopsTheSearchCleanly) {
+    testing::TempDir big;
+    for (int d = 0; d < 300; ++d) {
+        for (int f = 0; f < 10; ++f) big.write("d" + std::to_string(d % 11) + "/sub" + std::to_string(d) + "/item" + std::to_string(f));
+    }
+    int output[2];
+    ASSERT_EQ(::pipe(output), 0);
+    pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::dup2(output[1], STDOUT_FILENO);
+        ::close(output[0]);
+        ::execl(QUESTER_BINARY, QUESTER_BINARY, "search", "item", "--in", big.str().c_str(), nullptr);
+        ::_exit(127);
+    }
+    ::close(output[1]);
+    // The first result shows the search is under way; the rest is read to the
+    // end so that the command never waits on a full pipe.
+    std::array<char, 4096> buffer;
+    ASSERT_GT(::read(output[0], buffer.data(), buffer.size()), 0);
+    ::kill(child, SIGINT);
+    while (::read(output[0], buffer.data(), buffer.size()) > 0) {
+    }
+    ::close(output[0]);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status)) << "ended by a signal, not by its own exit";
+    // Interrupted (130), or finished just before the signal came (0).
+    EXPECT_TRUE(WEXITSTATUS(status) == 130 || WEXITSTATUS(status) == 0) << WEXITSTATUS(status);
+}
+
+}  // namespace
+}  // namespace quester

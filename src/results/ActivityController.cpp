@@ -14,8 +14,8 @@ constexpr auto kAutoShowDelay = std::chrono::seconds(2);
 
 }  // namespace
 
-ActivityController::ActivityController(MainLoop& loop, NotificationCenter& center, Clock now)
-    : loop(loop), center(center), clock(std::move(now)) {}
+ActivityController::ActivityController(MainLoop& loop, NotificationCenter& center, const Clock& clock)
+    : loop(loop), center(center), clock(clock) {}
 
 ActivityController::~ActivityController() {
     if (updateTask) loop.cancel(*updateTask);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "results/ActivityItem.h"
+#include "support/Clock.h"
 #include "support/MainLoop.h"
 
 namespace quester {
@@ -31,10 +32,8 @@ public:
 class ActivityController {
 public:
     static constexpr const char* statusChangedNotification = "ActivityItem.StatusChangedNotification";
-    using Clock = std::function<MainLoop::Clock::time_point()>;
-
-    // `loop` and `center` must outlive the controller; `now` is its clock.
-    ActivityController(MainLoop& loop, NotificationCenter& center, Clock now = MainLoop::Clock::now);
+    // `loop`, `center` and `clock` must outlive the controller.
+    ActivityController(MainLoop& loop, NotificationCenter& center, const Clock& clock = SystemClock::shared());
     ~ActivityController();
     ActivityController(const ActivityController&) = delete;
     ActivityController& operator=(const ActivityController&) = delete;
@@ -55,7 +54,7 @@ public:
     bool isWindowClosedManually() const { return windowClosedManually; }
 
     MainLoop& mainLoop() const { return loop; }
-    MainLoop::Clock::time_point now() const { return clock(); }
+    Clock::TimePoint now() const { return clock.now(); }
 
     void scheduleUpdate();
 
@@ -66,7 +65,7 @@ private:
 
     MainLoop& loop;
     NotificationCenter& center;
-    Clock clock;
+    const Clock& clock;
     std::vector<std::shared_ptr<ActivityItem>> items;
     std::optional<MainLoop::TimerId> updateTask;
     std::vector<MainLoop::TimerId> autoShowTasks;

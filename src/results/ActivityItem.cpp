@@ -88,14 +88,15 @@ void ActivityItem::setCurrentItemTarget(std::optional<std::string> path) {
 void ActivityItem::commitProgress() {
     if (workingProgress == displayedProgress) return;
     auto now = controller.now();
-    auto sinceLast = lastProgressCommit ? now - *lastProgressCommit : MainLoop::Clock::duration::max();
+    auto sinceLast = lastProgressCommit ? now - *lastProgressCommit : Clock::Duration::max();
     if (sinceLast >= kCommitInterval) {
         moveWorkingToDisplayed();
         return;
     }
     if (pendingProgressFlush) return;
     std::weak_ptr<ActivityItem> weakSelf = weak_from_this();
-    pendingProgressFlush = controller.mainLoop().postAfter(kCommitInterval - sinceLast, [weakSelf] {
+    auto wait = std::chrono::duration_cast<MainLoop::Clock::duration>(kCommitInterval - sinceLast);
+    pendingProgressFlush = controller.mainLoop().postAfter(wait, [weakSelf] {
         auto self = weakSelf.lock();
         if (!self) return;
         self->pendingProgressFlush.reset();

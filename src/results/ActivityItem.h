@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "support/Clock.h"
 #include "support/MainLoop.h"
 #include "support/Uuid.h"
 
@@ -67,7 +68,7 @@ public:
 
     const Uuid& id() const { return identifier; }
     const std::optional<Uuid>& parent() const { return parentId; }
-    MainLoop::Clock::time_point createdAt() const { return created; }
+    Clock::TimePoint createdAt() const { return created; }
     Image image() const { return rowImage; }
     bool autoShowWindow() const { return showsWindow; }
     const std::string& verb() const { return finishedVerb; }
@@ -111,7 +112,7 @@ private:
     ActivityController& controller;
     const Uuid identifier;
     const std::optional<Uuid> parentId;
-    const MainLoop::Clock::time_point created;
+    const Clock::TimePoint created;
     const Image rowImage;
     const bool showsWindow;
     const std::string finishedVerb;
@@ -122,7 +123,7 @@ private:
     std::string title;
     Progress workingProgress;
     Progress displayedProgress;
-    std::optional<MainLoop::Clock::time_point> lastProgressCommit;
+    std::optional<Clock::TimePoint> lastProgressCommit;
     std::optional<MainLoop::TimerId> pendingProgressFlush;
     std::weak_ptr<ActivityItemCancelProtocol> cancelTarget;
     CancelFunc cancelFunc;

@@ -52,12 +52,12 @@ protected:
         loop.runPending();
         return item;
     }
-    void advance(MainLoop::Clock::duration by) { now += by; }
+    void advance(Clock::Duration by) { clock.advance(by); }
 
     MainLoop loop;
     NotificationCenter center{loop};
-    MainLoop::Clock::time_point now = MainLoop::Clock::now();
-    ActivityController controller{loop, center, [this] { return now; }};
+    ManualClock clock;
+    ActivityController controller{loop, center, clock};
     FakeWindow window;
 };
 

@@ -124,10 +124,18 @@ UINodeModel::SortRequest UINodeModel::sortRequest() const {
     return {column, reversed, queryText};
 }
 
-void UINodeModel::clear() {
+void UINodeModel::cancelPendingWork() {
     cancelTasks();
     contentQueue.cancelAllOperations();
     contentQueue.waitUntilAllOperationsAreFinished();
+}
+
+void UINodeModel::afterPendingWork(std::function<void()> then) {
+    onContentQueue([then = std::move(then)](UINodeModel& model) { model.onMainLoop([then](UINodeModel&) { then(); }); });
+}
+
+void UINodeModel::clear() {
+    cancelPendingWork();
     ++generation;
     setDisplayItems({});
     onContentQueue([](UINodeModel& model) {

@@ -88,6 +88,12 @@ public:
     // Stops the sizing tasks and pending merges, waits for the content queue,
     // and empties the list at once and the content after.
     void clear();
+    // Stops the sizing tasks and every pending merge, and waits for the
+    // content queue; what is listed stays.
+    void cancelPendingWork();
+    // Runs `then` on the main loop once the work asked for so far has reached
+    // `displayItems`.
+    void afterPendingWork(std::function<void()> then);
     // Merges a batch: a URL already listed keeps its first row. The whole set
     // is sorted again and replaces `displayItems`.
     void addMoreNodes(UINode::NodeList nodes);

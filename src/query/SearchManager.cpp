@@ -290,42 +290,47 @@ void SearchManager::filterResults(const std::vector<SearchResult>& results, cons
         auto passing = expandAndFilter(result, commands);
         if (!passing.empty()) {
             counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
-            bool reportProgress = progressUpdateTimer.hasElapsed();
-            auto snapshot = counters.snapshot();
-            onMainLoop([this, passing = std::move(passing), reportProgress, snapshot](SearchManagerDelegate& receiver) {
+            onMainLoop([this, passing = std::move(passing)](SearchManagerDelegate& receiver) {
                 receiver.searchManagerFoundItems(passing, searchQuery);
-                if (reportProgress) receiver.searchManagerProgress(snapshot);
             });
         }
         --counters.numberOfItemsInQueue;
     }
+    reportProgressIfDue();
 }
 
 std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& result,
                                                          const std::vector<CommandPtr>& commands) {
-    std::vector<SearchResult> passing;
-    SearchResult item = result;
-    if (judge(item, commands)) passing.push_back(std::move(item));
+    std::vector<std::string> paths{result.url.path()};
     std::string parent = parentPath(result.url.path());
     if (parent != "/") parent += '/';
-    for (const auto& folder : splitPath(parent, searchQuery.searchWords)) {
+    for (auto& folder : splitPath(parent, searchQuery.searchWords)) paths.push_back(std::move(folder));
+
+    auto isNew = claimForFiltering(paths);
+    std::vector<SearchResult> passing;
+    for (std::size_t i = 0; i < paths.size() && !shouldStop(); ++i) {
+        if (!isNew[i]) continue;
         // Most enclosing folders were judged before, so a folder's attributes
         // are read only once it is known to be new.
-        if (shouldStop() || !claimForFiltering(folder)) continue;
-        SearchResult candidate = enclosingFolderResult(folder, result);
+        SearchResult candidate = i == 0 ? result : enclosingFolderResult(paths[i], result);
         if (judgeClaimed(candidate, commands)) passing.push_back(std::move(candidate));
     }
     return passing;
 }
 
-bool SearchManager::judge(SearchResult& candidate, const std::vector<CommandPtr>& commands) {
-    return !shouldStop() && claimForFiltering(candidate.url.path()) && judgeClaimed(candidate, commands);
-}
-
-// False when the path entered filtering before: the first source to supply a path decides.
-bool SearchManager::claimForFiltering(const std::string& path) {
-    const std::int64_t key = crc64(path);
-    return alreadyFiltered.access([&](auto& seen) { return seen.insert(key).second; });
+// Enters the paths into filtering, in order, under one lock; answers for each
+// whether it is new. A path that entered before is not judged again: the
+// first source to supply it decides.
+std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::string>& paths) {
+    std::vector<std::int64_t> keys;
+    keys.reserve(paths.size());
+    for (const auto& path : paths) keys.push_back(crc64(path));
+    return alreadyFiltered.access([&](auto& seen) {
+        std::vector<bool> isNew;
+        isNew.reserve(keys.size());
+        for (auto key : keys) isNew.push_back(seen.insert(key).second);
+        return isNew;
+    });
 }
 
 bool SearchManager::judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands) {

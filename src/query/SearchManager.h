@@ -123,8 +123,7 @@ private:
     void drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands);
     void filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands);
     std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
-    bool judge(SearchResult& candidate, const std::vector<CommandPtr>& commands);
-    bool claimForFiltering(const std::string& path);
+    std::vector<bool> claimForFiltering(const std::vector<std::string>& paths);
     bool judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands);
     bool passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                              const std::vector<CommandPtr>& commands);

@@ -178,7 +178,7 @@ std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryP
 
 void FileSystemSearch::reportDirectories(std::int64_t count, SearchDataSourceDelegate& handler) {
     handler.supplySearchedDirectoriesProgress(count);
-    std::int64_t searched = searchedCount.access([&](std::int64_t& total) { return total += count; });
+    std::int64_t searched = searchedCount += count;
     if (!progressUpdateTimer.hasElapsed()) return;
     activityController.mainLoop().post([item = progressItem, searched] {
         if (item->working().totalUnitCount) item->setCompletedUnitCount(searched);

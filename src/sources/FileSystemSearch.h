@@ -53,7 +53,7 @@ public:
     void cancel(ActivityItem& item) override;
 
     // Folders listed so far, over all disks.
-    std::int64_t directoriesSearched() const { return searchedCount.value(); }
+    std::int64_t directoriesSearched() const { return searchedCount.load(); }
 
 private:
     struct DiskWalk {
@@ -84,7 +84,7 @@ private:
     TrackableOperationQueue directoryIterationQueue{concurrentDirectories};
     std::atomic<bool> userCanceled{false};
     std::shared_ptr<ActivityItem> progressItem;
-    Locked<std::int64_t> searchedCount{0};
+    std::atomic<std::int64_t> searchedCount{0};
     DelayTimer progressUpdateTimer;
 };
 

@@ -125,16 +125,21 @@ Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
     return exportResults(choice->format, results, choice->path, dates);
 }
 
-Status ResultsExporter::exportResults(Format format, const UINode::NodeList& results, const std::string& output,
-                                      const ResultDateText& dates) {
-    const int fd = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) return posixError("cannot create", output);
+std::string ResultsExporter::exportedText(Format format, const UINode::NodeList& results,
+                                          const ResultDateText& dates) {
     std::string text = joinedLine({headerNames.begin(), headerNames.end()}, format);
     for (const auto& node : results) {
         std::string line = joinedLine(rowFields(*node, dates), format);
         if (isValidUTF8(line)) text += line;
     }
-    Status written = writeAll(fd, text, output);
+    return text;
+}
+
+Status ResultsExporter::exportResults(Format format, const UINode::NodeList& results, const std::string& output,
+                                      const ResultDateText& dates) {
+    const int fd = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) return posixError("cannot create", output);
+    Status written = writeAll(fd, exportedText(format, results, dates), output);
     if (::close(fd) != 0 && written) written = posixError("cannot close", output);
     return written;
 }

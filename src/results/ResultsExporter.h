@@ -51,7 +51,10 @@ public:
     Status exportResultsAction(const UINode::NodeList& results, const std::optional<std::string>& testingPath,
                                const ResultDateText& dates);
 
-    // Creates or replaces `output` and writes the header and one row per node.
+    // The header and one line per node, as the file holds them. A node whose
+    // line isn't valid UTF-8 is left out.
+    static std::string exportedText(Format format, const UINode::NodeList& results, const ResultDateText& dates);
+    // Creates or replaces `output` and writes `exportedText` to it.
     // Fails with the system's reason when the file can't be made or written.
     static Status exportResults(Format format, const UINode::NodeList& results, const std::string& output,
                                 const ResultDateText& dates);

@@ -1,7 +1,6 @@
 #include "SearchCommand.h"
 
 #include <pthread.h>
-#include <pwd.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -46,15 +45,9 @@ struct SearchOptions {
 
 void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
 
-std::string homeFolder() {
-    if (const char* home = std::getenv("HOME"); home && *home) return home;
-    if (const passwd* entry = ::getpwuid(::getuid())) return entry->pw_dir;
-    return "/";
-}
-
 // The folders to search as absolute paths, or what is wrong with one of them.
 Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
-    std::vector<std::string> paths = given.empty() ? std::vector<std::string>{homeFolder()} : given;
+    std::vector<std::string> paths = given.empty() ? std::vector<std::string>{userHomeFolder()} : given;
     std::vector<Url> folders;
     for (const auto& path : paths) {
         std::error_code error;

@@ -67,7 +67,8 @@ std::string tagsKey(std::vector<std::string> tags) {
     return joined;
 }
 
-Key makeKey(const UINodePtr& node, const ScoreRules& rules) {
+// Only the texts the column compares are collated; the name always is, for ties.
+Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules) {
     const UINode::Changable changes = node->dynamic();
     Key key;
     key.node = node;
@@ -77,10 +78,10 @@ Key makeKey(const UINodePtr& node, const ScoreRules& rules) {
     key.modDate = node->modificationDate;
     key.created = node->creationDate;
     key.lastAccessDate = node->lastAccessDate;
-    key.kind = LocalizedCollation::standardKey(changes.displayKind);
-    key.inside = node->displayInside;
-    key.tagsKey = LocalizedCollation::caseInsensitiveKey(tagsKey(changes.tagNames));
-    key.path = node->displayPath;
+    if (column == Column::kind) key.kind = LocalizedCollation::standardKey(changes.displayKind);
+    if (column == Column::inside) key.inside = node->displayInside;
+    if (column == Column::tags) key.tagsKey = LocalizedCollation::caseInsensitiveKey(tagsKey(changes.tagNames));
+    if (column == Column::path) key.path = node->displayPath;
     key.rank = changes.contentSearchResultsRank;
     return key;
 }
@@ -120,7 +121,7 @@ UINode::NodeList UINode::sortNodes(const NodeList& nodes, Column byColumn, bool 
     const ScoreRules rules = scoreRules(queryText, preferences);
     std::vector<Key> keys;
     keys.reserve(nodes.size());
-    for (const auto& node : nodes) keys.push_back(makeKey(node, rules));
+    for (const auto& node : nodes) keys.push_back(makeKey(node, byColumn, rules));
     const bool forward = !currentColumnReversed;
     std::stable_sort(keys.begin(), keys.end(),
                      [&](const Key& a, const Key& b) { return comesBefore(a, b, byColumn, forward); });

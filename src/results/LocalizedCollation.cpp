@@ -11,9 +11,16 @@ namespace quester {
 
 namespace {
 
+// The default locale without a variant: the "POSIX" variant, which a C or
+// POSIX environment gives, collates in code point order, capitals first.
+icu::Locale collationLocale() {
+    const icu::Locale& locale = icu::Locale::getDefault();
+    return icu::Locale(locale.getLanguage(), locale.getCountry());
+}
+
 std::unique_ptr<icu::Collator> makeCollator(bool numeric) {
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(icu::Locale::getDefault(), status));
+    std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(collationLocale(), status));
     if (U_FAILURE(status) || !collator) {
         status = U_ZERO_ERROR;
         collator.reset(icu::Collator::createInstance(icu::Locale::getRoot(), status));

@@ -36,18 +36,21 @@ std::string padded(const std::string& text, std::size_t width, bool alignRight) 
     return alignRight ? std::string(fill, ' ') + text : text + std::string(fill, ' ');
 }
 
-// Narrows the folder, then the name, then the kind, none below `narrowest`,
-// until the row fits.
+// Narrows the folder and the name in turn, the wider one first, down to
+// `narrowest`; then the kind, until the row fits.
 void fitWidths(std::array<std::size_t, columnCount>& widths, std::size_t terminalWidth) {
     std::size_t total = gap * (columnCount - 1);
     for (std::size_t width : widths) total += width;
-    for (int column : {folderColumn, nameColumn, kindColumn}) {
-        if (total <= terminalWidth) return;
-        std::size_t& width = widths[static_cast<std::size_t>(column)];
-        const std::size_t cut = std::min(total - terminalWidth, width > narrowest ? width - narrowest : 0);
-        width -= cut;
-        total -= cut;
+    std::size_t& folder = widths[folderColumn];
+    std::size_t& name = widths[nameColumn];
+    while (total > terminalWidth) {
+        std::size_t& widest = folder >= name ? folder : name;
+        if (widest <= narrowest) break;
+        --widest;
+        --total;
     }
+    std::size_t& kind = widths[kindColumn];
+    if (total > terminalWidth && kind > narrowest) kind -= std::min(total - terminalWidth, kind - narrowest);
 }
 
 }  // namespace

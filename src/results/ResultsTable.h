@@ -12,8 +12,8 @@ namespace quester {
 // The results as a text table for a terminal: name, folder, size, modified
 // and kind, one row an item under a header, columns aligned (sizes to the
 // right) and two blanks apart. Rows wider than the terminal lose characters
-// from the middle of the folder first, then of the name, then of the kind,
-// shown as "…". Widths count characters, not bytes.
+// from the middle of the folder and the name, the wider one first, and then
+// of the kind, shown as "…". Widths count characters, not bytes.
 class ResultsTable {
 public:
     static std::string render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates);

@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
+
+#include <thread>
 
 #include <map>
 #include <string>
@@ -115,6 +118,20 @@ TEST_F(SortTest, numbersInNamesCompareByValueAndCaseIsIgnored) {
     nodes = {plain("/d/img100.png"), plain("/d/IMG9.png"), plain("/d/img10.png"),
              plain("/d/Img1.png"), plain("/d/img009b.png")};
     EXPECT_EQ(order(Column::name, false), (Names{"Img1.png", "IMG9.png", "img009b.png", "img10.png", "img100.png"}));
+}
+
+TEST_F(SortTest, aPOSIXLocaleStillIgnoresCase) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Locale previous = icu::Locale::getDefault();
+    icu::Locale::setDefault(icu::Locale("en_US_POSIX"), status);
+    // Collators are made per thread: a new thread sees the new default.
+    Names sortedNames;
+    std::thread([&] {
+        nodes = {plain("/d/SearchResults.h"), plain("/d/results"), plain("/d/ResultsTable.h")};
+        sortedNames = order(Column::name, false);
+    }).join();
+    icu::Locale::setDefault(previous, status);
+    EXPECT_EQ(sortedNames, (Names{"results", "ResultsTable.h", "SearchResults.h"}));
 }
 
 TEST_F(SortTest, equalNamesInDifferentCaseKeepTheirIncomingOrder) {

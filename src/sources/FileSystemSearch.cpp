@@ -1,5 +1,7 @@
 #include "sources/FileSystemSearch.h"
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <deque>
 
@@ -42,6 +44,18 @@ std::vector<std::string> nonEmptyPieces(const std::string& path) {
         start = slash + 1;
     }
     return pieces;
+}
+
+// Whether `path` holds one of `words`, ignoring ASCII case.
+bool holdsAnyWord(const std::string& path, const std::vector<std::string>& words) {
+    auto lower = [](std::string text) {
+        for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return text;
+    };
+    const std::string folded = lower(path);
+    return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+        return !word.empty() && folded.find(lower(word)) != std::string::npos;
+    });
 }
 
 std::string withoutTrailingSlash(std::string path) {
@@ -90,12 +104,20 @@ void FileSystemSearch::searchDisk(const Url& disk, SearchDataSourceDelegate& han
     }
     LOG("Iteration");
     addVolumeCountsToActivity(disk);
-    iterate(makeSkipPaths(diskPath, std::move(diskKey)), handler);
+    DiskWalk walk = makeSkipPaths(diskPath, std::move(diskKey));
+    walk.offersNameMatchesOnly = nameTestDecidesAlone() && !holdsAnyWord(diskPath, query->searchWords);
+    iterate(walk, handler);
     directoryIterationQueue.waitUntilAllOperationsAreFinished();
 }
 
 // Linux has no catalog search of a whole volume.
 int FileSystemSearch::searchfs(const std::string&) { return catalogSearchNotSupported; }
+
+// In the flat form a result whose name fails is dropped whatever its commands
+// say, unless the query is "words or : commands" or has no words at all.
+bool FileSystemSearch::nameTestDecidesAlone() const {
+    return !query->booleanExpr.hasCommandUnderOr() && !query->isORCommandSearch() && !query->booleanExpr.isEmpty();
+}
 
 bool FileSystemSearch::isVolumeRoot(const std::string& path) const {
     auto pieces = nonEmptyPieces(path);
@@ -113,8 +135,11 @@ void FileSystemSearch::addVolumeCountsToActivity(const Url& disk) {
 
 FileSystemSearch::DiskWalk FileSystemSearch::makeSkipPaths(const std::string& base, std::string diskKey) {
     std::string root = base == "/" ? "" : base;
-    return DiskWalk{base, std::move(diskKey), {root + "/Volumes", root + "/System/Volumes", root + "/Network"},
-                    {"/Backups.backupdb"}};
+    return DiskWalk{base,
+                    std::move(diskKey),
+                    {root + "/Volumes", root + "/System/Volumes", root + "/Network"},
+                    {"/Backups.backupdb"},
+                    false};
 }
 
 bool FileSystemSearch::shouldSkip(const std::string& path, const DiskWalk& walk) {
@@ -165,7 +190,7 @@ std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryP
     // Each worker thread keeps one iterator, so its 64 KiB buffer is reused.
     thread_local DirectoryIterator iterator;
     auto listing = iterator.contentsOfDirectoryAtPath(directoryPath, [&](const std::string& path, bool) {
-        return !handler.shouldStop() && query->isPossibleMatch(path, false);
+        return !handler.shouldStop() && isWorthOffering(path, walk);
     });
     std::vector<std::string> subdirectories;
     for (const auto& item : listing.items) {
@@ -174,6 +199,21 @@ std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryP
     }
     reportDirectories(static_cast<std::int64_t>(subdirectories.size()), handler);
     return subdirectories;
+}
+
+// An item whose own name fails, in a query that the name test decides alone,
+// can never pass; it could only bring the enclosing folders named after a
+// word, and the breadth-first walk has offered each of those before it. So
+// such items aren't offered, saving their attributes and their trip through
+// the filters. When the walked folder's own path holds a query word, the
+// folder itself (or a disk root) would come only from such items: then every
+// possible match is offered.
+bool FileSystemSearch::isWorthOffering(const std::string& fullPath, const DiskWalk& walk) const {
+    if (walk.offersNameMatchesOnly) {
+        std::string_view name = std::string_view(fullPath).substr(fullPath.rfind('/') + 1);
+        if (!query->fsItemNameStringIncludesWordsFromQuery(name, false)) return false;
+    }
+    return query->isPossibleMatch(fullPath, false);
 }
 
 void FileSystemSearch::reportDirectories(std::int64_t count, SearchDataSourceDelegate& handler) {

@@ -61,11 +61,14 @@ private:
         std::string diskKey;
         std::vector<std::string> skipPaths;
         std::vector<std::string> skipIncludes;
+        bool offersNameMatchesOnly;
     };
 
     void searchDisk(const Url& disk, SearchDataSourceDelegate& handler);
     int searchfs(const std::string& diskPath);
     bool isVolumeRoot(const std::string& path) const;
+    bool nameTestDecidesAlone() const;
+    bool isWorthOffering(const std::string& fullPath, const DiskWalk& walk) const;
     void addVolumeCountsToActivity(const Url& disk);
     void iterate(const DiskWalk& walk, SearchDataSourceDelegate& handler);
     std::vector<std::string> iterate(const std::string& directoryPath, const DiskWalk& walk,

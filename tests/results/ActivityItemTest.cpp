@@ -150,7 +150,7 @@ TEST_F(ActivityTest, AWindowClosedByHandStaysClosedUntilTheNextItem) {
     EXPECT_FALSE(controller.isWindowClosedManually());
 }
 
-class RecordingCancelTarget : public ActivityItemCancelProtocol {
+class RecordingCancelTarget final : public ActivityItemCancelProtocol {
 public:
     void cancel(ActivityItem& item) override { cancelledId = item.id(); }
     std::optional<Uuid> cancelledId;

@@ -47,7 +47,8 @@ public:
               "budget/sub/deeper/budget-final.txt", ".hidden/budget-secret.txt", ".hidden/invoice.txt",
               ".hidden/inner/report.txt", "projects/Invoice Budget.ods", "projects/draft/report-final.doc",
               "projects/draft/budget.txt", "photos/trip.jpg", "Ledger.app/Contents/budget.plist",
-              "Ledger.app/budget-readme.txt", "Volumes/budget-on-volume.txt", "Backups.backupdb/budget-old.txt"}) {
+              "Ledger.app/budget-readme.txt", "Volumes/budget-on-volume.txt", "Backups.backupdb/budget-old.txt",
+              "Budget Plans/notes.txt"}) {
             dir.write(file, "x");
         }
         dir.mkdir("Reports");
@@ -125,12 +126,13 @@ protected:
 
     // Runs the query through a manager whose file system sources are `walks`
     // searches; answers every path delivered, repeats included.
-    std::vector<std::string> search(const std::string& text, bool hidden, int walks = 1) {
+    std::vector<std::string> search(const std::string& text, bool hidden, int walks = 1, std::string folder = {}) {
+        if (folder.empty()) folder = tree.root();
         SearchManager::Environment environment;
         for (int i = 0; i < walks; ++i) environment.fileSystemSearchDataSources.push_back(makeSearch());
         environment.mainLoop = &loop;
         auto delegate = std::make_shared<CollectingManagerDelegate>();
-        auto manager = SearchManager::create(queryFor(text, tree.root()), hidden, delegate, std::move(environment));
+        auto manager = SearchManager::create(queryFor(text, folder), hidden, delegate, std::move(environment));
         manager->search();
         EXPECT_TRUE(loop.runUntil([&] { return delegate->finished; }, 60s)) << text;
         return delegate->found;
@@ -191,6 +193,13 @@ TEST_F(FileSystemSearchTest, TwoWalksOfTheSameTreeDeliverEachPathOnce) {
     std::multiset<std::string> delivered(found.begin(), found.end());
     auto expected = tree.reference([](const std::string& t) { return has(t, "budget") || has(t, "invoice"); }, false);
     EXPECT_EQ(delivered, std::multiset<std::string>(expected.begin(), expected.end()));
+}
+
+TEST_F(FileSystemSearchTest, ASearchedFolderNamedAfterAWordIsItselfAResult) {
+    // Nothing inside matches: the folder comes only as the enclosing folder of what lies in it.
+    const std::string folder = tree.root() + "/Budget Plans";
+    auto found = search("plans", false, 1, folder);
+    EXPECT_EQ(found, std::vector<std::string>{folder});
 }
 
 TEST_F(FileSystemSearchTest, AQueryWithoutWordsOrCommandsWalksButSuppliesNothing) {

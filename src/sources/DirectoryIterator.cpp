@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "support/LogFunc.h"
+
 namespace quester {
 namespace {
 
@@ -102,7 +104,10 @@ DirectoryIterator::Listing DirectoryIterator::contentsOfDirectoryAtPath(std::str
     std::string_view directory = directoryPart(path);
     if (directory.empty()) return listing;
     DirectoryDescriptor descriptor{std::string(directory)};
-    if (!descriptor.isOpen()) return listing;
+    if (!descriptor.isOpen()) {
+        LOG("open error: " + std::string(directory) + " " + std::to_string(errno));
+        return listing;
+    }
 
     listing.items.reserve(128);
     const std::string prefix = pathPrefix(directory);

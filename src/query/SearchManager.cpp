@@ -285,16 +285,22 @@ void SearchManager::drainPendingResults(Locked<PendingResults>& pending, const s
 }
 
 void SearchManager::filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands) {
+    // The survivors of each input item go to the delegate as one call, in
+    // order; the calls of a batch travel to the main loop together.
+    std::vector<std::vector<SearchResult>> survivors;
     for (const auto& result : results) {
-        if (shouldStop()) return;
+        if (shouldStop()) break;
         auto passing = expandAndFilter(result, commands);
         if (!passing.empty()) {
             counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
-            onMainLoop([this, passing = std::move(passing)](SearchManagerDelegate& receiver) {
-                receiver.searchManagerFoundItems(passing, searchQuery);
-            });
+            survivors.push_back(std::move(passing));
         }
         --counters.numberOfItemsInQueue;
+    }
+    if (!survivors.empty()) {
+        onMainLoop([this, survivors = std::move(survivors)](SearchManagerDelegate& receiver) {
+            for (const auto& passing : survivors) receiver.searchManagerFoundItems(passing, searchQuery);
+        });
     }
     reportProgressIfDue();
 }

@@ -164,14 +164,25 @@ void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& h
             return taken;
         });
         if (generation.empty()) break;
-        for (auto& path : generation) {
-            directoryIterationQueue.addTrackedOperation([this, path = std::move(path), &walk, &handler, &pending] {
-                if (userCanceled) return;
-                auto subdirectories = iterate(path, walk, handler);
-                std::erase_if(subdirectories, [&](const std::string& subdirectory) { return !passesDepthTest(subdirectory); });
+        // Two operations share the generation, each taking the next folder
+        // in turn: two folders at a time, without a queue operation a folder.
+        std::atomic<std::size_t> next{0};
+        for (int worker = 0; worker < concurrentDirectories; ++worker) {
+            directoryIterationQueue.addTrackedOperation([this, &generation, &next, &walk, &handler, &pending] {
+                std::vector<std::string> found;
+                std::int64_t subdirectoriesSeen = 0;
+                for (std::size_t index; !userCanceled && (index = next++) < generation.size();) {
+                    auto subdirectories = iterate(generation[index], walk, handler);
+                    subdirectoriesSeen += static_cast<std::int64_t>(subdirectories.size());
+                    for (auto& subdirectory : subdirectories) {
+                        if (passesDepthTest(subdirectory)) found.push_back(std::move(subdirectory));
+                    }
+                }
+                // Counted once for the folders this operation listed: the
+                // progress is read four times a second, not a folder at a time.
+                reportDirectories(subdirectoriesSeen, handler);
                 pending.access([&](std::deque<std::string>& waiting) {
-                    waiting.insert(waiting.end(), std::make_move_iterator(subdirectories.begin()),
-                                   std::make_move_iterator(subdirectories.end()));
+                    waiting.insert(waiting.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
                 });
             });
         }
@@ -197,7 +208,6 @@ std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryP
         if (item.attributesRead && !handler.shouldStop()) foundItem(item, walk, handler);
         if (item.isDirectory) subdirectories.push_back(item.fullPath);
     }
-    reportDirectories(static_cast<std::int64_t>(subdirectories.size()), handler);
     return subdirectories;
 }
 

@@ -187,8 +187,10 @@ UINode::NodeList UINode::nodesForContentsOfFolderIgnoringError(const Url& folder
 std::string UINode::displayName() const {
     if (summaryLine) return *summaryLine;
     std::string name = lastPathComponent(fileURL.path());
-    const auto result = suppliedSearchResult.value();
-    if (result && result->foundItems) name += " (" + std::to_string(result->foundItems->size()) + ")";
+    const auto foundCount = suppliedSearchResult.access([](const std::optional<SearchResult>& result) {
+        return result && result->foundItems ? std::optional<std::size_t>(result->foundItems->size()) : std::nullopt;
+    });
+    if (foundCount) name += " (" + std::to_string(*foundCount) + ")";
     return name;
 }
 

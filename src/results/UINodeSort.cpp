@@ -123,11 +123,15 @@ UINode::NodeList UINode::sortNodes(const NodeList& nodes, Column byColumn, bool 
     keys.reserve(nodes.size());
     for (const auto& node : nodes) keys.push_back(makeKey(node, byColumn, rules));
     const bool forward = !currentColumnReversed;
-    std::stable_sort(keys.begin(), keys.end(),
-                     [&](const Key& a, const Key& b) { return comesBefore(a, b, byColumn, forward); });
+    // Positions move during the sort, the keys with their texts stay put.
+    std::vector<std::size_t> order(keys.size());
+    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return comesBefore(keys[a], keys[b], byColumn, forward);
+    });
     NodeList sorted;
     sorted.reserve(keys.size());
-    for (auto& key : keys) sorted.push_back(std::move(key.node));
+    for (std::size_t index : order) sorted.push_back(std::move(keys[index].node));
     return sorted;
 }
 

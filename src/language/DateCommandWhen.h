@@ -5,8 +5,11 @@
 
 namespace quester {
 
-// An absolute instant with a fractional second.
-using Date = std::chrono::system_clock::time_point;
+// An absolute instant with a fractional second, held as seconds in a double: the
+// clock's own nanoseconds reach only 292 years either side of 1970, too short for
+// "ever" and for years a person can type; a double covers them, and converting
+// system_clock::now() to it is implicit.
+using Date = std::chrono::time_point<std::chrono::system_clock, std::chrono::duration<double>>;
 
 // A half-open span of dates, lowerBound ..< upperBound.
 struct DateRange {

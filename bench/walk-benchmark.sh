@@ -29,25 +29,25 @@ find "$tree" > /dev/null  # warm the kernel's caches so every tool sees the same
 
 now() { date +%s.%N; }
 
-# best_time COMMAND... : the fastest of $runs runs in seconds; the output's line count goes to $count.
+# best_time COMMAND... : prints the fastest of $runs runs in seconds, and the output's line count.
 best_time() {
-  local best="" start end elapsed
+  local best="" start end count
   for ((i = 0; i < runs; i++)); do
     start=$(now)
     count=$("$@" | wc -l)
     end=$(now)
     best=$(awk -v e="$end" -v s="$start" -v b="$best" 'BEGIN { t = e - s; print (b == "" || t < b) ? t : b }')
   done
-  printf '%.3f' "$best"
+  printf '%.3f %s\n' "$best" "$count"
 }
 
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { print (b > 0) ? a / b : 0 }'; }
 
 printf '%-10s %12s %12s %12s %10s %10s %9s\n' word "quester (s)" "fdfind (s)" "find (s)" "fd/ques" "find/ques" results
 for word in "${words[@]}"; do
-  tq=$(best_time "$quester" search "$word" --in "$tree" --hidden --format paths); nq=$count
-  tf=$(best_time "$fd" -HI -i -F "$word" "$tree"); nf=$count
-  tn=$(best_time find "$tree" -iname "*$word*"); nn=$count
+  read -r tq nq < <(best_time "$quester" search "$word" --in "$tree" --hidden --format paths)
+  read -r tf nf < <(best_time "$fd" -HI -i -F "$word" "$tree")
+  read -r tn nn < <(best_time find "$tree" -iname "*$word*")
   printf '%-10s %12s %12s %12s %10.2f %10.2f %9s\n' "$word" "$tq" "$tf" "$tn" \
     "$(ratio "$tf" "$tq")" "$(ratio "$tn" "$tq")" "$nq/$nf/$nn"
 done

@@ -79,7 +79,8 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
     options.title = activityTitle(*query);
     options.verb = "Searched";
     progressItem = ActivityItem::create(std::move(options), activityController);
-    progressItem->setCancelTarget(weak_from_this());
+    std::weak_ptr<ActivityItemCancelProtocol> cancelTarget = weak_from_this();
+    activityController.mainLoop().post([item = progressItem, cancelTarget] { item->setCancelTarget(cancelTarget); });
 
     if (query->whereLocation) {
         for (const Url& disk : query->whereLocation->disksForLocations()) {

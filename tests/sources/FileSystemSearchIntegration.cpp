@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -224,6 +226,29 @@ TEST_F(FileSystemSearchTest, SourceResultsCarryTheItemsAttributes) {
     EXPECT_FALSE(trip.isDirectory);
     EXPECT_EQ(trip.modDate, status.st_mtim.tv_sec);
     EXPECT_EQ(trip.diskKey, FSUtilities::shared().keyForDisk(Url(tree.root(), true)));
+}
+
+TEST_F(FileSystemSearchTest, TheActivityItemNamesTheSearchCancelsTheWalkAndLeavesWithIt) {
+    testing::TempDir big;
+    for (int d = 0; d < 300; ++d) big.write("level" + std::to_string(d % 5) + "/dir" + std::to_string(d) + "/entry");
+    auto walk = makeSearch();
+    CollectingSearchDataSourceDelegate collector(false);
+    std::atomic<bool> returned{false};
+    std::thread searching([&] {
+        walk->search(queryFor("entry", big.str()), collector);
+        returned = true;
+    });
+    ASSERT_TRUE(loop.runUntil([&] { return !activities.activityItems().empty() || returned; }, 60s));
+    if (!returned) {
+        auto item = activities.activityItems().front();
+        EXPECT_EQ(item->displayTitle(), "Searching File System for \u201Centry\u201D");
+        EXPECT_EQ(item->verb(), "Searched");
+        loop.runPending();
+        item->cancel();
+    }
+    ASSERT_TRUE(loop.runUntil([&] { return returned.load(); }, 60s));
+    searching.join();
+    EXPECT_TRUE(loop.runUntil([&] { return activities.activityItems().empty(); }, 60s));
 }
 
 TEST_F(FileSystemSearchTest, StoppingMidWalkReturnsPromptly) {

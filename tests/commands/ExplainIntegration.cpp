@@ -31,14 +31,14 @@ TEST(ExplainCommand, JSONTellsHowASampleQueryWasUnderstood) {
     for (const auto& item : explanation.items()) keys.push_back(item.key());
     EXPECT_EQ(keys, (std::vector<std::string>{"searchWords", "searchWordsWithMinus", "orStringGroups", "commands",
                                               "unrecognised", "booleanExpr", "location", "isWordBasedSearch"}));
-    EXPECT_EQ(explanation["searchWords"], nlohmann::json({"holiday", "trip"}));
-    EXPECT_EQ(explanation["searchWordsWithMinus"], nlohmann::json({"-work"}));
-    EXPECT_EQ(explanation["orStringGroups"], nlohmann::json({{"holiday", "-work"}, {"trip"}}));
+    EXPECT_EQ(explanation["searchWords"], nlohmann::ordered_json({"holiday", "trip"}));
+    EXPECT_EQ(explanation["searchWordsWithMinus"], nlohmann::ordered_json({"-work"}));
+    EXPECT_EQ(explanation["orStringGroups"], nlohmann::ordered_json({{"holiday", "-work"}, {"trip"}}));
     EXPECT_EQ(explanation["commands"], nlohmann::ordered_json::parse(R"([
         {"type": "UTICommand", "text": "is video"},
         {"type": "SizeCommand", "text": "larger than 10mb"},
         {"type": "NotIncludingWords", "text": "-work"}])"));
-    EXPECT_EQ(explanation["unrecognised"], nlohmann::json({"frobnicate"}));
+    EXPECT_EQ(explanation["unrecognised"], nlohmann::ordered_json({"frobnicate"}));
     EXPECT_EQ(explanation["booleanExpr"], "((\"holiday\" AND NOT \"work\") OR \"trip\") AND ([is video] AND [larger than 10mb])");
     EXPECT_TRUE(explanation["location"].is_null());
     EXPECT_EQ(explanation["isWordBasedSearch"], true);

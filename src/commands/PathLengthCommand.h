@@ -1,28 +1,15 @@
 #pragma once
 
-#include "commands/LengthLimit.h"
-#include "query/CommandBase.h"
+#include "commands/LengthCommand.h"
 
 namespace quester {
 
-// A bound on the length of the item's whole path: "max path length 20", "min path length 5".
-class PathLengthCommand final : public CommandBase<PathLengthCommand> {
+// A bound on the length of the item's whole path: "max path length 100", "min path length 10".
+class PathLengthCommand final : public LengthCommand<PathLengthCommand> {
 public:
-    // "pathMaxLength" or "pathMinLength"; args[0] is the integer count.
-    static CommandPtr create(std::string_view commandName, const VariableArguments& args, const TemplateFlags& flags);
-
-    PathLengthCommand(LengthChoice choice, int count) : choice(choice), count(count) {}
-
-    std::string commandToString() const override { return lengthCommandText("path", choice, count, false); }
-    std::string commandExample() const override { return lengthCommandText("path", choice, count, true); }
-    CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
-                                       const QueryContainer& forQuery) override;
-    bool commandSupportsBooleanCombination() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::NamePathLength; }
-    bool sameParameters(const PathLengthCommand& other) const { return choice == other.choice; }
-
-    LengthChoice choice;
-    int count;
+    static constexpr const char* what = "path";
+    static std::string measuredText(const SearchResult& result);
+    using LengthCommand::LengthCommand;
 };
 
 }  // namespace quester

@@ -1,0 +1,22 @@
+// Any bytes as the text of a query, through the whole road to a QueryContainer,
+// then through the name test, so that the boolean expression is evaluated too.
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "commands/StandardCommandFactories.h"
+#include "language/LanguageParse.h"
+#include "query/QueryContainer.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const quester::LanguageParse parser(quester::standardCommandFactories());
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const quester::QueryContainer query(text, parser);
+    for (const auto& command : query.commandsFoundInQuery) {
+        const quester::QueryContainer again(": " + command->commandToString(), parser);
+        (void)again;
+    }
+    (void)query.fsItemNameStringIncludesWordsFromQuery("/home/user/My Report 2024.pdf", false);
+    return 0;
+}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <thread>
 #include <utility>
 
 #include "platform/FSUtilities.h"
@@ -18,6 +19,12 @@ namespace {
 
 // Enough threads that no source waits for another: sources are few.
 constexpr int kLocalQueueWidth = 64;
+// How long a drain waits for more results, in yields, before it ends.
+constexpr int kLingerRounds = 64;
+// Found items reach the main loop in lists of at most this many input items,
+// and at least this often while results come.
+constexpr std::size_t kDeliveryBatch = 256;
+constexpr auto kDeliveryInterval = std::chrono::milliseconds(20);
 
 Locked<std::vector<std::weak_ptr<SearchManager>>>& allInstancesList() {
     static Locked<std::vector<std::weak_ptr<SearchManager>>> list;
@@ -274,22 +281,41 @@ void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchRe
 }
 
 void SearchManager::drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands) {
+    Survivors survivors;
+    auto lastDelivery = std::chrono::steady_clock::now();
+    // A walk supplies an item every few microseconds: a drain that finds the
+    // list empty yields a little before it ends, so that the queue's thread
+    // isn't put to sleep and woken again for every item.
+    int idleRounds = 0;
     for (;;) {
-        auto batch = pending.access([](PendingResults& waiting) {
-            if (waiting.items.empty()) waiting.drainScheduled = false;
+        bool lingering = idleRounds < kLingerRounds;
+        auto batch = pending.access([&](PendingResults& waiting) {
+            if (waiting.items.empty() && !lingering) waiting.drainScheduled = false;
             return std::exchange(waiting.items, {});
         });
-        if (batch.empty()) return;
-        filterResults(batch, commands);
+        if (batch.empty()) {
+            if (!lingering) break;
+            ++idleRounds;
+            std::this_thread::yield();
+            continue;
+        }
+        idleRounds = 0;
+        filterResults(batch, commands, survivors);
+        auto now = std::chrono::steady_clock::now();
+        if (survivors.size() >= kDeliveryBatch || now - lastDelivery >= kDeliveryInterval) {
+            deliver(std::move(survivors));
+            survivors = {};
+            lastDelivery = now;
+        }
     }
+    deliver(std::move(survivors));
+    reportProgressIfDue();
 }
 
-void SearchManager::filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands) {
-    // The survivors of each input item go to the delegate as one call, in
-    // order; the calls of a batch travel to the main loop together.
-    std::vector<std::vector<SearchResult>> survivors;
+void SearchManager::filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
+                                  Survivors& survivors) {
     for (const auto& result : results) {
-        if (shouldStop()) break;
+        if (shouldStop()) return;
         auto passing = expandAndFilter(result, commands);
         if (!passing.empty()) {
             counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
@@ -297,12 +323,15 @@ void SearchManager::filterResults(const std::vector<SearchResult>& results, cons
         }
         --counters.numberOfItemsInQueue;
     }
-    if (!survivors.empty()) {
-        onMainLoop([this, survivors = std::move(survivors)](SearchManagerDelegate& receiver) {
-            for (const auto& passing : survivors) receiver.searchManagerFoundItems(passing, searchQuery);
-        });
-    }
-    reportProgressIfDue();
+}
+
+// The survivors of each input item go to the delegate as one call, in order;
+// the calls travel to the main loop together.
+void SearchManager::deliver(Survivors survivors) {
+    if (survivors.empty()) return;
+    onMainLoop([this, survivors = std::move(survivors)](SearchManagerDelegate& receiver) {
+        for (const auto& passing : survivors) receiver.searchManagerFoundItems(passing, searchQuery);
+    });
 }
 
 std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& result,

@@ -121,7 +121,10 @@ private:
 
     void enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier);
     void drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands);
-    void filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands);
+    using Survivors = std::vector<std::vector<SearchResult>>;
+    void filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
+                       Survivors& survivors);
+    void deliver(Survivors survivors);
     std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
     std::vector<bool> claimForFiltering(const std::vector<std::string>& paths);
     bool judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands);

@@ -96,9 +96,10 @@ TEST_F(SearchCommandTest, JsonLinesCarryTheEncodedResultAndThePath) {
 }
 
 TEST_F(SearchCommandTest, LimitStopsAfterThatManyResults) {
-    auto limited = runQuester({"search", "budget", "--in", tree.str(), "--hidden", "--limit", "2"}, scratch);
+    // NUL-separated, since one of the names holds a line break.
+    auto limited = runQuester({"search", "budget", "--in", tree.str(), "--hidden", "--limit", "2", "-0"}, scratch);
     EXPECT_EQ(limited.status, 0) << limited.err;
-    EXPECT_EQ(split(limited.out, '\n').size(), 2u);
+    EXPECT_EQ(split(limited.out, '\0').size(), 2u);
 }
 
 TEST_F(SearchCommandTest, UnusableQueriesAndLocationsExitWithOneAndSayWhy) {

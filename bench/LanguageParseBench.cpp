@@ -12,7 +12,8 @@ namespace {
 
 // Ten words after the colon, four commands among them.
 constexpr std::string_view tenWordSentence = ": modified this month bigger than 5mb is pdf inside Documents";
-constexpr std::string_view typedQuery = "report OR invoice : modified this month AND bigger than 5mb is pdf inside Documents";
+constexpr std::string_view typedQuery =
+    "report OR invoice : modified this month AND bigger than 5mb is pdf inside Documents";
 
 const LanguageParse& parser() {
     static const LanguageParse parse(standardCommandFactories());

@@ -21,7 +21,8 @@ public:
             colonSeen = true;
             if (!list.empty()) {
                 const Kind last = list.back().kind;
-                if (last == Kind::word || last == Kind::command || last == Kind::rparen) list.push_back(BoolToken::of(Kind::colonAnd));
+                if (last == Kind::word || last == Kind::command || last == Kind::rparen)
+                    list.push_back(BoolToken::of(Kind::colonAnd));
             }
         }
         list.push_back(std::move(token));
@@ -75,18 +76,22 @@ struct Join {
 
 Join joinFor(Kind kind) {
     switch (kind) {
-    case Kind::andOp: return {2, true, false};
-    case Kind::colonAnd: return {0, true, false};
-    case Kind::orOp: return {1, true, true};
-    default: return {2, false, false};
+        case Kind::andOp:
+            return {2, true, false};
+        case Kind::colonAnd:
+            return {0, true, false};
+        case Kind::orOp:
+            return {1, true, true};
+        default:
+            return {2, false, false};
     }
 }
 
 }  // namespace
 
-std::vector<BoolToken> BooleanParser::tokenizeUnified(const std::vector<SentenceComponent>& words,
-                                                      const std::function<bool(const SentenceComponent&)>& isRecognised,
-                                                      const std::function<std::optional<int>(const SentenceComponent&)>& commandForPart) {
+std::vector<BoolToken> BooleanParser::tokenizeUnified(
+    const std::vector<SentenceComponent>& words, const std::function<bool(const SentenceComponent&)>& isRecognised,
+    const std::function<std::optional<int>(const SentenceComponent&)>& commandForPart) {
     Tokens tokens;
     std::set<int> seen;
     for (const SentenceComponent& word : words) {
@@ -95,7 +100,8 @@ std::vector<BoolToken> BooleanParser::tokenizeUnified(const std::vector<Sentence
         } else if (isRecognised && isRecognised(word)) {
             continue;
         } else if (word.wasInQuotes) {
-            tokens.append(BoolToken{Kind::word, BooleanWord(word.textOriginalCase, word.wildcard), 0}, word.isAfterAColon);
+            tokens.append(BoolToken{Kind::word, BooleanWord(word.textOriginalCase, word.wildcard), 0},
+                          word.isAfterAColon);
         } else if (const std::optional<Kind> kind = operatorKind(word)) {
             tokens.append(BoolToken::of(*kind), word.isAfterAColon);
         } else if (!word.isAfterAColon) {
@@ -107,7 +113,9 @@ std::vector<BoolToken> BooleanParser::tokenizeUnified(const std::vector<Sentence
 
 BooleanParser::BooleanParser(std::vector<BoolToken> tokens) : tokens(std::move(tokens)) {}
 
-BooleanExpr BooleanParser::parse(std::vector<BoolToken> tokens) { return BooleanParser(std::move(tokens)).parseExpr(0); }
+BooleanExpr BooleanParser::parse(std::vector<BoolToken> tokens) {
+    return BooleanParser(std::move(tokens)).parseExpr(0);
+}
 
 BooleanExpr BooleanParser::parseExpr(int minPrecedence) {
     BooleanExpr left = parsePrefix();
@@ -119,7 +127,8 @@ BooleanExpr BooleanParser::parseExpr(int minPrecedence) {
         if (join.consumed) ++position;
         BooleanExpr right = parseExpr(join.precedence + 1);
         if (!right.isEmpty()) {
-            left = join.isOr ? BooleanExpr::makeOr(std::move(left), std::move(right)) : BooleanExpr::makeAnd(std::move(left), std::move(right));
+            left = join.isOr ? BooleanExpr::makeOr(std::move(left), std::move(right))
+                             : BooleanExpr::makeAnd(std::move(left), std::move(right));
         }
     }
     return left;
@@ -139,11 +148,18 @@ BooleanExpr BooleanParser::parsePrefix() {
             continue;
         }
         switch (token.kind) {
-        case Kind::word: ++position; return BooleanExpr::word(*token.word);
-        case Kind::command: ++position; return BooleanExpr::command(token.command);
-        case Kind::notOp: return parseNot();
-        case Kind::lparen: return parseParenthesised();
-        default: return {};
+            case Kind::word:
+                ++position;
+                return BooleanExpr::word(*token.word);
+            case Kind::command:
+                ++position;
+                return BooleanExpr::command(token.command);
+            case Kind::notOp:
+                return parseNot();
+            case Kind::lparen:
+                return parseParenthesised();
+            default:
+                return {};
         }
     }
 }

@@ -28,9 +28,9 @@ class BooleanParser {
 public:
     // `commandForPart` gives the index of the boolean-capable command that took a
     // word; `isRecognised` tells a word that some other command took.
-    static std::vector<BoolToken> tokenizeUnified(const std::vector<SentenceComponent>& words,
-                                                  const std::function<bool(const SentenceComponent&)>& isRecognised,
-                                                  const std::function<std::optional<int>(const SentenceComponent&)>& commandForPart);
+    static std::vector<BoolToken> tokenizeUnified(
+        const std::vector<SentenceComponent>& words, const std::function<bool(const SentenceComponent&)>& isRecognised,
+        const std::function<std::optional<int>(const SentenceComponent&)>& commandForPart);
 
     explicit BooleanParser(std::vector<BoolToken> tokens);
 

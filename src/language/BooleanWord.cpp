@@ -20,13 +20,17 @@ std::vector<std::string> split(const BooleanEvalContext& ctx, std::string_view t
 }
 
 bool affixMatches(std::string_view candidate, std::string_view needle, SentenceComponent::Wildcard wildcard) {
-    return wildcard == SentenceComponent::Wildcard::prefix ? candidate.starts_with(needle) : candidate.ends_with(needle);
+    return wildcard == SentenceComponent::Wildcard::prefix ? candidate.starts_with(needle)
+                                                           : candidate.ends_with(needle);
 }
 
 }  // namespace
 
 BooleanWord::BooleanWord(std::string text, SentenceComponent::Wildcard wildcard)
-    : textLowered(lowercased(text)), textOriginalCase(std::move(text)), wildcard(wildcard), textFoldedCI(folded(textOriginalCase, true)) {}
+    : textLowered(lowercased(text)),
+      textOriginalCase(std::move(text)),
+      wildcard(wildcard),
+      textFoldedCI(folded(textOriginalCase, true)) {}
 
 bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) const {
     std::string needle;
@@ -47,7 +51,8 @@ bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) 
     const std::string_view last = lastPathComponent(haystack);
     if (affixMatches(last, needle, wildcard)) return true;
     const std::vector<std::string> pieces = split(ctx, last);
-    return std::any_of(pieces.begin(), pieces.end(), [&](const std::string& piece) { return affixMatches(piece, needle, wildcard); });
+    return std::any_of(pieces.begin(), pieces.end(),
+                       [&](const std::string& piece) { return affixMatches(piece, needle, wildcard); });
 }
 
 }  // namespace quester

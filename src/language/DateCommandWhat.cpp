@@ -22,9 +22,12 @@ std::optional<DateCommandWhat> dateCommandWhatFromWord(std::string_view word) {
 
 std::string toString(DateCommandWhat what) {
     switch (what) {
-    case DateCommandWhat::modificationDate: return "modified";
-    case DateCommandWhat::creationDate: return "created";
-    case DateCommandWhat::accessDate: return "accessed";
+        case DateCommandWhat::modificationDate:
+            return "modified";
+        case DateCommandWhat::creationDate:
+            return "created";
+        case DateCommandWhat::accessDate:
+            return "accessed";
     }
     return "modified";
 }

@@ -54,7 +54,8 @@ std::vector<int> positiveNumbers(std::string_view text) {
             continue;
         }
         size_t end = i;
-        while (end < text.size() && ((text[end] & 0x80) != 0 || std::isalnum(static_cast<unsigned char>(text[end])))) ++end;
+        while (end < text.size() && ((text[end] & 0x80) != 0 || std::isalnum(static_cast<unsigned char>(text[end]))))
+            ++end;
         int value = 0;
         const auto [last, error] = std::from_chars(text.data() + i, text.data() + end, value);
         if (error == std::errc() && last == text.data() + end && value > 0) numbers.push_back(value);
@@ -63,7 +64,9 @@ std::vector<int> positiveNumbers(std::string_view text) {
     return numbers;
 }
 
-int fullYear(int n) { return n <= 99 ? n + 2000 : n; }
+int fullYear(int n) {
+    return n <= 99 ? n + 2000 : n;
+}
 
 // The state of the number walk: a day, a month and a year as they are found.
 struct Reading {

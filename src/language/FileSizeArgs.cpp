@@ -28,7 +28,9 @@ constexpr std::array<UnitNames, 9> unitNames = {{
 
 }  // namespace
 
-std::string toString(SizeUnits units) { return std::string(unitNames[static_cast<size_t>(units)].shortName); }
+std::string toString(SizeUnits units) {
+    return std::string(unitNames[static_cast<size_t>(units)].shortName);
+}
 
 std::optional<SizeUnits> sizeUnitsFromString(std::string_view text) {
     const std::string lower = lowercased(text);

@@ -37,7 +37,8 @@ bool overlaps(const CharacterRange& a, const CharacterRange& b) {
 VariableArguments argumentsOf(const TemplateWordStatsResult& match) {
     VariableArguments args;
     for (const auto& stat : match.stats) {
-        if (stat.variableParserResult && stat.variableParserResult->value.has_value()) args.push_back(stat.variableParserResult->value);
+        if (stat.variableParserResult && stat.variableParserResult->value.has_value())
+            args.push_back(stat.variableParserResult->value);
     }
     return args;
 }
@@ -107,7 +108,8 @@ LanguageParse::LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>
     }
 }
 
-std::optional<std::string> LanguageParse::possibleCompletion(const std::vector<std::string>& candidates, std::string_view target) {
+std::optional<std::string> LanguageParse::possibleCompletion(const std::vector<std::string>& candidates,
+                                                             std::string_view target) {
     return quester::possibleCompletion(candidates, target);
 }
 
@@ -117,12 +119,13 @@ const CommandFactory* LanguageParse::factoryFor(const std::string& commandName) 
 }
 
 std::vector<TemplateWordStatsResult> LanguageParse::matchTemplate(const SentenceTemplate& sentenceTemplate,
-                                                                 const SentenceTemplate::Input& input) const {
+                                                                  const SentenceTemplate::Input& input) const {
     std::vector<TemplateWordStatsResult> results;
     int offset = 0;
     for (size_t first = 0; first < input.words().size(); ++first) {
         for (auto& result : sentenceTemplate.processInput(offset, true, input, first, parsers, completors)) {
-            if (result.numberOfKeywordsMatched == sentenceTemplate.numberOfKeywords) results.push_back(std::move(result));
+            if (result.numberOfKeywordsMatched == sentenceTemplate.numberOfKeywords)
+                results.push_back(std::move(result));
         }
         offset += input.words()[first].position.length() + 1;
     }
@@ -144,7 +147,8 @@ CommandRecogniserResult LanguageParse::makeCommands(const std::vector<SentenceCo
     for (const TemplateWordStatsResult& match : matchesFor(input)) {
         const CommandFactory* factory = factoryFor(match.sentenceTemplate->command);
         if (factory == nullptr) continue;
-        CommandPtr command = factory->create(match.sentenceTemplate->command, argumentsOf(match), match.sentenceTemplate->flags);
+        CommandPtr command =
+            factory->create(match.sentenceTemplate->command, argumentsOf(match), match.sentenceTemplate->flags);
         if (!command) continue;
         std::vector<SentenceComponent> parts = match.consumedParts();
         command->setCommandConsumedParts(parts);
@@ -152,7 +156,8 @@ CommandRecogniserResult LanguageParse::makeCommands(const std::vector<SentenceCo
         made.consumedParts.insert(made.consumedParts.end(), parts.begin(), parts.end());
     }
     std::set<std::string> printed;
-    std::erase_if(made.commands, [&](const CommandPtr& command) { return !printed.insert(command->commandToString()).second; });
+    std::erase_if(made.commands,
+                  [&](const CommandPtr& command) { return !printed.insert(command->commandToString()).second; });
     return made;
 }
 

@@ -60,7 +60,8 @@ public:
     // All surviving full matches, in template order.
     std::vector<TemplateWordStatsResult> matchesFor(const std::vector<SentenceComponent>& input) const;
 
-    static std::optional<std::string> possibleCompletion(const std::vector<std::string>& candidates, std::string_view target);
+    static std::optional<std::string> possibleCompletion(const std::vector<std::string>& candidates,
+                                                         std::string_view target);
 
     const std::vector<SentenceTemplate>& templates() const { return *allTemplates; }
     const VariableParsers& variableParsers() const { return parsers; }

@@ -138,14 +138,16 @@ std::string quoted(const std::string& text) {
     return out + "\"";
 }
 
-void hashCombine(std::size_t& seed, std::size_t value) { seed ^= value + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2); }
+void hashCombine(std::size_t& seed, std::size_t value) {
+    seed ^= value + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2);
+}
 
 }  // namespace
 
 bool SentenceComponent::operator==(const SentenceComponent& other) const {
-    return textLowered == other.textLowered && textOriginalCase == other.textOriginalCase && position == other.position &&
-           isAfterAColon == other.isAfterAColon && wasInQuotes == other.wasInQuotes && wildcard == other.wildcard &&
-           parent == other.parent;
+    return textLowered == other.textLowered && textOriginalCase == other.textOriginalCase &&
+           position == other.position && isAfterAColon == other.isAfterAColon && wasInQuotes == other.wasInQuotes &&
+           wildcard == other.wildcard && parent == other.parent;
 }
 
 std::vector<SentenceComponent> SentenceComponent::parseWords(std::string_view text, const SentenceComponent* parent,
@@ -181,7 +183,8 @@ std::vector<SentenceComponent> expandedQuotedItems(const std::vector<SentenceCom
     return expanded;
 }
 
-SentenceCompareResult compare(const std::vector<SentenceComponent>& words, const std::vector<SentenceComponent>& other) {
+SentenceCompareResult compare(const std::vector<SentenceComponent>& words,
+                              const std::vector<SentenceComponent>& other) {
     const std::vector<SentenceComponent> mine = expandedQuotedItems(words);
     const std::vector<SentenceComponent> theirs = expandedQuotedItems(other);
     if (theirs.empty() || theirs.size() > mine.size()) return {};
@@ -203,7 +206,8 @@ std::vector<std::pair<int, int>> partLocationsToRanges(const std::vector<Sentenc
 
 }  // namespace quester
 
-std::size_t std::hash<quester::SentenceComponent>::operator()(const quester::SentenceComponent& component) const noexcept {
+std::size_t std::hash<quester::SentenceComponent>::operator()(
+    const quester::SentenceComponent& component) const noexcept {
     std::size_t seed = std::hash<std::string>()(component.textOriginalCase);
     quester::hashCombine(seed, std::hash<std::string>()(component.textLowered));
     quester::hashCombine(seed, static_cast<std::size_t>(component.position.lowerBound));

@@ -42,8 +42,7 @@ struct SentenceComponent {
     // literal quote, "*" at either end sets the wildcard, the first unquoted ":"
     // starts the command area, and with `splitParens` "(" and ")" are words of
     // their own. Never fails: any text gives some list, maybe empty.
-    static std::vector<SentenceComponent> parseWords(std::string_view text,
-                                                     const SentenceComponent* parent = nullptr,
+    static std::vector<SentenceComponent> parseWords(std::string_view text, const SentenceComponent* parent = nullptr,
                                                      bool splitParens = false);
 
     // "and", "or" in any case, or "NOT" typed in capitals; never a quoted word.
@@ -64,8 +63,7 @@ std::string toString(const std::vector<SentenceComponent>& words);
 std::vector<SentenceComponent> expandedQuotedItems(const std::vector<SentenceComponent>& words);
 
 // Whether `words` starts with `other`, word by word, after expanding quotes on both.
-SentenceCompareResult compare(const std::vector<SentenceComponent>& words,
-                              const std::vector<SentenceComponent>& other);
+SentenceCompareResult compare(const std::vector<SentenceComponent>& words, const std::vector<SentenceComponent>& other);
 
 // Each word's position as (start, length).
 std::vector<std::pair<int, int>> partLocationsToRanges(const std::vector<SentenceComponent>& words);

@@ -153,14 +153,18 @@ private:
         }
     }
 
-    void variable(Stats& stat, bool fullkeywordsOnly, const VariableParsers& parsers, const VariableCompletors& completors) {
+    void variable(Stats& stat, bool fullkeywordsOnly, const VariableParsers& parsers,
+                  const VariableCompletors& completors) {
         const std::optional<size_t> k = wordStartingAt(i);
         std::vector<SentenceComponent> rest;
         std::span<const SentenceComponent> words;
         if (k) {
             words = std::span<const SentenceComponent>(input.words()).subspan(firstWord + *k);
         } else {
-            const std::string_view text = input.words().empty() ? std::string_view() : std::string_view(at(i).data(), characters.back().data() + characters.back().size() - at(i).data());
+            const std::string_view text =
+                input.words().empty() ? std::string_view()
+                                      : std::string_view(at(i).data(), characters.back().data() +
+                                                                           characters.back().size() - at(i).data());
             rest = SentenceComponent::parseWords(text, nullptr, false);
             words = rest;
         }
@@ -254,7 +258,8 @@ Stats::AddAnswer Stats::add(std::span<const SentenceComponent> words, const Vari
     }
     std::optional<VariableParserResult> result = parser->second(words);
     if (!result) return {};
-    const size_t consumed = std::clamp<size_t>(static_cast<size_t>(std::max(result->numberOfConsumedWords, 0)), 0, words.size());
+    const size_t consumed =
+        std::clamp<size_t>(static_cast<size_t>(std::max(result->numberOfConsumedWords, 0)), 0, words.size());
     consumedParts.assign(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(consumed));
     charactersMatched = 0;
     for (const SentenceComponent& part : consumedParts) charactersMatched += graphemeCount(part.textLowered);
@@ -264,7 +269,8 @@ Stats::AddAnswer Stats::add(std::span<const SentenceComponent> words, const Vari
 
 std::vector<SentenceComponent> SentenceTemplate::TemplateWordStatsResult::consumedParts() const {
     std::vector<SentenceComponent> parts;
-    for (const TemplateWordStatistics& stat : stats) parts.insert(parts.end(), stat.consumedParts.begin(), stat.consumedParts.end());
+    for (const TemplateWordStatistics& stat : stats)
+        parts.insert(parts.end(), stat.consumedParts.begin(), stat.consumedParts.end());
     return parts;
 }
 
@@ -293,7 +299,9 @@ SentenceTemplate::SentenceTemplate(std::string_view line) : debugTemplate(line) 
     }
 }
 
-bool SentenceTemplate::isVariable(const SentenceComponent& word) { return word.textLowered.starts_with('~'); }
+bool SentenceTemplate::isVariable(const SentenceComponent& word) {
+    return word.textLowered.starts_with('~');
+}
 
 std::string SentenceTemplate::variableKey(const SentenceComponent& word) {
     const std::vector<std::string> pieces = splitKeepEmpty(word.textOriginalCase, '/');
@@ -305,19 +313,18 @@ std::string SentenceTemplate::completorKey(const SentenceComponent& word) {
     return pieces.size() == 2 ? pieces[1] : word.textOriginalCase;
 }
 
-std::vector<TemplateWordStatsResult> SentenceTemplate::processInput(int startPosition, bool fullkeywordsOnly,
-                                                                   const std::vector<SentenceComponent>& input,
-                                                                   const VariableParsers& variableParsers,
-                                                                   const VariableCompletors& variableCompletors) const {
+std::vector<TemplateWordStatsResult> SentenceTemplate::processInput(
+    int startPosition, bool fullkeywordsOnly, const std::vector<SentenceComponent>& input,
+    const VariableParsers& variableParsers, const VariableCompletors& variableCompletors) const {
     const Input prepared(input);
     std::vector<TemplateWordStatsResult> results =
         processInput(startPosition, fullkeywordsOnly, prepared, 0, variableParsers, variableCompletors);
     return results;
 }
 
-std::vector<TemplateWordStatsResult> SentenceTemplate::processInput(int startPosition, bool fullkeywordsOnly, const Input& input,
-                                                                   size_t firstWord, const VariableParsers& variableParsers,
-                                                                   const VariableCompletors& variableCompletors) const {
+std::vector<TemplateWordStatsResult> SentenceTemplate::processInput(
+    int startPosition, bool fullkeywordsOnly, const Input& input, size_t firstWord,
+    const VariableParsers& variableParsers, const VariableCompletors& variableCompletors) const {
     Matcher matcher(*this, wordInfos, input, input.characters, input.starts, input.lengths, firstWord);
     return matcher.run(startPosition, fullkeywordsOnly, variableParsers, variableCompletors);
 }

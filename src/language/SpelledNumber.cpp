@@ -13,7 +13,8 @@ namespace {
 icu::RuleBasedNumberFormat* spellOutFormat() {
     thread_local std::unique_ptr<icu::RuleBasedNumberFormat> format = [] {
         UErrorCode status = U_ZERO_ERROR;
-        auto made = std::make_unique<icu::RuleBasedNumberFormat>(icu::URBNF_SPELLOUT, icu::Locale::getEnglish(), status);
+        auto made =
+            std::make_unique<icu::RuleBasedNumberFormat>(icu::URBNF_SPELLOUT, icu::Locale::getEnglish(), status);
         if (U_FAILURE(status)) return std::unique_ptr<icu::RuleBasedNumberFormat>();
         // Lenient parsing reads "twenty five" as 25; strict parsing as 2005.
         made->setLenient(true);
@@ -44,7 +45,8 @@ std::optional<double> spelledNumber(std::string_view text) {
     if (hasDigit(text)) return decimalNumber(text);
     icu::RuleBasedNumberFormat* format = spellOutFormat();
     if (format == nullptr) return std::nullopt;
-    const icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    const icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
     icu::Formattable result;
     icu::ParsePosition position(0);
     format->parse(unicode, result, position);

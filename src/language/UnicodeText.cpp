@@ -24,7 +24,8 @@ bool isAscii(std::string_view text) {
 icu::BreakIterator* characterIterator() {
     thread_local std::unique_ptr<icu::BreakIterator> iterator = [] {
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::BreakIterator> made(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+        std::unique_ptr<icu::BreakIterator> made(
+            icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
         return U_SUCCESS(status) ? std::move(made) : nullptr;
     }();
     return iterator.get();
@@ -97,7 +98,8 @@ std::string lowercased(std::string_view text) {
         }
         return out;
     }
-    icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
     return toUtf8(unicode.toLower(icu::Locale::getRoot()));
 }
 
@@ -106,7 +108,8 @@ std::string folded(std::string_view text, bool foldCase) {
     const icu::Normalizer2* nfkd = icu::Normalizer2::getNFKDInstance(status);
     const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
     if (U_FAILURE(status)) return foldCase ? lowercased(text) : std::string(text);
-    icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
     icu::UnicodeString decomposed = nfkd->normalize(unicode, status);
     icu::UnicodeString stripped;
     for (int32_t i = 0; i < decomposed.length();) {

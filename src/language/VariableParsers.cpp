@@ -24,7 +24,9 @@ namespace quester {
 
 namespace {
 
-VariableParserResult consumed(std::any value, size_t count) { return {std::move(value), static_cast<int>(count)}; }
+VariableParserResult consumed(std::any value, size_t count) {
+    return {std::move(value), static_cast<int>(count)};
+}
 
 std::optional<int> decimalInteger(std::string_view text) {
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
@@ -104,7 +106,8 @@ std::pair<std::optional<double>, std::string> splitNumberAndWord(std::string_vie
         }
     }
     double value = 0;
-    const auto [last, error] = std::from_chars(number.data(), number.data() + number.size(), value, std::chars_format::fixed);
+    const auto [last, error] =
+        std::from_chars(number.data(), number.data() + number.size(), value, std::chars_format::fixed);
     if (number.empty() || error != std::errc() || last != number.data() + number.size()) return {std::nullopt, rest};
     return {value, rest};
 }
@@ -112,8 +115,8 @@ std::pair<std::optional<double>, std::string> splitNumberAndWord(std::string_vie
 const std::vector<std::pair<std::vector<SentenceComponent>, ContentSearchFlag>>& contentSearchPhrases() {
     static const std::vector<std::pair<std::vector<SentenceComponent>, ContentSearchFlag>> phrases = [] {
         const std::pair<std::string_view, ContentSearchFlag> texts[] = {
-            {"whole words", ContentSearchFlag::wholeWords}, {"all words", ContentSearchFlag::allWords},
-            {"all files", ContentSearchFlag::allFiles},     {"use OCR", ContentSearchFlag::useOCR},
+            {"whole words", ContentSearchFlag::wholeWords},       {"all words", ContentSearchFlag::allWords},
+            {"all files", ContentSearchFlag::allFiles},           {"use OCR", ContentSearchFlag::useOCR},
             {"case sensitive", ContentSearchFlag::caseSensitive},
         };
         std::vector<std::pair<std::vector<SentenceComponent>, ContentSearchFlag>> list;
@@ -130,7 +133,8 @@ std::vector<std::string> monthCandidates() {
     return names;
 }
 
-std::optional<std::string> completeFirstWord(const std::vector<std::string>& candidates, std::span<const SentenceComponent> words) {
+std::optional<std::string> completeFirstWord(const std::vector<std::string>& candidates,
+                                             std::span<const SentenceComponent> words) {
     if (words.empty()) return std::nullopt;
     return possibleCompletion(candidates, words.front().textLowered);
 }
@@ -157,7 +161,8 @@ std::optional<VariableParserResult> utiVariable(std::span<const SentenceComponen
     return consumed(word, 1);
 }
 
-std::optional<VariableParserResult> rememberedVariable(std::span<const SentenceComponent> words, const VariableSources& sources) {
+std::optional<VariableParserResult> rememberedVariable(std::span<const SentenceComponent> words,
+                                                       const VariableSources& sources) {
     if (words.empty()) return std::nullopt;
     for (const auto& [keyword, path] : listFrom(sources.rememberedFolders)) {
         if (lowercased(keyword) == words.front().textLowered) return consumed(path, 1);
@@ -202,8 +207,10 @@ std::optional<VariableParserResult> formattedDateVariable(std::span<const Senten
 
 std::optional<VariableParserResult> fixedNamedTimeRangeVariable(std::span<const SentenceComponent> words) {
     if (words.empty()) return std::nullopt;
-    static constexpr std::pair<std::string_view, WhenType> names[] = {
-        {"recent", WhenType::recent}, {"today", WhenType::today}, {"yesterday", WhenType::yesterday}, {"tomorrow", WhenType::tomorrow}};
+    static constexpr std::pair<std::string_view, WhenType> names[] = {{"recent", WhenType::recent},
+                                                                      {"today", WhenType::today},
+                                                                      {"yesterday", WhenType::yesterday},
+                                                                      {"tomorrow", WhenType::tomorrow}};
     for (const auto& [name, when] : names) {
         if (words.front().textLowered == name) return consumed(DateCommandWhen{when, std::nullopt, std::nullopt}, 1);
     }
@@ -217,7 +224,8 @@ std::optional<VariableParserResult> fileSizeVariable(std::span<const SentenceCom
     if (firstWordWasNumber) return std::nullopt;
     const auto [number, rest] = splitNumberAndWord(words.front().textLowered);
     if (!number) return std::nullopt;
-    if (const std::optional<SizeUnits> units = sizeUnitsFromString(rest)) return consumed(FileSizeArgs{*number, *units}, 1);
+    if (const std::optional<SizeUnits> units = sizeUnitsFromString(rest))
+        return consumed(FileSizeArgs{*number, *units}, 1);
     if (words.size() < 2) return std::nullopt;
     if (const std::optional<SizeUnits> units = sizeUnitsFromString(words[1].textLowered)) {
         return consumed(FileSizeArgs{*number, *units}, 2);
@@ -234,7 +242,8 @@ std::optional<VariableParserResult> extensionVariable(std::span<const SentenceCo
 
 std::optional<VariableParserResult> dateTypeVariable(std::span<const SentenceComponent> words) {
     if (words.empty()) return std::nullopt;
-    if (const std::optional<DateCommandWhat> what = dateCommandWhatFromWord(words.front().textLowered)) return consumed(*what, 1);
+    if (const std::optional<DateCommandWhat> what = dateCommandWhatFromWord(words.front().textLowered))
+        return consumed(*what, 1);
     return consumed(DateCommandWhat::modificationDate, 0);
 }
 
@@ -243,7 +252,8 @@ std::optional<VariableParserResult> integerVariable(std::span<const SentenceComp
     const std::string& word = words.front().textLowered;
     if (const std::optional<int> value = decimalInteger(word)) return consumed(*value, 1);
     const std::optional<double> spelled = spelledNumber(word);
-    if (!spelled || std::floor(*spelled) != *spelled || std::fabs(*spelled) > std::numeric_limits<int>::max()) return std::nullopt;
+    if (!spelled || std::floor(*spelled) != *spelled || std::fabs(*spelled) > std::numeric_limits<int>::max())
+        return std::nullopt;
     return consumed(static_cast<int>(*spelled), 1);
 }
 
@@ -252,22 +262,27 @@ std::optional<VariableParserResult> regexVariable(std::span<const SentenceCompon
     const std::string& pattern = words.front().textOriginalCase;
     UErrorCode status = U_ZERO_ERROR;
     UParseError parseError;
-    const icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(pattern.data(), static_cast<int32_t>(pattern.size())));
-    std::unique_ptr<icu::RegexPattern> compiled(icu::RegexPattern::compile(unicode, UREGEX_CASE_INSENSITIVE, parseError, status));
+    const icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(pattern.data(), static_cast<int32_t>(pattern.size())));
+    std::unique_ptr<icu::RegexPattern> compiled(
+        icu::RegexPattern::compile(unicode, UREGEX_CASE_INSENSITIVE, parseError, status));
     if (U_FAILURE(status) || !compiled) return std::nullopt;
     return consumed(words.front(), 1);
 }
 
-std::optional<VariableParserResult> scriptNameVariable(std::span<const SentenceComponent> words, const VariableSources& sources) {
+std::optional<VariableParserResult> scriptNameVariable(std::span<const SentenceComponent> words,
+                                                       const VariableSources& sources) {
     if (words.empty() || words.front().textLowered == "mail") return std::nullopt;
     for (const std::string& path : listFrom(sources.scriptPaths)) {
-        if (scriptWord(path) == words.front().textLowered) return consumed(ScriptTarget{ScriptTarget::Kind::appleScript, path}, 1);
+        if (scriptWord(path) == words.front().textLowered)
+            return consumed(ScriptTarget{ScriptTarget::Kind::appleScript, path}, 1);
     }
     const std::vector<SentenceComponent> input(words.begin(), words.end());
     for (const std::string& name : listFrom(sources.shortcutNames)) {
         const SentenceCompareResult match = compare(input, SentenceComponent::parseWords(name));
         if (match.matched && match.numberOfWordsUsed > 0) {
-            return consumed(ScriptTarget{ScriptTarget::Kind::shortcut, name}, static_cast<size_t>(match.numberOfWordsUsed));
+            return consumed(ScriptTarget{ScriptTarget::Kind::shortcut, name},
+                            static_cast<size_t>(match.numberOfWordsUsed));
         }
     }
     return std::nullopt;
@@ -297,7 +312,8 @@ std::optional<std::string> utiCompletor(std::span<const SentenceComponent> words
     return completeFirstWord(keys, words);
 }
 
-std::optional<std::string> rememberedCompletor(std::span<const SentenceComponent> words, const VariableSources& sources) {
+std::optional<std::string> rememberedCompletor(std::span<const SentenceComponent> words,
+                                               const VariableSources& sources) {
     return completeFirstWord(keysOf(listFrom(sources.rememberedFolders)), words);
 }
 
@@ -311,7 +327,8 @@ std::optional<std::string> dateTypeCompletor(std::span<const SentenceComponent> 
     return completeFirstWord(names, words);
 }
 
-std::optional<std::string> scriptNameCompletor(std::span<const SentenceComponent> words, const VariableSources& sources) {
+std::optional<std::string> scriptNameCompletor(std::span<const SentenceComponent> words,
+                                               const VariableSources& sources) {
     std::vector<std::string> names;
     for (const std::string& path : listFrom(sources.scriptPaths)) names.push_back(scriptWord(path));
     for (const std::string& name : listFrom(sources.shortcutNames)) {
@@ -331,7 +348,8 @@ VariableParsers standardVariableParsers(const VariableSources& sources) {
     return {
         {"~string", stringVariable},
         {"~uti", utiVariable},
-        {"~remembered", [sources](std::span<const SentenceComponent> words) { return rememberedVariable(words, sources); }},
+        {"~remembered",
+         [sources](std::span<const SentenceComponent> words) { return rememberedVariable(words, sources); }},
         {"~month", monthVariable},
         {"~year", yearVariable},
         {"~day", dayVariable},
@@ -343,7 +361,8 @@ VariableParsers standardVariableParsers(const VariableSources& sources) {
         {"~dateType", dateTypeVariable},
         {"~integer", integerVariable},
         {"~regexVariable", regexVariable},
-        {"~scriptName", [sources](std::span<const SentenceComponent> words) { return scriptNameVariable(words, sources); }},
+        {"~scriptName",
+         [sources](std::span<const SentenceComponent> words) { return scriptNameVariable(words, sources); }},
         {"~contentSearchFlags", contentSearchVariable},
         {"~varArg", varArgVariable},
     };
@@ -352,10 +371,12 @@ VariableParsers standardVariableParsers(const VariableSources& sources) {
 VariableCompletors standardVariableCompletors(const VariableSources& sources) {
     return {
         {"~utiCompletor", utiCompletor},
-        {"~remembered", [sources](std::span<const SentenceComponent> words) { return rememberedCompletor(words, sources); }},
+        {"~remembered",
+         [sources](std::span<const SentenceComponent> words) { return rememberedCompletor(words, sources); }},
         {"~month", monthCompletor},
         {"~dateType", dateTypeCompletor},
-        {"~scriptName", [sources](std::span<const SentenceComponent> words) { return scriptNameCompletor(words, sources); }},
+        {"~scriptName",
+         [sources](std::span<const SentenceComponent> words) { return scriptNameCompletor(words, sources); }},
         {"~tagCompletor", [sources](std::span<const SentenceComponent> words) { return tagCompletor(words, sources); }},
     };
 }

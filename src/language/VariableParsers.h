@@ -28,7 +28,8 @@ std::optional<std::string> possibleCompletion(const std::vector<std::string>& ca
 
 std::optional<VariableParserResult> stringVariable(std::span<const SentenceComponent> words);
 std::optional<VariableParserResult> utiVariable(std::span<const SentenceComponent> words);
-std::optional<VariableParserResult> rememberedVariable(std::span<const SentenceComponent> words, const VariableSources& sources);
+std::optional<VariableParserResult> rememberedVariable(std::span<const SentenceComponent> words,
+                                                       const VariableSources& sources);
 std::optional<VariableParserResult> monthVariable(std::span<const SentenceComponent> words);
 std::optional<VariableParserResult> yearVariable(std::span<const SentenceComponent> words);
 std::optional<VariableParserResult> dayVariable(std::span<const SentenceComponent> words);
@@ -40,15 +41,18 @@ std::optional<VariableParserResult> extensionVariable(std::span<const SentenceCo
 std::optional<VariableParserResult> dateTypeVariable(std::span<const SentenceComponent> words);
 std::optional<VariableParserResult> integerVariable(std::span<const SentenceComponent> words);
 std::optional<VariableParserResult> regexVariable(std::span<const SentenceComponent> words);
-std::optional<VariableParserResult> scriptNameVariable(std::span<const SentenceComponent> words, const VariableSources& sources);
+std::optional<VariableParserResult> scriptNameVariable(std::span<const SentenceComponent> words,
+                                                       const VariableSources& sources);
 std::optional<VariableParserResult> contentSearchVariable(std::span<const SentenceComponent> words);
 std::optional<VariableParserResult> varArgVariable(std::span<const SentenceComponent> words);
 
 std::optional<std::string> utiCompletor(std::span<const SentenceComponent> words);
-std::optional<std::string> rememberedCompletor(std::span<const SentenceComponent> words, const VariableSources& sources);
+std::optional<std::string> rememberedCompletor(std::span<const SentenceComponent> words,
+                                               const VariableSources& sources);
 std::optional<std::string> monthCompletor(std::span<const SentenceComponent> words);
 std::optional<std::string> dateTypeCompletor(std::span<const SentenceComponent> words);
-std::optional<std::string> scriptNameCompletor(std::span<const SentenceComponent> words, const VariableSources& sources);
+std::optional<std::string> scriptNameCompletor(std::span<const SentenceComponent> words,
+                                               const VariableSources& sources);
 std::optional<std::string> tagCompletor(std::span<const SentenceComponent> words, const VariableSources& sources);
 
 }  // namespace quester

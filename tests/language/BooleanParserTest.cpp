@@ -52,7 +52,8 @@ TEST(BooleanParser, JuxtapositionIsAndAndBindsTighterThanOr) {
 
 TEST(BooleanParser, ColonJoinsLast) {
     EXPECT_EQ(tree("a b OR c : d", {"d"}), "and(or(and(word(a), word(b)), word(c)), cmd(0))");
-    EXPECT_EQ(tree("screenshot OR : tag", {"tag"}), "or(word(screenshot), cmd(0))") << "the OR joins the word and the command";
+    EXPECT_EQ(tree("screenshot OR : tag", {"tag"}), "or(word(screenshot), cmd(0))")
+        << "the OR joins the word and the command";
     EXPECT_EQ(tree("report : modified AND bigger", {"modified", "bigger"}), "and(word(report), and(cmd(0), cmd(1)))");
 }
 
@@ -79,7 +80,8 @@ TEST(BooleanParser, MinusAndParenthesesInsideWords) {
     const auto words = SentenceComponent::parseWords("(a*", nullptr, false);
     const auto tokens = BooleanParser::tokenizeUnified(words, {}, {});
     ASSERT_EQ(tokens.size(), 2U);
-    EXPECT_EQ(tokens[1].word->wildcard, SentenceComponent::Wildcard::none) << "a word split at a parenthesis loses its wildcard";
+    EXPECT_EQ(tokens[1].word->wildcard, SentenceComponent::Wildcard::none)
+        << "a word split at a parenthesis loses its wildcard";
     const auto plainWord = BooleanParser::tokenizeUnified(SentenceComponent::parseWords("a*"), {}, {});
     EXPECT_EQ(plainWord[0].word->wildcard, SentenceComponent::Wildcard::prefix);
 }

@@ -15,7 +15,8 @@ std::vector<std::tuple<int, int, int>> days(std::string_view text) {
     std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(status));
     for (Date date : DateDetector::simpleDatesInString(text)) {
         calendar->setTime(date.time_since_epoch().count() * 1000.0, status);
-        out.emplace_back(calendar->get(UCAL_YEAR, status), calendar->get(UCAL_MONTH, status) + 1, calendar->get(UCAL_DATE, status));
+        out.emplace_back(calendar->get(UCAL_YEAR, status), calendar->get(UCAL_MONTH, status) + 1,
+                         calendar->get(UCAL_DATE, status));
         EXPECT_EQ(calendar->get(UCAL_HOUR_OF_DAY, status), 0) << "a local midnight";
     }
     return out;

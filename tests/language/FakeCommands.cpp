@@ -18,9 +18,11 @@ std::string describeOne(const std::any& value) {
     if (const auto* word = std::any_cast<SentenceComponent>(&value)) return word->textOriginalCase;
     if (const auto* text = std::any_cast<std::string>(&value)) return *text;
     if (const auto* number = std::any_cast<int>(&value)) return std::to_string(*number);
-    if (const auto* size = std::any_cast<FileSizeArgs>(&value)) return std::to_string(size->value).substr(0, 4) + toString(size->units);
+    if (const auto* size = std::any_cast<FileSizeArgs>(&value))
+        return std::to_string(size->value).substr(0, 4) + toString(size->units);
     if (const auto* what = std::any_cast<DateCommandWhat>(&value)) return toString(*what);
-    if (const auto* when = std::any_cast<DateCommandWhen>(&value)) return "when" + std::to_string(static_cast<int>(when->when));
+    if (const auto* when = std::any_cast<DateCommandWhen>(&value))
+        return "when" + std::to_string(static_cast<int>(when->when));
     if (const auto* unit = std::any_cast<TimeUnit>(&value)) return "unit" + std::to_string(static_cast<int>(*unit));
     if (const auto* script = std::any_cast<ScriptTarget>(&value)) return "script:" + script->value;
     if (const auto* flags = std::any_cast<std::vector<ContentSearchFlag>>(&value)) {
@@ -28,7 +30,8 @@ std::string describeOne(const std::any& value) {
         for (ContentSearchFlag flag : *flags) out += std::to_string(static_cast<int>(flag));
         return out + "]";
     }
-    if (const auto* words = std::any_cast<std::vector<SentenceComponent>>(&value)) return "words" + std::to_string(words->size());
+    if (const auto* words = std::any_cast<std::vector<SentenceComponent>>(&value))
+        return "words" + std::to_string(words->size());
     return "?";
 }
 
@@ -43,7 +46,9 @@ std::string describe(const VariableArguments& args) {
 FakeCommand::FakeCommand(std::string name, std::string arguments, TemplateFlags flags)
     : name(std::move(name)), arguments(std::move(arguments)), flags(std::move(flags)) {}
 
-std::string FakeCommand::commandToString() const { return arguments.empty() ? name : name + "(" + arguments + ")"; }
+std::string FakeCommand::commandToString() const {
+    return arguments.empty() ? name : name + "(" + arguments + ")";
+}
 
 CommandApplyResult FakeCommand::commandImpApply(SearchResult&, SearchDataSourceDelegate*, const QueryContainer&) {
     return CommandApplyResult::skip;
@@ -54,12 +59,15 @@ bool FakeCommand::isReplaceableWith(const Command& otherCmd) const {
     return other != nullptr && other->name == name;
 }
 
-std::shared_ptr<Command> FakeCommand::copy() const { return std::make_shared<FakeCommand>(name, arguments, flags); }
+std::shared_ptr<Command> FakeCommand::copy() const {
+    return std::make_shared<FakeCommand>(name, arguments, flags);
+}
 
 FakeFactory::FakeFactory(std::vector<std::string> names, std::vector<std::string> refused)
     : names(std::move(names)), refused(std::move(refused)) {}
 
-CommandPtr FakeFactory::create(std::string_view commandName, const VariableArguments& args, const TemplateFlags& flags) const {
+CommandPtr FakeFactory::create(std::string_view commandName, const VariableArguments& args,
+                               const TemplateFlags& flags) const {
     if (std::find(refused.begin(), refused.end(), commandName) != refused.end()) return nullptr;
     return std::make_shared<FakeCommand>(std::string(commandName), describe(args), flags);
 }

@@ -30,7 +30,8 @@ public:
     explicit FakeFactory(std::vector<std::string> names, std::vector<std::string> refused = {});
 
     std::vector<std::string> commandNames() const override { return names; }
-    CommandPtr create(std::string_view commandName, const VariableArguments& args, const TemplateFlags& flags) const override;
+    CommandPtr create(std::string_view commandName, const VariableArguments& args,
+                      const TemplateFlags& flags) const override;
 
 private:
     std::vector<std::string> names;

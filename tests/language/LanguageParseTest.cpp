@@ -15,14 +15,67 @@ using testing::FakeFactory;
 
 // The command names of the program's fixed table of factories.
 const std::vector<std::string> allCommandNames = {
-    "caseSensitive", "textContent", "specificDateRange", "thisTimeUnit", "lastTimeUnit", "lastNDateUnit", "month",
-    "monthYear", "monthToMonth", "monthYearToMonth", "monthToMonthYear", "monthYearToMonthYear", "monthYearToYear",
-    "yearMonthToMonth", "monthDayToMonth", "yearToYear", "year", "afterDate", "afterYear", "afterMonth", "beforeDate",
-    "beforeYear", "beforeMonth", "dayMonth", "excludingFolder", "extension", "extensionNot", "exact", "isFile", "isFolder",
-    "ImageVision", "ImageVisionAllItems", "inside", "remembered", "rememberedShallow", "label", "labelExcluding", "locked",
-    "lockedExcluding", "nameMaxLength", "nameMinLength", "mailSearch", "pathMaxLength", "pathMinLength", "maxDepth", "regex",
-    "regexNot", "scriptCommand", "filesSmallerThan", "filesBiggerThan", "filesEqualTo", "filesExactlyEqualTo", "listGames",
-    "listApps", "showAllFiles", "showInvisibleItems", "spotlightMetadata", "author", "spotlightUserQuery", "uti", "wholeWords",
+    "caseSensitive",
+    "textContent",
+    "specificDateRange",
+    "thisTimeUnit",
+    "lastTimeUnit",
+    "lastNDateUnit",
+    "month",
+    "monthYear",
+    "monthToMonth",
+    "monthYearToMonth",
+    "monthToMonthYear",
+    "monthYearToMonthYear",
+    "monthYearToYear",
+    "yearMonthToMonth",
+    "monthDayToMonth",
+    "yearToYear",
+    "year",
+    "afterDate",
+    "afterYear",
+    "afterMonth",
+    "beforeDate",
+    "beforeYear",
+    "beforeMonth",
+    "dayMonth",
+    "excludingFolder",
+    "extension",
+    "extensionNot",
+    "exact",
+    "isFile",
+    "isFolder",
+    "ImageVision",
+    "ImageVisionAllItems",
+    "inside",
+    "remembered",
+    "rememberedShallow",
+    "label",
+    "labelExcluding",
+    "locked",
+    "lockedExcluding",
+    "nameMaxLength",
+    "nameMinLength",
+    "mailSearch",
+    "pathMaxLength",
+    "pathMinLength",
+    "maxDepth",
+    "regex",
+    "regexNot",
+    "scriptCommand",
+    "filesSmallerThan",
+    "filesBiggerThan",
+    "filesEqualTo",
+    "filesExactlyEqualTo",
+    "listGames",
+    "listApps",
+    "showAllFiles",
+    "showInvisibleItems",
+    "spotlightMetadata",
+    "author",
+    "spotlightUserQuery",
+    "uti",
+    "wholeWords",
 };
 
 std::vector<SentenceComponent> commandArea(std::string_view text) {
@@ -40,7 +93,8 @@ std::vector<std::string> printed(const CommandRecogniserResult& result) {
 }
 
 LanguageParse withTemplates(std::string_view lines, CommandFactories factories) {
-    auto templates = std::make_shared<const std::vector<SentenceTemplate>>(LanguageParseCache::templatesFromText(lines));
+    auto templates =
+        std::make_shared<const std::vector<SentenceTemplate>>(LanguageParseCache::templatesFromText(lines));
     return LanguageParse(std::move(templates), std::move(factories));
 }
 
@@ -50,7 +104,8 @@ std::shared_ptr<const CommandFactory> fake(std::vector<std::string> names, std::
 
 TEST(LanguageParseScript, ServesEveryCommandNameAndNoOther) {
     std::set<std::string> served;
-    for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates()) served.insert(sentenceTemplate.command);
+    for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates())
+        served.insert(sentenceTemplate.command);
     const std::set<std::string> expected(allCommandNames.begin(), allCommandNames.end());
     EXPECT_EQ(served, expected);
 }
@@ -80,7 +135,8 @@ TEST(LanguageParseScript, ScrambledRoundTripAndInvalidText) {
 
     std::vector<std::uint8_t> invalid = {'a', ' ', 0xff, 0xfe, ' ', 'x', '\n'};
     Munge::munge(invalid, 1);
-    EXPECT_TRUE(LanguageParseCache::templatesFromScrambled(invalid).empty()) << "text that isn't UTF-8 gives an empty table";
+    EXPECT_TRUE(LanguageParseCache::templatesFromScrambled(invalid).empty())
+        << "text that isn't UTF-8 gives an empty table";
 }
 
 TEST(LanguageParse, NoWordsNoCommands) {

@@ -13,9 +13,12 @@ namespace {
 const LanguageParse& parser() {
     static const LanguageParse parse = [] {
         std::vector<std::string> names;
-        for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates()) names.push_back(sentenceTemplate.command);
+        for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates())
+            names.push_back(sentenceTemplate.command);
         VariableSources sources;
-        sources.rememberedFolders = [] { return std::vector<std::pair<std::string, std::string>>{{"desktop", "/home/u/Desktop/"}}; };
+        sources.rememberedFolders = [] {
+            return std::vector<std::pair<std::string, std::string>>{{"desktop", "/home/u/Desktop/"}};
+        };
         sources.shortcutNames = [] { return std::vector<std::string>{"music quiz"}; };
         return LanguageParse(CommandFactories{std::make_shared<testing::FakeFactory>(names)}, sources);
     }();
@@ -61,27 +64,31 @@ TEST_P(SampleQueries, ParseAsShown) {
 }
 
 // Flags print as their numbers: without 0, allFiles 1, wholeWords 2, allWords 3, useOCR 4, caseSensitive 5.
-// Time ranges print as their WhenType numbers: recent 2, today 3, yesterday 4; time units: weekOfYear 3, month 4, year 5.
+// Time ranges print as their WhenType numbers: recent 2, today 3, yesterday 4; time units: weekOfYear 3, month 4,
+// year 5.
 INSTANTIATE_TEST_SUITE_P(
     TheSeventeen, SampleQueries,
-    ::testing::Values(
-        Sample{": today is audio", {"uti(audio)", "specificDateRange(modified|when3)"}, {}},
-        Sample{"summer : is video", {"uti(video)"}, {}},
-        Sample{": content \"yearly total\"", {"textContent(yearly total|[])"}, {}},
-        Sample{"reports : modified in 2016", {"year(modified|2016)"}, {}},
-        Sample{".m4v : bigger than 10mb", {"filesBiggerThan(10.0mb)"}, {}},
-        Sample{"cat : is image inside animals", {"uti(image)", "inside(animals)"}, {}},
-        Sample{"invoice OR receipt : after 2023", {"afterYear(modified|2023)"}, {}},
-        Sample{"holiday -work : is video", {"uti(video)"}, {}},
-        Sample{"report : modified this month AND bigger than 5mb", {"filesBiggerThan(5.00mb)", "thisTimeUnit(modified|unit4)"}, {"AND"}},
-        Sample{"screenshot OR : tag red", {"label(red)"}, {}},
-        Sample{".key OR .pptx : modified this year", {"thisTimeUnit(modified|unit5)"}, {}},
-        Sample{"budget : content \"Q4 forecast\" all words", {"textContent(Q4 forecast|[3])"}, {}},
-        Sample{"manual : is pdf inside Documents", {"uti(pdf)", "inside(Documents)"}, {}},
-        Sample{"vacation : image is \"beach,palm tree\"", {"ImageVisionAllItems(beach,palm tree)"}, {}},
-        Sample{"receipts : content \"total\" without \"draft\"", {"textContent(total|draft|[])"}, {}},
-        Sample{"invoice (2023 OR 2024) : is pdf", {"uti(pdf)"}, {}},
-        Sample{"photos : image includes \"dog,cat\" smaller than 2mb", {"filesSmallerThan(2.00mb)", "ImageVision(dog,cat)"}, {}}));
+    ::testing::Values(Sample{": today is audio", {"uti(audio)", "specificDateRange(modified|when3)"}, {}},
+                      Sample{"summer : is video", {"uti(video)"}, {}},
+                      Sample{": content \"yearly total\"", {"textContent(yearly total|[])"}, {}},
+                      Sample{"reports : modified in 2016", {"year(modified|2016)"}, {}},
+                      Sample{".m4v : bigger than 10mb", {"filesBiggerThan(10.0mb)"}, {}},
+                      Sample{"cat : is image inside animals", {"uti(image)", "inside(animals)"}, {}},
+                      Sample{"invoice OR receipt : after 2023", {"afterYear(modified|2023)"}, {}},
+                      Sample{"holiday -work : is video", {"uti(video)"}, {}},
+                      Sample{"report : modified this month AND bigger than 5mb",
+                             {"filesBiggerThan(5.00mb)", "thisTimeUnit(modified|unit4)"},
+                             {"AND"}},
+                      Sample{"screenshot OR : tag red", {"label(red)"}, {}},
+                      Sample{".key OR .pptx : modified this year", {"thisTimeUnit(modified|unit5)"}, {}},
+                      Sample{"budget : content \"Q4 forecast\" all words", {"textContent(Q4 forecast|[3])"}, {}},
+                      Sample{"manual : is pdf inside Documents", {"uti(pdf)", "inside(Documents)"}, {}},
+                      Sample{"vacation : image is \"beach,palm tree\"", {"ImageVisionAllItems(beach,palm tree)"}, {}},
+                      Sample{"receipts : content \"total\" without \"draft\"", {"textContent(total|draft|[])"}, {}},
+                      Sample{"invoice (2023 OR 2024) : is pdf", {"uti(pdf)"}, {}},
+                      Sample{"photos : image includes \"dog,cat\" smaller than 2mb",
+                             {"filesSmallerThan(2.00mb)", "ImageVision(dog,cat)"},
+                             {}}));
 
 INSTANTIATE_TEST_SUITE_P(
     Variants, SampleQueries,
@@ -102,14 +109,13 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{": max depth 2", {"maxDepth(2)"}, {}},
         Sample{": .txt not .jpg", {"extension(txt)", "extensionNot(jpg)"}, {}},
         Sample{": not locked is file", {"isFile", "lockedExcluding", "uti(file)"}, {}},
-        Sample{": is folder", {"isFolder"}, {}},
-        Sample{": is file", {"isFile", "uti(file)"}, {}},
+        Sample{": is folder", {"isFolder"}, {}}, Sample{": is file", {"isFile", "uti(file)"}, {}},
         Sample{": tag red tag blue", {"label(red)", "label(blue)"}, {}},
         Sample{": excluding folder \"Backups\"", {"excludingFolder(Backups)"}, {}},
-        Sample{": regex \"^rep.*x$\" not", {"regexNot(^rep.*x$)"}, {}},
-        Sample{": regex rep*", {"regex(rep)"}, {}},
+        Sample{": regex \"^rep.*x$\" not", {"regexNot(^rep.*x$)"}, {}}, Sample{": regex rep*", {"regex(rep)"}, {}},
         Sample{": case sensitive whole words exact", {"caseSensitive", "wholeWords", "exact"}, {}},
-        Sample{": show all files show invisible items show apps", {"showInvisibleItems", "showAllFiles", "listApps"}, {}},
+        Sample{
+            ": show all files show invisible items show apps", {"showInvisibleItems", "showAllFiles", "listApps"}, {}},
         Sample{": mailsearch \"text\"", {"mailSearch(text)"}, {}},
         Sample{": metadata \"comedy\" author \"robin vale\"", {"spotlightMetadata(comedy)", "author(robin vale)"}, {}},
         Sample{": spotlight \"kind:pdf\"", {"spotlightUserQuery(kind:pdf)"}, {}},

@@ -13,7 +13,9 @@ namespace {
 
 using Stats = SentenceTemplate::TemplateWordStatistics;
 
-std::vector<SentenceComponent> words(std::string_view text) { return SentenceComponent::parseWords(text); }
+std::vector<SentenceComponent> words(std::string_view text) {
+    return SentenceComponent::parseWords(text);
+}
 
 const VariableParsers& parsers() {
     static const VariableParsers table = standardVariableParsers({});
@@ -42,7 +44,8 @@ TEST(SentenceTemplateLine, CommandWordAndFlags) {
 
     const SentenceTemplate odd("x cmd//a=1,b,c=2=3,a=4,,d=");
     EXPECT_EQ(odd.command, "cmd");
-    EXPECT_EQ(odd.flags, (TemplateFlags{{"a", "4"}, {"d", ""}})) << "later pairs replace earlier, malformed ones are ignored";
+    EXPECT_EQ(odd.flags, (TemplateFlags{{"a", "4"}, {"d", ""}}))
+        << "later pairs replace earlier, malformed ones are ignored";
 
     const SentenceTemplate size("bigger than \"~file size\" filesBiggerThan");
     EXPECT_EQ(size.words.back(), "~file size");
@@ -131,7 +134,8 @@ TEST(SentenceTemplateMatch, VariableThatReadsNothingCanEndATemplate) {
     const auto today = match(dated, "today");
     ASSERT_TRUE(today);
     EXPECT_EQ(today->numberOfKeywordsMatched, 2) << "the date type reads no word and still counts";
-    EXPECT_EQ(std::any_cast<DateCommandWhat>(today->stats[0].variableParserResult->value), DateCommandWhat::modificationDate);
+    EXPECT_EQ(std::any_cast<DateCommandWhat>(today->stats[0].variableParserResult->value),
+              DateCommandWhat::modificationDate);
 }
 
 TEST(SentenceTemplateMatch, UnknownVariableNeverMatches) {

@@ -15,7 +15,9 @@
 namespace quester {
 namespace {
 
-std::vector<SentenceComponent> words(std::string_view text) { return SentenceComponent::parseWords(text); }
+std::vector<SentenceComponent> words(std::string_view text) {
+    return SentenceComponent::parseWords(text);
+}
 
 template <typename T>
 std::optional<std::pair<T, int>> read(std::optional<VariableParserResult> (*parser)(std::span<const SentenceComponent>),
@@ -29,13 +31,17 @@ std::optional<std::pair<T, int>> read(std::optional<VariableParserResult> (*pars
 std::tuple<int, int, int> localDay(Date date) {
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(status));
-    calendar->setTime(static_cast<UDate>(std::chrono::duration_cast<std::chrono::milliseconds>(date.time_since_epoch()).count()), status);
+    calendar->setTime(
+        static_cast<UDate>(std::chrono::duration_cast<std::chrono::milliseconds>(date.time_since_epoch()).count()),
+        status);
     return {calendar->get(UCAL_YEAR, status), calendar->get(UCAL_MONTH, status) + 1, calendar->get(UCAL_DATE, status)};
 }
 
 VariableSources userLists() {
     VariableSources sources;
-    sources.rememberedFolders = [] { return std::vector<std::pair<std::string, std::string>>{{"Desktop", "/home/u/Desktop/"}}; };
+    sources.rememberedFolders = [] {
+        return std::vector<std::pair<std::string, std::string>>{{"Desktop", "/home/u/Desktop/"}};
+    };
     sources.scriptPaths = [] { return std::vector<std::string>{"/s/Tidy Up Files.sh", "/s/mail.sh"}; };
     sources.shortcutNames = [] { return std::vector<std::string>{"music", "Music Quiz"}; };
     sources.knownTags = [] { return std::vector<std::string>{"Red", "Dark Red", "Blue"}; };
@@ -94,18 +100,24 @@ TEST(VariableParsers, Numbers) {
 
 TEST(VariableParsers, FileSizeWithAndWithoutBlank) {
     EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "10mb"), std::make_pair(FileSizeArgs{10, SizeUnits::megabytes}, 1));
-    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "10 MB x"), std::make_pair(FileSizeArgs{10, SizeUnits::megabytes}, 2));
-    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "1.5gb"), std::make_pair(FileSizeArgs{1.5, SizeUnits::gigabytes}, 1));
-    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "1024 bytes"), std::make_pair(FileSizeArgs{1024, SizeUnits::bytes}, 2));
-    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "twenty kilobytes"), std::make_pair(FileSizeArgs{20, SizeUnits::kilobytes}, 2));
-    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "twenty five k"), std::make_pair(FileSizeArgs{25, SizeUnits::kilobytes}, 3));
+    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "10 MB x"),
+              std::make_pair(FileSizeArgs{10, SizeUnits::megabytes}, 2));
+    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "1.5gb"),
+              std::make_pair(FileSizeArgs{1.5, SizeUnits::gigabytes}, 1));
+    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "1024 bytes"),
+              std::make_pair(FileSizeArgs{1024, SizeUnits::bytes}, 2));
+    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "twenty kilobytes"),
+              std::make_pair(FileSizeArgs{20, SizeUnits::kilobytes}, 2));
+    EXPECT_EQ(read<FileSizeArgs>(fileSizeVariable, "twenty five k"),
+              std::make_pair(FileSizeArgs{25, SizeUnits::kilobytes}, 3));
     EXPECT_FALSE(fileSizeVariable(words("twenty"))) << "a number in words alone";
     EXPECT_FALSE(fileSizeVariable(words("twenty apples")));
     EXPECT_FALSE(fileSizeVariable(words("10 byte"))) << "byte alone is no unit";
     EXPECT_FALSE(fileSizeVariable(words("mb")));
     EXPECT_FALSE(fileSizeVariable(words("10")));
     const auto spelled = read<FileSizeArgs>(fileSizeVariable, "1.1 mb");
-    EXPECT_EQ(spelled->first.value, static_cast<double>(1.1F)) << "a number read word by word is held as a 32-bit float";
+    EXPECT_EQ(spelled->first.value, static_cast<double>(1.1F))
+        << "a number read word by word is held as a 32-bit float";
 }
 
 TEST(VariableParsers, SizeUnitNames) {
@@ -150,8 +162,10 @@ TEST(VariableParsers, FormattedDateIsALocalMidnight) {
 TEST(VariableParsers, ContentSearchOptionsInOrderOnce) {
     using Flag = ContentSearchFlag;
     using Flags = std::vector<Flag>;
-    EXPECT_EQ(read<Flags>(contentSearchVariable, "whole words use OCR x"), std::make_pair(Flags{Flag::wholeWords, Flag::useOCR}, 4));
-    EXPECT_EQ(read<Flags>(contentSearchVariable, "all files all words"), std::make_pair(Flags{Flag::allFiles}, 2)) << "never back";
+    EXPECT_EQ(read<Flags>(contentSearchVariable, "whole words use OCR x"),
+              std::make_pair(Flags{Flag::wholeWords, Flag::useOCR}, 4));
+    EXPECT_EQ(read<Flags>(contentSearchVariable, "all files all words"), std::make_pair(Flags{Flag::allFiles}, 2))
+        << "never back";
     EXPECT_EQ(read<Flags>(contentSearchVariable, "bigger than 1mb"), std::make_pair(Flags{}, 0));
     EXPECT_EQ(read<Flags>(contentSearchVariable, "\"case sensitive\""), std::make_pair(Flags{Flag::caseSensitive}, 1));
     EXPECT_TRUE(contentSearchVariable({})) << "no options is still an answer";
@@ -181,11 +195,13 @@ TEST(VariableParsers, UserListsComeFromTheSources) {
 
     const auto script = scriptNameVariable(words("tidyupfiles now"), sources);
     ASSERT_TRUE(script);
-    EXPECT_EQ(std::any_cast<ScriptTarget>(script->value), (ScriptTarget{ScriptTarget::Kind::appleScript, "/s/Tidy Up Files.sh"}));
+    EXPECT_EQ(std::any_cast<ScriptTarget>(script->value),
+              (ScriptTarget{ScriptTarget::Kind::appleScript, "/s/Tidy Up Files.sh"}));
     EXPECT_FALSE(scriptNameVariable(words("mail x"), sources)) << "mail is kept for the mail search";
     const auto shortcut = scriptNameVariable(words("\"music quiz\" extra"), sources);
     ASSERT_TRUE(shortcut);
-    EXPECT_EQ(std::any_cast<ScriptTarget>(shortcut->value).value, "music") << "the first name in list order that matches";
+    EXPECT_EQ(std::any_cast<ScriptTarget>(shortcut->value).value, "music")
+        << "the first name in list order that matches";
     const auto twoWords = scriptNameVariable(words("Music Quiz"), sources);
     EXPECT_EQ(twoWords->numberOfConsumedWords, 1);
     EXPECT_EQ(scriptNameCompletor(words("tidy"), sources), "tidyupfiles");

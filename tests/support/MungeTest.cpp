@@ -29,8 +29,10 @@ TEST(Munge, BytesAfterTheLastWholeWordStay) {
     const auto original = bytes(19);
     auto data = original;
     Munge::munge(data, 1);
-    EXPECT_NE(std::vector<std::uint8_t>(data.begin(), data.begin() + 16), std::vector<std::uint8_t>(original.begin(), original.begin() + 16));
-    EXPECT_EQ(std::vector<std::uint8_t>(data.begin() + 16, data.end()), std::vector<std::uint8_t>(original.begin() + 16, original.end()));
+    EXPECT_NE(std::vector<std::uint8_t>(data.begin(), data.begin() + 16),
+              std::vector<std::uint8_t>(original.begin(), original.begin() + 16));
+    EXPECT_EQ(std::vector<std::uint8_t>(data.begin() + 16, data.end()),
+              std::vector<std::uint8_t>(original.begin() + 16, original.end()));
     std::vector<std::uint8_t> short_ = {1, 2, 3};
     Munge::munge(short_, 1);
     EXPECT_EQ(short_, (std::vector<std::uint8_t>{1, 2, 3}));
@@ -39,7 +41,8 @@ TEST(Munge, BytesAfterTheLastWholeWordStay) {
 TEST(Munge, TableRestartsAndMultiplierScales) {
     std::vector<std::uint8_t> zeros(27 * 8, 0);
     Munge::munge(zeros, 1);
-    EXPECT_TRUE(std::equal(zeros.begin(), zeros.begin() + 8, zeros.begin() + 26 * 8)) << "word 26 uses the first constant again";
+    EXPECT_TRUE(std::equal(zeros.begin(), zeros.begin() + 8, zeros.begin() + 26 * 8))
+        << "word 26 uses the first constant again";
     std::vector<std::uint8_t> unchanged(16, 7);
     Munge::munge(unchanged, 0);
     EXPECT_EQ(unchanged, std::vector<std::uint8_t>(16, 7));

@@ -26,9 +26,11 @@ constexpr int kLingerRounds = 64;
 constexpr std::size_t kDeliveryBatch = 256;
 constexpr auto kDeliveryInterval = std::chrono::milliseconds(20);
 
+// Never destroyed: the last manager may go away on one of its own threads
+// while the process exits.
 Locked<std::vector<std::weak_ptr<SearchManager>>>& allInstancesList() {
-    static Locked<std::vector<std::weak_ptr<SearchManager>>> list;
-    return list;
+    static auto* list = new Locked<std::vector<std::weak_ptr<SearchManager>>>();
+    return *list;
 }
 
 // Results of these sources skip the queue of the slow criteria.

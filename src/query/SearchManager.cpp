@@ -343,25 +343,25 @@ std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& res
     if (parent != "/") parent += '/';
     for (auto& folder : splitPath(parent, searchQuery.searchWords)) paths.push_back(std::move(folder));
 
-    auto isNew = claimForFiltering(paths);
+    std::vector<std::int64_t> keys;
+    keys.reserve(paths.size());
+    for (const auto& path : paths) keys.push_back(crc64(path));
+    auto isNew = claimForFiltering(keys);
     std::vector<SearchResult> passing;
     for (std::size_t i = 0; i < paths.size() && !shouldStop(); ++i) {
         if (!isNew[i]) continue;
         // Most enclosing folders were judged before, so a folder's attributes
         // are read only once it is known to be new.
         SearchResult candidate = i == 0 ? result : enclosingFolderResult(paths[i], result);
-        if (judgeClaimed(candidate, commands)) passing.push_back(std::move(candidate));
+        if (judgeClaimed(candidate, keys[i], commands)) passing.push_back(std::move(candidate));
     }
     return passing;
 }
 
-// Enters the paths into filtering, in order, under one lock; answers for each
-// whether it is new. A path that entered before is not judged again: the
-// first source to supply it decides.
-std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::string>& paths) {
-    std::vector<std::int64_t> keys;
-    keys.reserve(paths.size());
-    for (const auto& path : paths) keys.push_back(crc64(path));
+// Enters the paths (by key) into filtering, in order, under one lock; answers
+// for each whether it is new. A path that entered before is not judged again:
+// the first source to supply it decides.
+std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::int64_t>& keys) {
     return alreadyFiltered.access([&](auto& seen) {
         std::vector<bool> isNew;
         isNew.reserve(keys.size());
@@ -370,7 +370,7 @@ std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::string
     });
 }
 
-bool SearchManager::judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands) {
+bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, const std::vector<CommandPtr>& commands) {
     const std::string& path = candidate.url.path();
     if (!candidate.ignoreSearchLocation) {
         if (!showsHiddenItems && (fsUtilities.isInsideOSDirectory(path) || fsUtilities.isInvisibleOrInsidePackage(path))) {
@@ -382,7 +382,6 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, const std::vector<Comm
     if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand("ContentSearchCommand") != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
-    const std::int64_t key = crc64(path);
     return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key).second; });
 }
 

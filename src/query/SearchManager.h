@@ -126,8 +126,8 @@ private:
                        Survivors& survivors);
     void deliver(Survivors survivors);
     std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
-    std::vector<bool> claimForFiltering(const std::vector<std::string>& paths);
-    bool judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands);
+    std::vector<bool> claimForFiltering(const std::vector<std::int64_t>& keys);
+    bool judgeClaimed(SearchResult& candidate, std::int64_t key, const std::vector<CommandPtr>& commands);
     bool passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                              const std::vector<CommandPtr>& commands);
     bool passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -34,6 +36,32 @@ TEST(Locked, GenericLambdasReachTheMutableValue) {
     const auto& readOnly = values;
     EXPECT_EQ(readOnly.access([](const auto& list) { return list.size(); }), 1u);
     EXPECT_EQ(values.value(), std::vector<int>{7});
+}
+
+}  // namespace
+}  // namespace quester
+
+namespace quester {
+namespace {
+
+// A waiter parked on a held lock must wake when another thread, not the holder,
+// releases it: the flag helpers hand a lock across threads this way.
+TEST(Lock, ReleaseFromAnotherThreadWakesAWaiter) {
+    Lock lock;
+    lock.lock();
+    std::atomic<bool> acquired{false};
+    std::thread waiter([&] {
+        lock.lock();
+        acquired = true;
+        lock.unlock();
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // let the waiter park in the kernel
+    std::thread releaser([&]() NO_THREAD_SAFETY_ANALYSIS { lock.unlock(); });
+    releaser.join();
+    waiter.join();
+    EXPECT_TRUE(acquired);
+    EXPECT_TRUE(lock.tryLock());
+    lock.unlock();
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include <atomic>
 #include <cstdio>
@@ -20,13 +19,9 @@
 #include "language/LanguageParse.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
-#include "query/SearchManager.h"
-#include "query/SearchManagerDelegate.h"
-#include "query/SearchResult.h"
-#include "sources/FileSystemSearch.h"
-#include "support/Locked.h"
-#include "support/MainLoop.h"
 #include "support/Result.h"
+
+#include "SessionSearch.h"
 
 namespace quester::cli {
 namespace {
@@ -39,8 +34,11 @@ struct SearchOptions {
     std::vector<std::string> locations;
     bool hidden = false;
     long limit = 0;
-    std::string format = "paths";
+    std::string format;  // empty: a table on a terminal, else paths
     bool nulSeparated = false;
+    std::string sortColumn = "name";
+    bool reverse = false;
+    std::optional<std::string> exportPath;
 };
 
 void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
@@ -75,94 +73,6 @@ std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
     }
     return std::nullopt;
 }
-
-// Shows "N folders, M results" on standard error while the search runs, when
-// standard error is a terminal; clears the line before results are printed.
-class TerminalProgress {
-public:
-    TerminalProgress() : enabled(::isatty(STDERR_FILENO) == 1) {}
-
-    void show(const SearchManagerProgress& progress) {
-        if (!enabled) return;
-        std::fprintf(stderr, "\r\033[K%lld folders, %lld results", static_cast<long long>(progress.numberOfDirectoriesSearched),
-                     static_cast<long long>(progress.numberOfResultsReturned));
-        std::fflush(stderr);
-        shown = true;
-    }
-    void clear() {
-        if (!shown) return;
-        std::fputs("\r\033[K", stderr);
-        std::fflush(stderr);
-        shown = false;
-    }
-
-private:
-    const bool enabled;
-    bool shown = false;
-};
-
-// Prints what the manager finds as it comes, and ends the main loop when the
-// search is over. Runs on the main loop's thread.
-class CommandLineDelegate final : public SearchManagerDelegate {
-public:
-    CommandLineDelegate(const SearchOptions& options, MainLoop& loop) : options(options), loop(loop) {}
-
-    void setManager(std::weak_ptr<SearchManager> searchManager) { manager = std::move(searchManager); }
-    bool wasQueryInvalid() const { return invalidQuery; }
-
-    void searchManagerIsBeginingSearches(const QueryContainer&) override {}
-
-    void searchManagerFoundItems(const std::vector<SearchResult>& items, const QueryContainer&) override {
-        for (const auto& item : items) {
-            if (limitReached()) return;
-            progress.clear();
-            print(item);
-            ++printed;
-            if (limitReached()) stopSearch();
-        }
-    }
-
-    void searchManagerHasFinishedAllSearches(const QueryContainer&) override {
-        progress.clear();
-        std::fflush(stdout);
-        loop.stop();
-    }
-
-    void searchManagerProgress(const SearchManagerProgress& counters) override { progress.show(counters); }
-    void searchingInsideFile(const std::string&, bool, float) override {}
-
-    void searchInvalidQuery() override {
-        invalidQuery = true;
-        stopSearch();
-    }
-
-private:
-    bool limitReached() const { return options.limit > 0 && printed >= options.limit; }
-
-    void stopSearch() {
-        if (auto running = manager.lock()) running->stop();
-    }
-
-    void print(const SearchResult& item) {
-        if (options.format == "json") {
-            auto object = item.toJSONObject();
-            object["path"] = item.url.path();
-            std::string line = object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-            std::fprintf(stdout, "%s\n", line.c_str());
-            return;
-        }
-        const std::string& path = item.url.path();
-        std::fwrite(path.data(), 1, path.size(), stdout);
-        std::fputc(options.nulSeparated ? '\0' : '\n', stdout);
-    }
-
-    const SearchOptions& options;
-    MainLoop& loop;
-    std::weak_ptr<SearchManager> manager;
-    TerminalProgress progress;
-    long printed = 0;
-    bool invalidQuery = false;
-};
 
 // Turns Ctrl-C and SIGTERM into a clean stop: the signals are blocked in every
 // thread (made after this object) and one thread waits for them and calls
@@ -207,35 +117,31 @@ int runSearch(const SearchOptions& options) {
         complain(folders.error().message);
         return kUnusable;
     }
+    SessionSearchOptions sorted;
+    sorted.query = options.query;
+    sorted.folders = std::move(folders).value();
+    sorted.hidden = options.hidden;
+    sorted.limit = options.limit;
+    sorted.format = options.format;
+    sorted.nulSeparated = options.nulSeparated;
+    sorted.sortColumn = options.sortColumn;
+    sorted.reverse = options.reverse;
+    sorted.exportPath = options.exportPath;
+    if (auto problem = SessionSearch::prepare(sorted)) {
+        complain(*problem);
+        return kUnusable;
+    }
     LanguageParse parser(standardCommandFactories());
-    QueryContainer query(options.query, parser, SearchLocation::fromURLs(*folders));
+    QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders));
     if (auto reason = unusableQueryReason(query)) {
         complain(*reason);
         return kUnusable;
     }
 
-    MainLoop& loop = MainLoop::shared();
-    auto delegate = std::make_shared<CommandLineDelegate>(options, loop);
-    Locked<std::weak_ptr<SearchManager>> running;
-    InterruptWatcher interrupts([&running] {
-        if (auto manager = running.value().lock()) manager->stop();
-    });
-
-    SearchManager::Environment environment;
-    environment.fileSystemSearchDataSources = {std::make_shared<FileSystemSearch>()};
-    environment.mainLoop = &loop;
-    auto manager = SearchManager::create(std::move(query), options.hidden, delegate, std::move(environment));
-    running.setValue(manager);
-    delegate->setManager(manager);
-    manager->search();
-    loop.run();
-
-    if (interrupts.wasInterrupted()) return kInterrupted;
-    if (delegate->wasQueryInvalid()) {
-        complain("a search source found the query unusable");
-        return kUnusable;
-    }
-    return 0;
+    SessionSearch search(std::move(sorted));
+    InterruptWatcher interrupts([&search] { search.interrupt(); });
+    const int status = search.run();
+    return interrupts.wasInterrupted() ? kInterrupted : status;
 }
 
 }  // namespace
@@ -243,21 +149,27 @@ int runSearch(const SearchOptions& options) {
 void addSearchCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<SearchOptions>();
     CLI::App* search = app.add_subcommand("search", "Search names (and criteria after a colon) and print what is found");
-    search->add_option("query", options->query, "The query, as in 'budget .xlsx : modified today'")->required();
+    search->add_option("query", options->query,
+                       "The query, as in 'budget .xlsx : modified today', or a quester: URL "
+                       "('quester:?q=budget&location=home')")
+        ->required();
     search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)");
     search->add_flag("--hidden", options->hidden, "Include hidden, system and in-package items");
-    search->add_option("--limit", options->limit, "Stop after this many results")->check(CLI::PositiveNumber);
-    search->add_option("--format", options->format, "Output: paths (one a line) or json (JSON Lines)")
-        ->check(CLI::IsMember({"paths", "json"}));
+    search->add_option("--limit", options->limit, "Print the first this many of the sorted results")
+        ->check(CLI::PositiveNumber);
+    search->add_option("--format", options->format,
+                       "Output: table (the default on a terminal), paths (one a line), json (JSON Lines), csv or tsv")
+        ->check(CLI::IsMember({"table", "paths", "json", "csv", "tsv"}));
     search->add_flag("-0,--null", options->nulSeparated, "Separate paths with NUL instead of newline");
-    search->callback([options, &exitStatus] {
-        if (options->nulSeparated && options->format != "paths") {
-            complain("-0 prints paths; it can't be combined with --format json");
-            exitStatus = kUnusable;
-            return;
-        }
-        exitStatus = runSearch(*options);
-    });
+    search->add_option("--sort", options->sortColumn,
+                       "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
+                       "image (as found)")
+        ->check(CLI::IsMember({"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside",
+                               "tags", "path", "rank"}));
+    search->add_flag("--reverse", options->reverse, "Sort in descending order");
+    search->add_option("--export", options->exportPath,
+                       "Write the sorted results to a .csv file or a tab-delimited .tsv or .txt file");
+    search->callback([options, &exitStatus] { exitStatus = runSearch(*options); });
 }
 
 }  // namespace quester::cli

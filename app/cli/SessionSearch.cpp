@@ -1,0 +1,220 @@
+#include "SessionSearch.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "commands/StandardCommandFactories.h"
+#include "language/LanguageParse.h"
+#include "platform/PathText.h"
+#include "query/QueryContainer.h"
+#include "query/SearchLocation.h"
+#include "results/Column.h"
+#include "results/QuesterURL.h"
+#include "results/ResultDateText.h"
+#include "results/ResultsExporter.h"
+#include "results/ResultsTable.h"
+#include "results/SearchSession.h"
+#include "sources/FileSystemSearch.h"
+#include "stores/Preferences.h"
+
+namespace quester::cli {
+
+namespace {
+
+constexpr int kUnusable = 1;
+
+void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
+
+std::size_t terminalWidth() {
+    winsize size{};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    if (const char* columns = std::getenv("COLUMNS")) {
+        const long value = std::strtol(columns, nullptr, 10);
+        if (value > 0) return static_cast<std::size_t>(value);
+    }
+    return 80;
+}
+
+std::optional<ResultsExporter::Format> exportFormatFor(const std::string& path) {
+    const std::string extension = pathExtension(path);
+    if (extension == "csv") return ResultsExporter::Format::csv;
+    if (extension == "tsv" || extension == "txt") return ResultsExporter::Format::text;
+    return std::nullopt;
+}
+
+// The user's ordering preferences, in a store of this run only: a search
+// from the command line changes no setting.
+void copyOrderingPreferences(Preferences& into) {
+    const Preferences& user = Preferences::shared();
+    for (const char* key : {"moveFoldersToTop", "moveItemsStartingWithQueryToTop"}) {
+        (void)into.setValue(key, user.boolValue(key));
+    }
+}
+
+// "N folders, M results" on standard error while searching, on a terminal only.
+class ProgressLine final : public SearchSessionObserver {
+public:
+    explicit ProgressLine(std::function<void()> onEnd) : onEnd(std::move(onEnd)) {}
+
+    void showProgress(const SearchManagerProgress& progress) override {
+        if (!enabled) return;
+        std::fprintf(stderr, "\r\033[K%lld folders, %lld results",
+                     static_cast<long long>(progress.numberOfDirectoriesSearched),
+                     static_cast<long long>(progress.numberOfResultsReturned));
+        std::fflush(stderr);
+        shown = true;
+    }
+    void invalidQuery(int) override { invalid = true; }
+    void searchEnded(bool) override {
+        if (shown) std::fputs("\r\033[K", stderr);
+        shown = false;
+        onEnd();
+    }
+    bool wasQueryInvalid() const { return invalid; }
+
+private:
+    const bool enabled = ::isatty(STDERR_FILENO) == 1;
+    bool shown = false;
+    bool invalid = false;
+    std::function<void()> onEnd;
+};
+
+void printJSONLines(const UINode::NodeList& rows) {
+    for (const auto& row : rows) {
+        const auto result = row->searchResult();
+        if (!result) continue;
+        auto object = result->toJSONObject();
+        object["path"] = result->url.path();
+        const std::string line = object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+        std::fprintf(stdout, "%s\n", line.c_str());
+    }
+}
+
+void printPaths(const UINode::NodeList& rows, char separator) {
+    for (const auto& row : rows) {
+        const std::string& path = row->fileURL.path();
+        std::fwrite(path.data(), 1, path.size(), stdout);
+        std::fputc(separator, stdout);
+    }
+}
+
+}  // namespace
+
+struct SessionSearch::State {
+    SessionSearchOptions options;
+    MainLoop& loop = MainLoop::shared();
+    MainLoopTimerScheduler scheduler{loop};
+    Preferences preferences{""};
+    LanguageParse parser{standardCommandFactories()};
+    std::shared_ptr<ProgressLine> progress;
+    std::shared_ptr<SearchSession> session;
+};
+
+SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_unique<State>()) {
+    state->options = std::move(options);
+    copyOrderingPreferences(state->preferences);
+    (void)state->preferences.setValue("searchInsideSystemAndApps", state->options.hidden);
+    (void)state->preferences.setValue("sizeIsVisible", false);
+    SearchSession::Environment environment;
+    environment.parser = &state->parser;
+    environment.location = [folders = state->options.folders](const std::optional<std::string>&) {
+        return std::optional<SearchLocation>(SearchLocation::fromURLs(folders));
+    };
+    environment.managerEnvironment = [loop = &state->loop] {
+        SearchManager::Environment managerEnvironment;
+        managerEnvironment.fileSystemSearchDataSources = {std::make_shared<FileSystemSearch>()};
+        managerEnvironment.mainLoop = loop;
+        return managerEnvironment;
+    };
+    environment.mainLoop = &state->loop;
+    environment.scheduler = &state->scheduler;
+    environment.preferences = &state->preferences;
+    state->session = SearchSession::create(std::move(environment));
+    State* current = state.get();
+    state->progress = std::make_shared<ProgressLine>([current] {
+        current->session->uiNodeModel()->afterPendingWork([current] { current->loop.stop(); });
+    });
+    state->session->setObserver(state->progress);
+}
+
+SessionSearch::~SessionSearch() = default;
+
+std::optional<std::string> SessionSearch::prepare(SessionSearchOptions& options) {
+    if (const auto url = QuesterURL::parse(options.query)) {
+        if (!url->q) return "the quester: URL has no q item with the query";
+        options.query = *url->q;
+        if (url->location) {
+            const auto preset = searchLocationURLSetFromName(*url->location);
+            if (!preset) return "unknown location '" + *url->location + "' in the quester: URL";
+            options.folders = SearchLocation::preset(*preset, url->location).locationURLs();
+        }
+    }
+    if (!columnFromIdentifier(options.sortColumn)) return "unknown sort column '" + options.sortColumn + "'";
+    if (options.exportPath && !exportFormatFor(*options.exportPath)) {
+        return "--export writes .csv, .tsv or .txt files, not '" + *options.exportPath + "'";
+    }
+    if (options.nulSeparated && !options.format.empty() && options.format != "paths") {
+        return "-0 prints paths; it can't be combined with --format " + options.format;
+    }
+    return std::nullopt;
+}
+
+int SessionSearch::run() {
+    const SessionSearchOptions& options = state->options;
+    const auto model = state->session->uiNodeModel();
+    model->setCurrentColumn(*columnFromIdentifier(options.sortColumn));
+    model->setCurrentColumnReversed(options.reverse);
+    state->session->controlTextDidChange(options.query);
+    state->session->doSearch();
+    if (!state->session->currentSearchManager()) {
+        complain("the query has nothing to search for: put a word before the colon");
+        return kUnusable;
+    }
+    state->loop.run();
+    if (state->progress->wasQueryInvalid()) {
+        complain("a search source found the query unusable");
+        return kUnusable;
+    }
+
+    UINode::NodeList rows = model->displayItems();
+    if (options.limit > 0 && rows.size() > static_cast<std::size_t>(options.limit)) {
+        rows.resize(static_cast<std::size_t>(options.limit));
+    }
+    const ResultDateText dates;
+    if (options.exportPath) {
+        const Status written = ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows,
+                                                              *options.exportPath, dates);
+        if (!written) {
+            complain(written.error().message);
+            return kUnusable;
+        }
+        if (options.format.empty()) return 0;
+    }
+    std::string format = options.format;
+    if (format.empty()) format = (::isatty(STDOUT_FILENO) == 1 && !options.nulSeparated) ? "table" : "paths";
+    if (format == "table") {
+        std::fputs(ResultsTable::render(rows, terminalWidth(), dates).c_str(), stdout);
+    } else if (format == "json") {
+        printJSONLines(rows);
+    } else if (format == "csv" || format == "tsv") {
+        const auto exportFormat = format == "csv" ? ResultsExporter::Format::csv : ResultsExporter::Format::text;
+        std::fputs(ResultsExporter::exportedText(exportFormat, rows, dates).c_str(), stdout);
+    } else {
+        printPaths(rows, options.nulSeparated ? '\0' : '\n');
+    }
+    std::fflush(stdout);
+    return 0;
+}
+
+void SessionSearch::interrupt() {
+    state->loop.post([current = state.get()] {
+        if (const auto& manager = current->session->currentSearchManager()) manager->stop();
+    });
+}
+
+}  // namespace quester::cli

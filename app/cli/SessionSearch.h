@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Url.h"
+
+namespace quester::cli {
+
+// What `quester search` asks of one sorted search.
+struct SessionSearchOptions {
+    std::string query;  // or a "quester:" URL
+    std::vector<Url> folders;
+    bool hidden = false;
+    long limit = 0;                 // 0: every result
+    std::string format;             // table, paths, json, csv or tsv; empty: table on a terminal, else paths
+    bool nulSeparated = false;      // paths apart by NUL
+    std::string sortColumn = "name";
+    bool reverse = false;
+    std::optional<std::string> exportPath;  // .csv, .tsv or .txt
+};
+
+// Runs one query through a search session and its results model, as a query
+// window would, and prints the sorted list when the search has ended: as a
+// table fitted to the terminal, as paths, JSON Lines, CSV or tab-delimited
+// text, or into an export file. Progress goes to standard error on a terminal.
+class SessionSearch {
+public:
+    explicit SessionSearch(SessionSearchOptions options);
+    ~SessionSearch();
+    SessionSearch(const SessionSearch&) = delete;
+    SessionSearch& operator=(const SessionSearch&) = delete;
+
+    // Reads a "quester:" URL given as the query ("quester:?q=budget&location=home")
+    // into the query text and the preset location's folders, and checks the
+    // options. The message says what is wrong.
+    static std::optional<std::string> prepare(SessionSearchOptions& options);
+
+    // Runs the main loop until the list is ready and prints it. 0 after a
+    // search, 1 for an unusable query or an export that failed.
+    int run();
+    // Stops the search; what was found so far is still printed. Any thread.
+    void interrupt();
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+}  // namespace quester::cli

@@ -20,10 +20,8 @@ class ActivityItem;
 // the cache build and the deletion worker.
 class ActivityItemCancelProtocol {
 public:
+    virtual ~ActivityItemCancelProtocol() = default;
     virtual void cancel(ActivityItem& item) = 0;
-
-protected:
-    ~ActivityItemCancelProtocol() = default;
 };
 
 // One long operation as the user sees it in the activity list: a title, how

@@ -1,44 +1,17 @@
 #include "stores/QueryStatisticsController.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 
 #include "support/AppDirectories.h"
+#include "support/AtomicFile.h"
 #include "support/LogFunc.h"
 #include "support/Uuid.h"
 
 namespace quester {
 
 namespace {
-
-Error systemFailure(const std::string& what) {
-    return makeError(ErrorCode::ioError, what + ": " + std::strerror(errno));
-}
-
-// A reader sees the old file or the new one whole: the bytes go to a
-// temporary file beside it, reach the disk, and are renamed over it.
-Status writeAtomically(const std::string& path, const std::string& bytes) {
-    std::string temporary = path + ".XXXXXX";
-    const int fd = mkostemp(temporary.data(), O_CLOEXEC);
-    if (fd < 0) return systemFailure("cannot make a temporary file beside " + path);
-    Status status;
-    for (std::size_t done = 0; status && done < bytes.size();) {
-        const ssize_t count = ::write(fd, bytes.data() + done, bytes.size() - done);
-        if (count >= 0) done += static_cast<std::size_t>(count);
-        else if (errno != EINTR) status = systemFailure("cannot write " + temporary);
-    }
-    if (status && ::fsync(fd) != 0) status = systemFailure("cannot flush " + temporary);
-    ::close(fd);
-    if (status && ::rename(temporary.c_str(), path.c_str()) != 0) status = systemFailure("cannot replace " + path);
-    if (!status) ::unlink(temporary.c_str());
-    return status;
-}
 
 QueryStatistic::Date wholeSeconds(QueryStatistic::Date date) {
     return std::chrono::floor<std::chrono::seconds>(date);
@@ -84,7 +57,7 @@ Status QueryStatisticsController::save() const {
     if (!filePath.empty()) {
         nlohmann::ordered_json array = nlohmann::ordered_json::array();
         for (const auto& statistic : statistics.value()) array.push_back(statistic.toJSON());
-        status = writeAtomically(filePath, array.dump(2));
+        status = replaceFileAtomically(filePath, array.dump(2));
     }
     if (!status) LOG("Statistics save error: " + status.error().description());
     return status;

@@ -96,7 +96,9 @@ TEST_F(QueryStatisticsTest, clearEmptiesTheFileToo) {
 }
 
 TEST_F(QueryStatisticsTest, saveFailureKeepsTheListInMemory) {
-    QueryStatisticsController nowhere(dir.str() + "/no/such/folder/QueryStatistics.json");
+    // A plain file where the folder should be: no folder can be made there.
+    const auto blocker = dir.write("not-a-folder", "x");
+    QueryStatisticsController nowhere(blocker.string() + "/QueryStatistics.json");
     nowhere.add(march1, "x", 1, 1);
     EXPECT_FALSE(nowhere.save().ok());
     EXPECT_EQ(nowhere.all().size(), 1u);

@@ -11,6 +11,7 @@
 #include "platform/PathText.h"
 #include "results/DisplayText.h"
 #include "results/KindText.h"
+#include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
 
@@ -192,6 +193,17 @@ std::string UINode::displayName() const {
     });
     if (foundCount) name += " (" + std::to_string(*foundCount) + ")";
     return name;
+}
+
+std::string UINode::nameSortKey() const {
+    std::string name = displayName();
+    std::optional<std::string> cached = nameAndSortKey.access([&](const std::pair<std::string, std::string>& entry) {
+        return !entry.second.empty() && entry.first == name ? std::optional<std::string>(entry.second) : std::nullopt;
+    });
+    if (cached) return std::move(*cached);
+    std::string key = LocalizedCollation::standardKey(name);
+    nameAndSortKey.setValue({std::move(name), key});
+    return key;
 }
 
 void UINode::setDynamic(Changable changes) {

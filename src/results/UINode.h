@@ -106,6 +106,9 @@ public:
     // The summary line of a hit, else the file name with " (<found items>)"
     // when the result carries a found-items list.
     std::string displayName() const;
+    // The collation key of `displayName()`. Every sort of a growing list reads
+    // it again, so it is made once and remade only when the name changes.
+    std::string nameSortKey() const;
 
     Changable dynamic() const { return dynamicState.value(); }
     // Main loop only. `isInChanged` is true while the value changes.
@@ -156,6 +159,7 @@ private:
 
     Locked<std::optional<SearchResult>> suppliedSearchResult;
     Locked<Changable> dynamicState;
+    mutable Locked<std::pair<std::string, std::string>> nameAndSortKey;  // display name, its collation key
     std::atomic<bool> inChange{false};
 };
 

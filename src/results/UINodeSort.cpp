@@ -72,7 +72,7 @@ Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules) {
     const UINode::Changable changes = node->dynamic();
     Key key;
     key.node = node;
-    key.name = LocalizedCollation::standardKey(node->displayName());
+    key.name = node->nameSortKey();
     key.sortScore = sortScore(*node, changes.kind, rules);
     key.totalSize = changes.totalSize;
     key.modDate = node->modificationDate;

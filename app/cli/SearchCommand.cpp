@@ -29,16 +29,10 @@ namespace {
 constexpr int kUnusable = 1;
 constexpr int kInterrupted = 130;
 
+// The session's options, with the folders as typed until they are checked.
 struct SearchOptions {
-    std::string query;
+    SessionSearchOptions session;
     std::vector<std::string> locations;
-    bool hidden = false;
-    long limit = 0;
-    std::string format;  // empty: a table on a terminal, else paths
-    bool nulSeparated = false;
-    std::string sortColumn = "name";
-    bool reverse = false;
-    std::optional<std::string> exportPath;
 };
 
 void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
@@ -117,16 +111,8 @@ int runSearch(const SearchOptions& options) {
         complain(folders.error().message);
         return kUnusable;
     }
-    SessionSearchOptions sorted;
-    sorted.query = options.query;
+    SessionSearchOptions sorted = options.session;
     sorted.folders = std::move(folders).value();
-    sorted.hidden = options.hidden;
-    sorted.limit = options.limit;
-    sorted.format = options.format;
-    sorted.nulSeparated = options.nulSeparated;
-    sorted.sortColumn = options.sortColumn;
-    sorted.reverse = options.reverse;
-    sorted.exportPath = options.exportPath;
     if (auto problem = SessionSearch::prepare(sorted)) {
         complain(*problem);
         return kUnusable;
@@ -149,25 +135,25 @@ int runSearch(const SearchOptions& options) {
 void addSearchCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<SearchOptions>();
     CLI::App* search = app.add_subcommand("search", "Search names (and criteria after a colon) and print what is found");
-    search->add_option("query", options->query,
+    search->add_option("query", options->session.query,
                        "The query, as in 'budget .xlsx : modified today', or a quester: URL "
                        "('quester:?q=budget&location=home')")
         ->required();
     search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)");
-    search->add_flag("--hidden", options->hidden, "Include hidden, system and in-package items");
-    search->add_option("--limit", options->limit, "Print the first this many of the sorted results")
+    search->add_flag("--hidden", options->session.hidden, "Include hidden, system and in-package items");
+    search->add_option("--limit", options->session.limit, "Print the first this many of the sorted results")
         ->check(CLI::PositiveNumber);
-    search->add_option("--format", options->format,
+    search->add_option("--format", options->session.format,
                        "Output: table (the default on a terminal), paths (one a line), json (JSON Lines), csv or tsv")
         ->check(CLI::IsMember({"table", "paths", "json", "csv", "tsv"}));
-    search->add_flag("-0,--null", options->nulSeparated, "Separate paths with NUL instead of newline");
-    search->add_option("--sort", options->sortColumn,
+    search->add_flag("-0,--null", options->session.nulSeparated, "Separate paths with NUL instead of newline");
+    search->add_option("--sort", options->session.sortColumn,
                        "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
                        "image (as found)")
         ->check(CLI::IsMember({"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside",
                                "tags", "path", "rank"}));
-    search->add_flag("--reverse", options->reverse, "Sort in descending order");
-    search->add_option("--export", options->exportPath,
+    search->add_flag("--reverse", options->session.reverse, "Sort in descending order");
+    search->add_option("--export", options->session.exportPath,
                        "Write the sorted results to a .csv file or a tab-delimited .tsv or .txt file");
     search->callback([options, &exitStatus] { exitStatus = runSearch(*options); });
 }

@@ -71,12 +71,15 @@ std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
 // Turns Ctrl-C and SIGTERM into a clean stop: the signals are blocked in every
 // thread (made after this object) and one thread waits for them and calls
 // `onInterrupt` there. A second signal ends the process at once.
+// The signals stay blocked after the watcher has gone: unblocking them would
+// let one that comes while the command is finishing kill the process by the
+// default action instead of letting it exit with its own status.
 class InterruptWatcher {
 public:
     explicit InterruptWatcher(std::function<void()> onInterrupt) {
         sigemptyset(&signals);
         for (int signal : {SIGINT, SIGTERM, SIGUSR1}) sigaddset(&signals, signal);
-        pthread_sigmask(SIG_BLOCK, &signals, &previousMask);
+        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
         watcher = std::thread([this, onInterrupt = std::move(onInterrupt)] {
             for (;;) {
                 int signal = 0;
@@ -90,7 +93,6 @@ public:
     ~InterruptWatcher() {
         pthread_kill(watcher.native_handle(), SIGUSR1);
         watcher.join();
-        pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
     }
 
     InterruptWatcher(const InterruptWatcher&) = delete;
@@ -100,7 +102,6 @@ public:
 
 private:
     sigset_t signals{};
-    sigset_t previousMask{};
     std::atomic<bool> interrupted{false};
     std::thread watcher;
 };

@@ -120,35 +120,67 @@ TEST_F(SearchCommandTest, UnusableQueriesAndLocationsExitWithOneAndSayWhy) {
     EXPECT_TRUE(nothing.out.empty());
 }
 
-TEST_F(SearchCommandTest, InterruptStopsTheSearchCleanly) {
-    testing::TempDir big;
-    for (int d = 0; d < 300; ++d) {
-        for (int f = 0; f < 10; ++f) big.write("d" + std::to_string(d % 11) + "/sub" + std::to_string(d) + "/item" + std::to_string(f));
+// Whether `pid` has blocked SIGINT, which the command does just before its search starts.
+bool blocksInterrupts(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.rfind("SigBlk:", 0) == 0) return (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1)) & 1;
     }
+    return false;
+}
+
+// Starts `quester search item --in folder` with standard output on a pipe; returns the pid and the read end.
+std::pair<pid_t, int> startSearch(const std::string& folder) {
     int output[2];
-    ASSERT_EQ(::pipe(output), 0);
+    if (::pipe(output) != 0) return {-1, -1};
     pid_t child = ::fork();
-    ASSERT_GE(child, 0);
     if (child == 0) {
         ::dup2(output[1], STDOUT_FILENO);
         ::close(output[0]);
-        ::execl(QUESTER_BINARY, QUESTER_BINARY, "search", "item", "--in", big.str().c_str(), nullptr);
+        ::execl(QUESTER_BINARY, QUESTER_BINARY, "search", "item", "--in", folder.c_str(), "--format", "paths",
+                nullptr);
         ::_exit(127);
     }
     ::close(output[1]);
-    // The first result shows the search is under way; the rest is read to the
-    // end so that the command never waits on a full pipe.
+    return {child, output[0]};
+}
+
+// Reads `fd` to its end, so that the command never waits on a full pipe, and waits for `child`.
+int drainAndWait(pid_t child, int fd) {
     std::array<char, 4096> buffer;
-    ASSERT_GT(::read(output[0], buffer.data(), buffer.size()), 0);
-    ::kill(child, SIGINT);
-    while (::read(output[0], buffer.data(), buffer.size()) > 0) {
+    while (::read(fd, buffer.data(), buffer.size()) > 0) {
     }
-    ::close(output[0]);
+    ::close(fd);
     int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status)) << "ended by a signal, not by its own exit";
-    // Interrupted (130), or finished just before the signal came (0).
-    EXPECT_TRUE(WEXITSTATUS(status) == 130 || WEXITSTATUS(status) == 0) << WEXITSTATUS(status);
+    return ::waitpid(child, &status, 0) == child ? status : -1;
+}
+
+TEST_F(SearchCommandTest, InterruptStopsTheSearchCleanly) {
+    testing::TempDir big;
+    for (int d = 0; d < 600; ++d) {
+        for (int f = 0; f < 10; ++f) big.write("d" + std::to_string(d % 11) + "/sub" + std::to_string(d) + "/item" + std::to_string(f));
+    }
+    // Once while the walk runs, and once as the sorted list is being printed:
+    // either way the command ends by its own exit, never by the signal.
+    for (bool afterFirstOutput : {false, true}) {
+        auto [child, output] = startSearch(big.str());
+        ASSERT_GE(child, 0);
+        if (afterFirstOutput) {
+            char first = 0;
+            ASSERT_EQ(::read(output, &first, 1), 1);
+        } else {
+            auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+            while (!blocksInterrupts(child) && std::chrono::steady_clock::now() < giveUp) {
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+            }
+        }
+        ::kill(child, SIGINT);
+        int status = drainAndWait(child, output);
+        ASSERT_TRUE(WIFEXITED(status)) << "ended by a signal, not by its own exit";
+        // Interrupted (130), or finished just before the signal came (0).
+        EXPECT_TRUE(WEXITSTATUS(status) == 130 || WEXITSTATUS(status) == 0) << WEXITSTATUS(status);
+    }
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 namespace quester {
 
 // Items with (or, negated, without) a tag whose name holds a text: "tag red".
-// Reading tags belongs to the attribute layer; until it is wired in the command
-// gives no verdict.
+// The tags are matched as one lower-case text joined by blanks, so "red"
+// matches "Dark Red", and a text may span two neighbouring tags.
 class LabelCommand final : public CommandBase<LabelCommand> {
 public:
     // "label" or "labelExcluding"; args[0] is a word whose lower-case text is the tag.
@@ -16,9 +16,8 @@ public:
 
     std::string commandToString() const override { return (notTag ? "not tag " : "tag ") + quotedIfNeeded(labelName); }
     std::string commandExample() const override { return (notTag ? "not tag **" : "tag **") + labelName + "**"; }
-    CommandApplyResult commandImpApply(SearchResult&, SearchDataSourceDelegate*, const QueryContainer&) override {
-        return CommandApplyResult::skip;
-    }
+    CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
+                                       const QueryContainer& forQuery) override;
     bool commandSupportsBooleanCombination() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::FileTags; }
     bool sameParameters(const LabelCommand& other) const {

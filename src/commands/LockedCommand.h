@@ -4,8 +4,8 @@
 
 namespace quester {
 
-// "locked" or "not locked". Reading the immutable flag belongs to the attribute
-// layer; until it is wired in the command gives no verdict.
+// "locked" or "not locked": the item's immutable flag, or no write permission
+// for anyone; what can't be read counts as not locked.
 class LockedCommand final : public CommandBase<LockedCommand> {
 public:
     // "locked" or "lockedExcluding".
@@ -15,9 +15,8 @@ public:
 
     std::string commandToString() const override { return inverted ? "not locked" : "locked"; }
     std::string commandExample() const override { return inverted ? "**not locked**" : "**locked**"; }
-    CommandApplyResult commandImpApply(SearchResult&, SearchDataSourceDelegate*, const QueryContainer&) override {
-        return CommandApplyResult::skip;
-    }
+    CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
+                                       const QueryContainer& forQuery) override;
     bool commandSupportsBooleanCombination() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::Locked; }
     bool sameParameters(const LockedCommand& other) const { return inverted == other.inverted; }

@@ -2,12 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 #include <algorithm>
 #include <filesystem>
 
 #include "platform/FSUtilities.h"
+#include "platform/ItemAttributes.h"
 #include "platform/PathText.h"
 #include "results/DisplayText.h"
 #include "results/KindText.h"
@@ -51,17 +51,6 @@ bool itemExists(const std::string& path) {
 bool isSymbolicLink(const std::string& path) {
     std::error_code error;
     return std::filesystem::is_symlink(path, error);
-}
-
-// The freedesktop tags of a file: "user.xdg.tags", names between commas.
-std::vector<std::string> readTagNames(const std::string& path) {
-    const ssize_t length = getxattr(path.c_str(), "user.xdg.tags", nullptr, 0);
-    if (length <= 0) return {};
-    std::string value(static_cast<std::size_t>(length), '\0');
-    const ssize_t read = getxattr(path.c_str(), "user.xdg.tags", value.data(), value.size());
-    if (read <= 0) return {};
-    value.resize(static_cast<std::size_t>(read));
-    return splitNonEmpty(value, ',');
 }
 
 UINode::Kind kindForDirectory(const std::string& path) {
@@ -263,7 +252,7 @@ UINode::VisibleCheckResult UINode::visibleOnScreenChecksModern(VisualState hint,
             if (disk.isReachable() && !itemExists(path)) changes.displayStrikeThroughText = true;
         }
         if (!changes.hasLoadedTagNames && preferences.boolValue("tagsIsVisible")) {
-            changes.tagNames = readTagNames(path);
+            changes.tagNames = ItemAttributes::tagNames(path);
             changes.hasLoadedTagNames = true;
         }
         if (isSymbolicLink(path)) {

@@ -1,0 +1,52 @@
+#include "platform/ItemAttributes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include "platform/PathText.h"
+
+namespace quester {
+
+namespace {
+
+constexpr const char* kTagsAttribute = "user.xdg.tags";
+
+std::string trimmed(const std::string& text) {
+    const auto first = text.find_first_not_of(" \t");
+    if (first == std::string::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+}  // namespace
+
+std::vector<std::string> ItemAttributes::tagNames(const std::string& path) {
+    // The value may change between the two calls; a second size check keeps a
+    // grown value from being cut.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const ssize_t length = getxattr(path.c_str(), kTagsAttribute, nullptr, 0);
+        if (length <= 0) return {};
+        std::string value(static_cast<std::size_t>(length), '\0');
+        const ssize_t read = getxattr(path.c_str(), kTagsAttribute, value.data(), value.size());
+        if (read < 0 && errno == ERANGE) continue;
+        if (read <= 0) return {};
+        value.resize(static_cast<std::size_t>(read));
+        std::vector<std::string> names;
+        for (const auto& part : splitNonEmpty(value, ',')) {
+            if (auto name = trimmed(part); !name.empty()) names.push_back(std::move(name));
+        }
+        return names;
+    }
+    return {};
+}
+
+bool ItemAttributes::isUserImmutable(const std::string& path) {
+    struct statx info {};
+    if (statx(AT_FDCWD, path.c_str(), 0, STATX_MODE, &info) != 0) return false;
+    const bool immutable = (info.stx_attributes_mask & STATX_ATTR_IMMUTABLE) &&
+                           (info.stx_attributes & STATX_ATTR_IMMUTABLE);
+    const bool writableBySomeone = info.stx_mode & (S_IWUSR | S_IWGRP | S_IWOTH);
+    return immutable || !writableBySomeone;
+}
+
+}  // namespace quester

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+#include "support/Clock.h"
+
 namespace quester {
 
 namespace {
@@ -59,7 +61,7 @@ std::string withFullYear(const std::string& pattern) {
 
 namespace DateCalendar {
 
-Date now() { return std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::system_clock::now()); }
+Date now() { return std::chrono::time_point_cast<std::chrono::seconds>(calendarClock().now()); }
 
 Date startOfDay(Date date) {
     auto calendar = calendarAt(date);

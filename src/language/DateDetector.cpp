@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 
+#include "support/Clock.h"
+
 namespace quester {
 
 namespace {
@@ -41,6 +43,9 @@ std::optional<Date> localMidnight(int year, int month, int day) {
 int currentYear() {
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(status));
+    if (U_FAILURE(status)) return 2000;
+    calendar->setTime(std::chrono::duration<double, std::milli>(calendarClock().now().time_since_epoch()).count(),
+                      status);
     return U_SUCCESS(status) ? calendar->get(UCAL_YEAR, status) : 2000;
 }
 

@@ -24,6 +24,13 @@ public:
     TimePoint now() const override { return std::chrono::system_clock::now(); }
 };
 
+// The clock that date phrases are worked out from ("today", "last week", a
+// date written without its year): the wall clock, unless a test puts a fixed
+// clock in its place to pin those phrases. `setCalendarClock(nullptr)` puts
+// the wall clock back; the clock set must outlive its use.
+const Clock& calendarClock();
+void setCalendarClock(const Clock* clock);
+
 // A clock that stands still until moved; it may be moved backwards too.
 class ManualClock final : public Clock {
 public:

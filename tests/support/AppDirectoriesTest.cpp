@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <string>
 
-#include "EnvironmentVariable.h"
 #include "support/AppDirectories.h"
+#include "testing/EnvironmentVariable.h"
 #include "testing/TempDir.h"
 
 namespace quester {

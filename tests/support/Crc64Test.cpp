@@ -21,14 +21,10 @@ std::uint64_t slowCrc64(const std::string& text) {
     return crc;
 }
 
-TEST(Crc64, PublishedCheckValueAndEmptyText) {
+TEST(Crc64, PublishedCheckValueEmptyTextAndTopBitSet) {
     EXPECT_EQ(static_cast<std::uint64_t>(crc64("123456789")), 0x6C40DF5F0B497347ULL);
     EXPECT_EQ(crc64(""), 0);
-}
-
-TEST(Crc64, ValuesWithTheTopBitSetComeBackNegative) {
-    // The CRC of "b" (0x939E303D987B47D7) has its top bit set; the value is
-    // handed out as a signed integer, not truncated or clamped.
+    // The value is handed out as a signed integer, not truncated or clamped.
     std::int64_t value = crc64("b");
     EXPECT_EQ(static_cast<std::uint64_t>(value), 0x939E303D987B47D7ULL);
     EXPECT_LT(value, 0);
@@ -39,11 +35,6 @@ TEST(Crc64, AgreesWithTheBitwiseDefinitionOnPathsAndUtf8) {
                              std::string("\0\xFF\x80", 3), std::string(1000, 'x')}) {
         EXPECT_EQ(static_cast<std::uint64_t>(crc64(text)), slowCrc64(text)) << text;
     }
-}
-
-TEST(Crc64, PathsThatDifferInOneCharacterDiffer) {
-    EXPECT_NE(crc64("/a/b/report.txt"), crc64("/a/b/report.txT"));
-    EXPECT_NE(crc64("/a/b"), crc64("/a/b/"));
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "EnvironmentVariable.h"
 #include "support/AppDirectories.h"
 #include "support/GuruMeditation.h"
+#include "testing/EnvironmentVariable.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -67,11 +66,9 @@ TEST(GuruMeditation, AlertsAppendReportsToAFileInTheCachesFolder) {
     ASSERT_TRUE(first && second);
     EXPECT_EQ(*first, *second);
     EXPECT_EQ(std::filesystem::path(*first).parent_path(), *AppDirectories::appCachesDirectory());
-    std::ifstream in(*first);
-    std::stringstream contents;
-    contents << in.rdbuf();
-    EXPECT_LT(contents.str().find("first failure"), contents.str().find("second failure"));
-    EXPECT_NE(contents.str().find("File: GuruMeditationTest  Line: "), std::string::npos);
+    const std::string contents = quester::testing::readFile(*first);
+    EXPECT_LT(contents.find("first failure"), contents.find("second failure"));
+    EXPECT_NE(contents.find("File: GuruMeditationTest  Line: "), std::string::npos);
     EXPECT_NE(printed.find("second failure (ioError)"), std::string::npos);
 }
 

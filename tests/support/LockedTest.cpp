@@ -38,17 +38,13 @@ TEST(Locked, GenericLambdasReachTheMutableValue) {
     EXPECT_EQ(values.value(), std::vector<int>{7});
 }
 
-}  // namespace
-}  // namespace quester
-
-namespace quester {
-namespace {
-
-// A waiter parked on a held lock must wake when another thread, not the holder,
-// releases it: the flag helpers hand a lock across threads this way.
+// A binary semaphore, not a mutex: a waiter parked on a held lock must wake when
+// another thread, not the holder, releases it. The flag helpers hand a lock
+// across threads this way.
 TEST(Lock, ReleaseFromAnotherThreadWakesAWaiter) {
     Lock lock;
     lock.lock();
+    EXPECT_TRUE(lock.isAlreadyAquired());
     std::atomic<bool> acquired{false};
     std::thread waiter([&] {
         lock.lock();
@@ -60,6 +56,7 @@ TEST(Lock, ReleaseFromAnotherThreadWakesAWaiter) {
     releaser.join();
     waiter.join();
     EXPECT_TRUE(acquired);
+    EXPECT_FALSE(lock.isAlreadyAquired());
     EXPECT_TRUE(lock.tryLock());
     lock.unlock();
 }

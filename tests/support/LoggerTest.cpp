@@ -2,7 +2,6 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -19,13 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-
-std::string readFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream contents;
-    contents << in.rdbuf();
-    return contents.str();
-}
+using quester::testing::readFile;
 
 Clock::TimePoint localTime(int year, int month, int day, int hour, int minute, int second) {
     std::tm parts{};

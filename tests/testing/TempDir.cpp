@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace quester::testing {
@@ -29,6 +30,13 @@ std::filesystem::path TempDir::mkdir(std::string_view relative) const {
     auto full = root / relative;
     std::filesystem::create_directories(full);
     return full;
+}
+
+std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream contents;
+    contents << in.rdbuf();
+    return contents.str();
 }
 
 }  // namespace quester::testing

@@ -27,4 +27,7 @@ private:
     std::filesystem::path root;
 };
 
+// The whole contents of a file; empty when it can't be read.
+std::string readFile(const std::filesystem::path& path);
+
 }  // namespace quester::testing

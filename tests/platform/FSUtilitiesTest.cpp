@@ -9,89 +9,87 @@
 
 #include "platform/MountTable.h"
 #include "support/AppDirectories.h"
+#include "testing/EnvironmentVariable.h"
 #include "testing/TempDir.h"
 
 namespace quester {
 namespace {
 
-class MacOSPathRules : public ::testing::Test {
-protected:
-    FSUtilities fs{PlatformProfile::macOS("Macintosh HD", "/Users/alice")};
+struct PathCase {
+    const char* path;
+    bool isOSPath;
 };
 
-TEST_F(MacOSPathRules, SystemApplicationsAreNoSystemPathButTheRestOfSystemIs) {
-    EXPECT_FALSE(fs.isInsideOSDirectory("/System/Applications/Calculator.app"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/System/Library/Fonts/x.ttf"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/System"));
+void expectOSPaths(const FSUtilities& fs, const std::vector<PathCase>& cases) {
+    for (const auto& [path, isOSPath] : cases) EXPECT_EQ(fs.isInsideOSDirectory(path), isOSPath) << path;
 }
 
-TEST_F(MacOSPathRules, DataVolumeSpellingIsStrippedFirst) {
-    EXPECT_FALSE(fs.isInsideOSDirectory("/System/Volumes/Data/Projects/report.txt"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/System/Volumes/Data/usr/local/bin/tool"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/System/Volumes/Data/System/Applications/Mail.app"));
+TEST(MacOSPathRules, SystemFoldersOtherVolumesAndTheHomeLibrary) {
+    expectOSPaths(FSUtilities(PlatformProfile::macOS("Macintosh HD", "/Users/alice")),
+                  {
+                      // System applications are no system path, the rest of /System is.
+                      {"/System/Applications/Calculator.app", false},
+                      {"/System/Library/Fonts/x.ttf", true},
+                      {"/System", true},
+                      // The data volume's spelling is stripped first.
+                      {"/System/Volumes/Data/Projects/report.txt", false},
+                      {"/System/Volumes/Data/usr/local/bin/tool", true},
+                      {"/System/Volumes/Data/System/Applications/Mail.app", false},
+                      // Paths on other volumes are judged from the volume's root.
+                      {"/Volumes/Backup/usr/local/share", true},
+                      {"/Volumes/Backup/Projects/usr", false},
+                      {"/Volumes/Backup", false},
+                      // Prefixes are plain text, and some paths are system paths by themselves.
+                      {"/usrdata/file", true},
+                      {"/Volumes", true},
+                      {"/", true},
+                      {"/User", true},
+                      {"/Users/alice/Documents/a.txt", false},
+                      {"/Applications/Safari.app", false},
+                      // The home Library is a system folder but for its document folders.
+                      {"/Users/alice/Library/Mobile Documents/com~apple~CloudDocs/a.txt", false},
+                      {"/Users/alice/Library/CloudStorage/Drive/b.txt", false},
+                      {"/Users/alice/Library/Caches/com.example/c.db", true},
+                      {"/Users/bob/Library/Caches/x", false},
+                  });
 }
 
-TEST_F(MacOSPathRules, PathsOnOtherVolumesAreTakenFromTheVolumeRoot) {
-    EXPECT_TRUE(fs.isInsideOSDirectory("/Volumes/Backup/usr/local/share"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Volumes/Backup/Projects/usr"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Volumes/Backup"));
-}
-
-TEST_F(MacOSPathRules, PrefixesArePlainTextAndSomePathsAreSystemPathsByThemselves) {
-    EXPECT_TRUE(fs.isInsideOSDirectory("/usrdata/file"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/Volumes"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/User"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/alice/Documents/a.txt"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Applications/Safari.app"));
-}
-
-TEST_F(MacOSPathRules, HomeLibraryIsSystemExceptItsDocumentFolders) {
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/alice/Library/Mobile Documents/com~apple~CloudDocs/a.txt"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/alice/Library/CloudStorage/Drive/b.txt"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/Users/alice/Library/Caches/com.example/c.db"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/Users/bob/Library/Caches/x"));
-}
-
-TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsOnly) {
-    FSUtilities fs(PlatformProfile::linux());
-    EXPECT_TRUE(fs.isInsideOSDirectory("/usr"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/usr/x"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/var/log/syslog"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/lost+found/#123"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/users"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/usrdata/x"));
-    EXPECT_FALSE(fs.isInsideOSDirectory("/binder"));
-}
-
-TEST(LinuxPathRules, PlacesPeopleSearchAreNeverSystemPaths) {
-    FSUtilities fs(PlatformProfile::linux());
-    for (const char* path :
-         {"/", "/home/alice/a.txt", "/root/notes", "/tmp/x", "/srv/www", "/media/alice/USB/a", "/mnt/data"}) {
-        EXPECT_FALSE(fs.isInsideOSDirectory(path)) << path;
-    }
+TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsAndPlacesPeopleSearchAreNeverSystemPaths) {
+    expectOSPaths(FSUtilities(PlatformProfile::linux()),
+                  {
+                      {"/usr", true},
+                      {"/usr/x", true},
+                      {"/var/log/syslog", true},
+                      {"/lost+found/#123", true},
+                      {"/users", false},
+                      {"/usrdata/x", false},
+                      {"/binder", false},
+                      {"/", false},
+                      {"/home/alice/a.txt", false},
+                      {"/root/notes", false},
+                      {"/tmp/x", false},
+                      {"/srv/www", false},
+                      {"/media/alice/USB/a", false},
+                      {"/mnt/data", false},
+                  });
 }
 
 TEST(LinuxPathRules, RealHomeAndApplicationFoldersAreNeverSystemPathsEvenUnderAPrefix) {
-    setenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share:/var/lib/flatpak/exports/share", 1);
-    PlatformProfile profile = PlatformProfile::linux();
-    unsetenv("XDG_DATA_DIRS");
+    PlatformProfile profile = [] {
+        testing::EnvironmentVariable dataDirs("XDG_DATA_DIRS",
+                                              "/usr/local/share:/usr/share:/var/lib/flatpak/exports/share");
+        return PlatformProfile::linux();
+    }();
     profile.neverOSDirectories.push_back("/var/lib/service-home");
     FSUtilities fs(profile);
     EXPECT_FALSE(fs.isInsideOSDirectory("/usr/share/applications/editor.desktop"));
     EXPECT_FALSE(fs.isInsideOSDirectory("/var/lib/flatpak/exports/share/applications/app.desktop"));
     EXPECT_TRUE(fs.isInsideOSDirectory("/usr/share/applicationsx/a"));
     EXPECT_TRUE(fs.isInsideOSDirectory("/usr/share/doc/readme"));
+    EXPECT_FALSE(fs.isInsideOSDirectory("/var/lib/service-home/notes")) << "a home below a system prefix";
     std::string home = AppDirectories::homeDirectory();
     EXPECT_FALSE(fs.isInsideOSDirectory(home + "/Documents/a.txt"));
-}
-
-TEST(LinuxPathRules, NoHomeLibraryRuleAndNoBootVolumeSpelling) {
-    PlatformProfile profile = PlatformProfile::linux();
-    EXPECT_FALSE(profile.homeLibraryFolder.has_value());
-    EXPECT_FALSE(profile.bootVolumePath().has_value());
-    FSUtilities fs(profile);
-    EXPECT_FALSE(fs.isInsideOSDirectory(AppDirectories::homeDirectory() + "/Library/Caches/x"));
+    EXPECT_FALSE(fs.isInsideOSDirectory(home + "/Library/Caches/x")) << "no home Library rule";
 }
 
 // Counts how often the file system would be asked, and answers by a fixed list.

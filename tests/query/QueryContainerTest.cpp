@@ -40,59 +40,88 @@ using Strings = std::vector<std::string>;
 struct SampleQuery {
     const char* text;
     Strings searchWords;
-    Strings commands;  // "Class: wording"; a bare "Class:" checks the class alone (wording depends on today)
+    Strings commands;  // "Class: wording"; a trailing "*" matches any rest (dates print today's year)
+    const char* expression;
 };
 
 // The sample queries of the query field, as a person types them.
 const std::vector<SampleQuery> kSamples{
-    {": today is audio", {}, {"UTICommand: is audio", "DateCommand: modified today"}},
-    {"summer : is video", {"summer"}, {"UTICommand: is video"}},
-    {": content \"yearly total\"", {}, {"ContentSearchCommand: content \"yearly total\""}},
-    {"reports : modified in 2016", {"reports"}, {"DateCommand: modified 2016"}},
-    {".m4v : bigger than 10mb", {".m4v"}, {"SizeCommand: larger than 10mb"}},
-    {"cat : is image inside animals", {"cat"}, {"UTICommand: is image", "InsideCommand: inside animals"}},
-    {"invoice OR receipt : after 2023", {"invoice", "receipt"}, {"DateCommand:"}},
-    {"holiday -work : is video", {"holiday"}, {"UTICommand: is video", "NotIncludingWords: -work"}},
-    {"report : modified this month AND bigger than 5mb", {"report"}, {"SizeCommand: larger than 5mb", "DateCommand:"}},
-    {"screenshot OR : tag red", {"screenshot"}, {"LabelCommand: tag red"}},
-    {".key OR .pptx : modified this year", {".key", ".pptx"}, {"DateCommand:"}},
-    {"budget : content \"Q4 forecast\" all words", {"budget"}, {"ContentSearchCommand: content \"Q4 forecast\" all words"}},
-    {"manual : is pdf inside Documents", {"manual"}, {"UTICommand: is pdf", "InsideCommand: inside Documents"}},
-    {"vacation : image is \"beach,palm tree\"", {"vacation"}, {"ImageVisionCommand: image is \"beach,palm tree\""}},
-    {"receipts : content \"total\" without \"draft\"", {"receipts"},
-     {"ContentSearchCommand: content \"total\" without \"draft\""}},
-    {"invoice (2023 OR 2024) : is pdf", {"invoice", "2023", "2024"}, {"UTICommand: is pdf"}},
-    {"photos : image includes \"dog,cat\" smaller than 2mb", {"photos"},
-     {"SizeCommand: smaller than 2mb", "ImageVisionCommand: image includes \"dog,cat\""}},
+    {": today is audio", {}, {"UTICommand: is audio", "DateCommand: modified today"}, "and(cmd(1), cmd(0))"},
+    {"summer : is video", {"summer"}, {"UTICommand: is video"}, "and(word(summer), cmd(0))"},
+    {": content \"yearly total\"", {}, {"ContentSearchCommand: content \"yearly total\""}, "cmd(0)"},
+    {"reports : modified in 2016", {"reports"}, {"DateCommand: modified 2016"}, "and(word(reports), cmd(0))"},
+    {".m4v : bigger than 10mb", {".m4v"}, {"SizeCommand: larger than 10mb"}, "and(word(.m4v), cmd(0))"},
+    {"cat : is image inside animals",
+     {"cat"},
+     {"UTICommand: is image", "InsideCommand: inside animals"},
+     "and(word(cat), and(cmd(0), cmd(1)))"},
+    {"invoice OR receipt : after 2023",
+     {"invoice", "receipt"},
+     {"DateCommand: modified 1/1/*"},
+     "and(or(word(invoice), word(receipt)), cmd(0))"},
+    {"holiday -work : is video",
+     {"holiday"},
+     {"UTICommand: is video", "NotIncludingWords: -work"},
+     "and(and(word(holiday), not(word(work))), cmd(0))"},
+    {"report : modified this month AND bigger than 5mb",
+     {"report"},
+     {"SizeCommand: larger than 5mb", "DateCommand: modified *"},
+     "and(word(report), and(cmd(1), cmd(0)))"},
+    {"screenshot OR : tag red", {"screenshot"}, {"LabelCommand: tag red"}, "or(word(screenshot), cmd(0))"},
+    {".key OR .pptx : modified this year",
+     {".key", ".pptx"},
+     {"DateCommand: modified 1/1/*"},
+     "and(or(word(.key), word(.pptx)), cmd(0))"},
+    {"budget : content \"Q4 forecast\" all words",
+     {"budget"},
+     {"ContentSearchCommand: content \"Q4 forecast\" all words"},
+     "and(word(budget), cmd(0))"},
+    {"manual : is pdf inside Documents",
+     {"manual"},
+     {"UTICommand: is pdf", "InsideCommand: inside Documents"},
+     "and(word(manual), and(cmd(0), cmd(1)))"},
+    {"vacation : image is \"beach,palm tree\"",
+     {"vacation"},
+     {"ImageVisionCommand: image is \"beach,palm tree\""},
+     "and(word(vacation), cmd(0))"},
+    {"receipts : content \"total\" without \"draft\"",
+     {"receipts"},
+     {"ContentSearchCommand: content \"total\" without \"draft\""},
+     "and(word(receipts), cmd(0))"},
+    {"invoice (2023 OR 2024) : is pdf",
+     {"invoice", "2023", "2024"},
+     {"UTICommand: is pdf"},
+     "and(and(word(invoice), or(word(2023), word(2024))), cmd(0))"},
+    {"photos : image includes \"dog,cat\" smaller than 2mb",
+     {"photos"},
+     {"SizeCommand: smaller than 2mb", "ImageVisionCommand: image includes \"dog,cat\""},
+     "and(word(photos), and(cmd(1), cmd(0)))"},
 };
 
-TEST(QueryContainerSamples, EachSampleGivesItsSearchWordsAndCommandsAndNothingUnrecognised) {
+TEST(QueryContainerSamples, EachSampleGivesItsWordsCommandsAndExpressionAndNothingUnrecognised) {
     for (const auto& sample : kSamples) {
         SCOPED_TRACE(sample.text);
         auto parsed = query(sample.text);
         EXPECT_EQ(parsed.searchWords, sample.searchWords);
+        EXPECT_EQ(parsed.booleanExpr.debugDescription(), sample.expression);
         EXPECT_TRUE(parsed.invalidCommandAreaWords.empty()) << ::testing::PrintToString(texts(parsed.invalidCommandAreaWords));
         EXPECT_TRUE(parsed.unusedCommandAreaWords.empty());
         auto commands = described(parsed.commandsFoundInQuery);
         ASSERT_EQ(commands.size(), sample.commands.size()) << ::testing::PrintToString(commands);
         for (size_t i = 0; i < commands.size(); ++i) {
-            if (sample.commands[i].ends_with(':')) {
-                EXPECT_TRUE(commands[i].starts_with(sample.commands[i])) << commands[i];
+            const std::string& wanted = sample.commands[i];
+            if (wanted.ends_with('*')) {
+                EXPECT_TRUE(commands[i].starts_with(wanted.substr(0, wanted.size() - 1))) << commands[i];
             } else {
-                EXPECT_EQ(commands[i], sample.commands[i]);
+                EXPECT_EQ(commands[i], wanted);
             }
         }
     }
 }
 
-TEST(QueryContainerSamples, TheBooleanExpressionJoinsWordsAndCommands) {
-    auto orQuery = query("invoice OR receipt : after 2023");
-    EXPECT_EQ(orQuery.booleanExpr.debugDescription(), "and(or(word(invoice), word(receipt)), cmd(0))");
-    EXPECT_EQ(orQuery.orStringGroups, (std::vector<Strings>{{"invoice"}, {"receipt"}}));
-
-    auto screenshot = query("screenshot OR : tag red");
-    EXPECT_EQ(screenshot.booleanExpr.debugDescription(), "or(word(screenshot), cmd(0))");
-    EXPECT_TRUE(screenshot.isORCommandSearch());
+TEST(QueryContainerSamples, OrGroupsMinusWordsAndParenthesesOfTheSamples) {
+    EXPECT_EQ(query("invoice OR receipt : after 2023").orStringGroups, (std::vector<Strings>{{"invoice"}, {"receipt"}}));
+    EXPECT_TRUE(query("screenshot OR : tag red").isORCommandSearch());
 
     auto minus = query("holiday -work : is video");
     EXPECT_EQ(texts(minus.searchWordsWithMinus), (Strings{"-work"}));

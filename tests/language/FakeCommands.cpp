@@ -43,6 +43,27 @@ std::string describe(const VariableArguments& args) {
     return out;
 }
 
+std::vector<std::string> templateCommandNames() {
+    std::vector<std::string> names;
+    for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates())
+        names.push_back(sentenceTemplate.command);
+    return names;
+}
+
+std::vector<SentenceComponent> commandArea(std::string_view text) {
+    std::vector<SentenceComponent> area;
+    for (auto& word : SentenceComponent::parseWords(text, nullptr, true)) {
+        if (word.isAfterAColon) area.push_back(std::move(word));
+    }
+    return area;
+}
+
+std::vector<std::string> printed(const CommandRecogniserResult& result) {
+    std::vector<std::string> out;
+    for (const auto& command : result.commands) out.push_back(command->commandToString());
+    return out;
+}
+
 FakeCommand::FakeCommand(std::string name, std::string arguments, TemplateFlags flags)
     : name(std::move(name)), arguments(std::move(arguments)), flags(std::move(flags)) {}
 

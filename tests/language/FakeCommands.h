@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "language/LanguageParse.h"
 #include "query/CommandFactory.h"
 
 namespace quester::testing {
@@ -40,5 +41,14 @@ private:
 
 // Every value a variable can produce, printed: "Documents", "10mb", "[allWords]".
 std::string describe(const VariableArguments& args);
+
+// The command names the program's own template table asks factories for.
+std::vector<std::string> templateCommandNames();
+
+// The words of `text` after its colon, parentheses split, as a query hands them over.
+std::vector<SentenceComponent> commandArea(std::string_view text);
+
+// Each command's text, in the order they were made.
+std::vector<std::string> printed(const CommandRecogniserResult& result);
 
 }  // namespace quester::testing

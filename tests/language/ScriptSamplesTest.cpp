@@ -12,15 +12,13 @@ namespace {
 // which the real commands drop as a duplicate since both print "is file".
 const LanguageParse& parser() {
     static const LanguageParse parse = [] {
-        std::vector<std::string> names;
-        for (const auto& sentenceTemplate : *LanguageParseCache::shared().allTemplates())
-            names.push_back(sentenceTemplate.command);
         VariableSources sources;
         sources.rememberedFolders = [] {
             return std::vector<std::pair<std::string, std::string>>{{"desktop", "/home/u/Desktop/"}};
         };
         sources.shortcutNames = [] { return std::vector<std::string>{"music quiz"}; };
-        return LanguageParse(CommandFactories{std::make_shared<testing::FakeFactory>(names)}, sources);
+        return LanguageParse(CommandFactories{std::make_shared<testing::FakeFactory>(testing::templateCommandNames())},
+                             sources);
     }();
     return parse;
 }
@@ -31,13 +29,9 @@ struct Parsed {
 };
 
 Parsed parse(std::string_view text) {
-    std::vector<SentenceComponent> area;
-    for (auto& word : SentenceComponent::parseWords(text, nullptr, true)) {
-        if (word.isAfterAColon) area.push_back(std::move(word));
-    }
+    const std::vector<SentenceComponent> area = testing::commandArea(text);
     const CommandRecogniserResult result = parser().makeCommands(area);
-    Parsed parsed;
-    for (const auto& command : result.commands) parsed.commands.push_back(command->commandToString());
+    Parsed parsed{testing::printed(result), {}};
     for (const auto& word : area) {
         if (std::find(result.consumedParts.begin(), result.consumedParts.end(), word) == result.consumedParts.end()) {
             parsed.leftOver.push_back(word.textOriginalCase);

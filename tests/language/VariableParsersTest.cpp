@@ -48,11 +48,6 @@ VariableSources userLists() {
     return sources;
 }
 
-TEST(VariableParsers, TableHasSeventeenParsersAndSixCompletors) {
-    EXPECT_EQ(standardVariableParsers({}).size(), 17U);
-    EXPECT_EQ(standardVariableCompletors({}).size(), 6U);
-}
-
 TEST(VariableParsers, StringAndRegex) {
     const auto word = read<SentenceComponent>(stringVariable, "\"Q4 forecast\" x");
     ASSERT_TRUE(word);

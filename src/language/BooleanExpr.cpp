@@ -159,7 +159,9 @@ bool BooleanExpr::hasLeafUnderOr(const std::set<int>* in) const {
         case Kind::andExpr:
             return left().hasLeafUnderOr(in) || right().hasLeafUnderOr(in);
         case Kind::notExpr:
-            return left().hasLeafUnderOr(in);
+            // A negated command can't be applied flat either: its verdict must
+            // be turned round, so it counts as if it stood under an OR.
+            return left().hasCommandLeaf(in) || left().hasLeafUnderOr(in);
         default:
             return false;
     }

@@ -19,6 +19,7 @@
 #include "language/LanguageParse.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
+#include "sources/ShowAppsCommandDataSource.h"
 #include "support/Result.h"
 
 #include "SessionSearch.h"
@@ -118,6 +119,9 @@ int runSearch(const SearchOptions& options) {
         complain(*problem);
         return kUnusable;
     }
+    // The application list fills while the query is read; it is also what a
+    // "show apps" query supplies, which the check below asks for.
+    (void)ShowAppsCommandDataSource::shared();
     LanguageParse parser(standardCommandFactories());
     QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders));
     if (auto reason = unusableQueryReason(query)) {

@@ -20,6 +20,7 @@
 #include "results/ResultsTable.h"
 #include "results/SearchSession.h"
 #include "sources/FileSystemSearch.h"
+#include "sources/ShowAppsCommandDataSource.h"
 #include "stores/Preferences.h"
 
 namespace quester::cli {
@@ -128,6 +129,7 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
     environment.managerEnvironment = [loop = &state->loop] {
         SearchManager::Environment managerEnvironment;
         managerEnvironment.fileSystemSearchDataSources = {std::make_shared<FileSystemSearch>()};
+        managerEnvironment.commandBasedDataSources = {ShowAppsCommandDataSource::shared()};
         managerEnvironment.mainLoop = loop;
         return managerEnvironment;
     };

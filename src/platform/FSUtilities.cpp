@@ -91,10 +91,22 @@ bool FSUtilities::isPackageComponent(const std::string& extension, const std::st
     return package;
 }
 
+// The components of an application folder that holds the path don't count:
+// the user's own applications lie under a dot folder and are still wanted.
+std::size_t FSUtilities::componentsOfApplicationFolder(const std::string& path) const {
+    std::size_t skipped = 0;
+    for (const auto& folder : platform.applicationFolders) {
+        if (isSameOrBelow(path, folder)) skipped = std::max(skipped, pathComponents(folder).size());
+    }
+    return skipped;
+}
+
 bool FSUtilities::isInvisibleOrInsidePackage(const std::string& path) {
     auto components = pathComponents(path);
+    const std::size_t first = componentsOfApplicationFolder(path);
     std::string runningPath = "/";
-    for (std::size_t index = 0; index < components.size(); ++index) {
+    for (std::size_t index = 0; index < first; ++index) runningPath += components[index] + '/';
+    for (std::size_t index = first; index < components.size(); ++index) {
         const std::string& component = components[index];
         if (component.front() == '.') return true;
         runningPath += component;

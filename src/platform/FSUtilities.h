@@ -44,7 +44,8 @@ public:
     // searches that don't ask for hidden items. Text only.
     bool isInsideOSDirectory(const std::string& path) const;
     // A component begins with "." or lies inside a package (the package itself
-    // is not inside one, except an "always" package such as a framework).
+    // is not inside one, except an "always" package such as a framework). The
+    // components of the profile's application folders don't count.
     bool isInvisibleOrInsidePackage(const std::string& path);
     // Whether the path's extension is known as a package extension.
     bool hasPackageExtension(const std::string& path);
@@ -80,6 +81,7 @@ public:
 private:
     std::string stripVolumeForOSRules(const std::string& path) const;
     bool hasOSPrefix(const std::string& path) const;
+    std::size_t componentsOfApplicationFolder(const std::string& path) const;
     std::optional<bool> homeLibraryRule(const std::string& path) const;
     bool isPackageComponent(const std::string& extension, const std::string& runningPath);
 

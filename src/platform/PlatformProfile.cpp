@@ -3,6 +3,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -36,13 +37,21 @@ std::string environmentPath(const char* name, const std::string& fallback) {
     return value;
 }
 
+// The desktop's application folders, then those of the two sandboxed package
+// systems, which not every session puts into XDG_DATA_DIRS. Each folder once.
 std::vector<std::string> xdgApplicationFolders(const std::string& home) {
     std::vector<std::string> folders;
-    folders.push_back(environmentPath("XDG_DATA_HOME", home + "/.local/share") + "/applications");
+    auto add = [&](std::string folder) {
+        while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+        if (std::find(folders.begin(), folders.end(), folder) == folders.end()) folders.push_back(std::move(folder));
+    };
+    add(environmentPath("XDG_DATA_HOME", home + "/.local/share") + "/applications");
     std::istringstream dataDirs(environmentPath("XDG_DATA_DIRS", "/usr/local/share:/usr/share"));
     for (std::string dir; std::getline(dataDirs, dir, ':');) {
-        if (!dir.empty() && dir.front() == '/') folders.push_back(dir + "/applications");
+        if (!dir.empty() && dir.front() == '/') add(joinPath(dir, "applications"));
     }
+    add("/var/lib/flatpak/exports/share/applications");
+    add("/var/lib/snapd/desktop/applications");
     return folders;
 }
 
@@ -68,7 +77,8 @@ PlatformProfile PlatformProfile::linux() {
     profile.osPrefixesAreWholeComponents = true;
     std::string home = AppDirectories::homeDirectory();
     if (!home.empty() && home != "/") profile.neverOSDirectories.push_back(home);
-    for (auto& folder : xdgApplicationFolders(home)) profile.neverOSDirectories.push_back(std::move(folder));
+    profile.applicationFolders = xdgApplicationFolders(home);
+    for (const auto& folder : profile.applicationFolders) profile.neverOSDirectories.push_back(folder);
     profile.volumesFolder = removableMediaFolder();
     profile.packageExtensions = sharedPackageExtensions();
     profile.alwaysPackageExtension = "framework";
@@ -84,6 +94,8 @@ PlatformProfile PlatformProfile::macOS(std::optional<std::string> bootVolumeName
     profile.osPrefixesAreWholeComponents = false;
     profile.osExactPaths = {"/Volumes", "/User", "/"};
     profile.systemApplicationsPrefix = "/System/Applications/";
+    profile.applicationFolders = {"/Applications", "/Applications/Utilities", "/System/Library/CoreServices/Applications",
+                                  "/System/Applications", "/System/Applications/Utilities"};
     profile.dataVolumePrefix = "/System/Volumes/Data";
     profile.osRulesApplyInsideVolumes = true;
     profile.volumesFolder = "/Volumes";

@@ -30,6 +30,12 @@ struct PlatformProfile {
     std::vector<std::string> neverOSDirectories;
     // Applications shipped with the system that a person still searches for.
     std::string systemApplicationsPrefix;
+    // The folders that hold the applications of the machine, in order of
+    // precedence: on Linux the desktop's application folders (the user's own
+    // first), where a ".desktop" entry is one application. The folders
+    // themselves are never system paths and never invisible, even when a
+    // component of theirs begins with "." (~/.local/share/applications).
+    std::vector<std::string> applicationFolders;
     // The second mount of the boot volume's data; empty when there is none.
     std::string dataVolumePrefix;
     // Whether the system rules apply again inside a volume under `volumesFolder`.

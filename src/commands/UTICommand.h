@@ -4,9 +4,10 @@
 
 namespace quester {
 
-// Items of a kind: "is pdf", "is image", "is public.data". The type table that
-// judges kinds is its own subsystem; until it is wired in only "file" and
-// "folder" get a verdict.
+// Items of a kind: "is pdf", "is image", "is music", "is public.data". A kind
+// word that stands for a type identifier is judged by the conformance of the
+// item's type; any word is also looked for in what is known of the item's kind.
+// Judges by name only, so it costs no file-system call.
 class UTICommand final : public CommandBase<UTICommand> {
 public:
     // args[0] is the kind word of "~uti".

@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "commands/UTIAssistant.h"
 #include "platform/FSUtilities.h"
 #include "platform/ItemAttributes.h"
 #include "platform/PathText.h"
 #include "results/DisplayText.h"
-#include "results/KindText.h"
 #include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
@@ -58,7 +58,9 @@ UINode::Kind kindForDirectory(const std::string& path) {
 }
 
 std::string displayKindFor(UINode::Kind kind, const std::string& path) {
-    return kind == UINode::Kind::folder ? KindText::kindStringForFolder(path) : KindText::kindStringForFile(path);
+    auto& assistant = UTIAssistant::shared();
+    if (kind == UINode::Kind::folder) return assistant.kindStringForFolder(path);
+    return assistant.kindStringForFile(Url(path, kind == UINode::Kind::package));
 }
 
 void addOnce(std::vector<VisualState>& states, VisualState state) {

@@ -2,7 +2,6 @@
 
 #include "results/Column.h"
 #include "results/DisplayText.h"
-#include "results/KindText.h"
 
 namespace quester {
 namespace {
@@ -22,13 +21,6 @@ TEST(DisplayText, nameWithoutExtension) {
     EXPECT_EQ(nameWithoutExtension("/a/Show.S01E02.mkv"), "Show.S01E02");
     EXPECT_EQ(nameWithoutExtension("/a/.profile"), ".profile");
     EXPECT_EQ(nameWithoutExtension("/a/plain"), "plain");
-}
-
-TEST(KindText, extensionsInAnyCase) {
-    EXPECT_EQ(KindText::kindStringForExtension("PDF"), "PDF Document");
-    EXPECT_EQ(KindText::kindStringForExtension(""), std::nullopt);
-    EXPECT_EQ(KindText::kindStringForFile("/a/b.unknownext"), "Document");
-    EXPECT_EQ(KindText::kindStringForFolder("/a/b"), "Folder");
 }
 
 TEST(ColumnTest, identifiersRoundTripAndRankHasItsOwnPreferenceSpelling) {

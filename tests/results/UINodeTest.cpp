@@ -28,7 +28,7 @@ TEST(UINodeFromResult, fillsTheRowTexts) {
     EXPECT_EQ(node->displayInside, "docs");
     const auto changes = node->dynamic();
     EXPECT_EQ(changes.kind, UINode::Kind::file);
-    EXPECT_EQ(changes.displayKind, "PDF Document");
+    EXPECT_EQ(changes.displayKind, "PDF document");
     EXPECT_EQ(changes.displayTotalSize, "1.2 MB");
     EXPECT_FALSE(changes.hasLoadedAdditionalDetails);
 }
@@ -47,7 +47,7 @@ TEST(UINodeFromResult, foldersAndPackagesByDirectoryFlagAndExtension) {
     EXPECT_EQ(UINode::create(folder)->dynamic().displayKind, "Folder");
     SearchResult zipFolder = resultFor("/d/odd.zip");
     zipFolder.isDirectory = true;
-    EXPECT_EQ(UINode::create(zipFolder)->dynamic().displayKind, "ZIP Archive");
+    EXPECT_EQ(UINode::create(zipFolder)->dynamic().displayKind, "ZIP archive");
     SearchResult package = resultFor("/d/Tool.app");
     package.isDirectory = true;
     EXPECT_EQ(UINode::create(package)->dynamic().kind, UINode::Kind::package);

@@ -137,6 +137,18 @@ std::set<int> BooleanExpr::commandLeafIndices() const {
     return indices;
 }
 
+bool BooleanExpr::hasNegation() const {
+    switch (kind()) {
+        case Kind::andExpr:
+        case Kind::orExpr:
+            return left().hasNegation() || right().hasNegation();
+        case Kind::notExpr:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool BooleanExpr::hasCommandLeaf(const std::set<int>* in) const {
     switch (kind()) {
         case Kind::command:

@@ -40,6 +40,8 @@ public:
     // an exact-name query "annual report" matches the name "annual report".
     BooleanExpr collapsedForExact() const;
     std::set<int> commandLeafIndices() const;
+    // Whether a NOT stands anywhere in the tree.
+    bool hasNegation() const;
     // Whether a command's verdict doesn't simply join the others by AND: a
     // command under an OR, or under a NOT. Such commands are judged through the
     // tree, and never narrow what the sources look for.

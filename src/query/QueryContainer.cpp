@@ -375,11 +375,16 @@ bool QueryContainer::pathIsInQueryLocation(const std::string& path) const {
 }
 
 bool QueryContainer::isPossibleMatch(std::string_view path, bool diacriticInsensitive) const {
+    // The whole path lets a word that only a folder's name holds through, to be
+    // judged by the item's name later. That widening is wrong for a negated
+    // word: "budget -old" would drop everything under a folder named "old",
+    // so then only the name is tested, as the final judgement will.
+    const std::string tested = booleanExpr.hasNegation() ? lastPathComponent(path) : std::string(path);
     if (commandsFoundInQuery.empty()) {
-        return !searchWords.empty() && fsItemNameStringIncludesWordsFromQuery(path, diacriticInsensitive);
+        return !searchWords.empty() && fsItemNameStringIncludesWordsFromQuery(tested, diacriticInsensitive);
     }
     if (isORCommandSearch() || booleanExpr.hasCommandUnderOr()) return true;
-    return fsItemNameStringIncludesWordsFromQuery(path, diacriticInsensitive);
+    return fsItemNameStringIncludesWordsFromQuery(tested, diacriticInsensitive);
 }
 
 std::vector<std::string> QueryContainer::wholeWordsFromFileName(std::string_view name) {

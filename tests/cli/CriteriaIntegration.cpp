@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "testing/FileFlags.h"
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+using Paths = std::set<std::string>;
+using std::chrono::seconds;
+
+// Runs `quester search QUERY --in ROOT --format paths` in UTC, so that
+// "yesterday" is the day the fixture means, and answers the paths found,
+// relative to ROOT.
+Paths search(const std::string& query, const testing::TempDir& root, const testing::TempDir& scratch) {
+    const std::string out = scratch.str() + "/out", err = scratch.str() + "/err";
+    std::string command = "TZ=UTC " + std::string(QUESTER_BINARY) + " search '" + query + "' --in '" + root.str() +
+                          "' --format paths >" + out + " 2>" + err;
+    const int status = std::system(command.c_str());
+    std::ifstream errors(err);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0)
+        << query << ": " << std::string(std::istreambuf_iterator<char>(errors), {});
+    Paths found;
+    std::ifstream lines(out);
+    for (std::string line; std::getline(lines, line);) found.insert(line.substr(root.str().size() + 1));
+    return found;
+}
+
+void setModified(const std::filesystem::path& path, std::chrono::system_clock::time_point when) {
+    const auto since = std::chrono::duration_cast<std::chrono::nanoseconds>(when.time_since_epoch()).count();
+    const timespec times[2] = {{since / 1'000'000'000, since % 1'000'000'000},
+                               {since / 1'000'000'000, since % 1'000'000'000}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+}
+
+// Reports of known sizes, dates, places and attributes, and a few other items.
+// What is new is dated two seconds back: date ranges that end now leave out
+// the present second.
+class CriteriaTest : public ::testing::Test {
+protected:
+    CriteriaTest() {
+        const auto now = std::chrono::system_clock::now();
+        const auto midnightUTC = std::chrono::floor<std::chrono::days>(now);
+        std::filesystem::resize_file(tree.write("report-a.txt"), 6'000'000);
+        std::filesystem::resize_file(tree.write("report-b.txt"), 1'000'000);
+        auto old = tree.write("report-old.txt");
+        std::filesystem::resize_file(old, 6'000'000);
+        setModified(old, now - std::chrono::days(40));
+        std::filesystem::resize_file(tree.write("notes.txt"), 6'000'000);
+        tree.write("Report-Final.PDF", "final");
+        ::chmod(tree.write("report-locked.txt", "x").c_str(), 0444);
+        setModified(tree.write("archive/report-2019.txt", "x"), midnightUTC - std::chrono::hours(12));
+        tree.write("deep/a/b/report-deep.txt", "x");
+        tree.mkdir("reports-2020");
+        tree.write("screenshot-1.png", "x");
+        tagsWork = testing::setTags(tree.write("photos/holiday.jpg", "x"), "Dark Red,Travel");
+        tree.write("photos/sunset.jpg", "x");
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(tree.path())) {
+            if (std::filesystem::last_write_time(entry.path()) > std::filesystem::file_time_type::clock::now() -
+                                                                    std::chrono::hours(1)) {
+                setModified(entry.path(), now - seconds(2));
+            }
+        }
+    }
+
+    void expect(const std::string& query, const Paths& expected) {
+        EXPECT_EQ(search(query, tree, scratch), expected) << query;
+    }
+
+    testing::TempDir tree;
+    testing::TempDir scratch;
+    bool tagsWork = false;
+    const Paths smallReports{"Report-Final.PDF", "report-locked.txt", "archive/report-2019.txt",
+                             "deep/a/b/report-deep.txt"};
+};
+
+TEST_F(CriteriaTest, NameCriteria) {
+    expect("Report : case sensitive", {"Report-Final.PDF"});
+    expect("report : .pdf", {"Report-Final.PDF"});
+    expect("report : not .txt", {"Report-Final.PDF", "reports-2020"});
+    expect("report : regex ^report-[ab]", {"report-a.txt", "report-b.txt"});
+    expect("report : whole words", {"report-a.txt", "report-b.txt", "report-old.txt", "Report-Final.PDF",
+                                    "report-locked.txt", "archive/report-2019.txt", "deep/a/b/report-deep.txt"});
+    expect("report -old -deep : name longer than 16", {"report-locked.txt"});
+}
+
+TEST_F(CriteriaTest, DateCriteria) {
+    expect("report : modified yesterday", {"archive/report-2019.txt"});
+    expect("report .txt : modified today", {"report-a.txt", "report-b.txt", "report-locked.txt",
+                                            "deep/a/b/report-deep.txt"});
+    expect("report -old : modified in the last 3 days", {"report-a.txt", "report-b.txt", "Report-Final.PDF",
+                                                        "report-locked.txt", "archive/report-2019.txt",
+                                                        "deep/a/b/report-deep.txt", "reports-2020"});
+    // Changing the modification date leaves the creation date alone.
+    expect("report-old : created today", {"report-old.txt"});
+    expect("report : modified before 2000", {});
+}
+
+TEST_F(CriteriaTest, SizeAndScopeCriteria) {
+    expect("report : bigger than 5mb", {"report-a.txt", "report-old.txt"});
+    expect("report : smaller than 2kb", smallReports);
+    expect("report : inside archive", {"archive/report-2019.txt"});
+    expect("report : excluding folder archive AND smaller than 2kb",
+           {"Report-Final.PDF", "report-locked.txt", "deep/a/b/report-deep.txt"});
+    expect("report : is folder", {"reports-2020"});
+    expect("report : locked", {"report-locked.txt"});
+    expect("report -a -b -old -final -2019 -deep : not locked", {"reports-2020"});
+    // A minus word that only a folder above holds doesn't hide what lies below.
+    expect("report -archive -b : smaller than 2kb",
+           {"Report-Final.PDF", "report-locked.txt", "archive/report-2019.txt", "deep/a/b/report-deep.txt"});
+}
+
+TEST_F(CriteriaTest, TagCriteria) {
+    if (!tagsWork) GTEST_SKIP() << "no user attributes on this file system";
+    expect("photos : tag red", {});
+    expect("holiday OR sunset : tag red", {"photos/holiday.jpg"});
+    expect("jpg : not tag red", {"photos/sunset.jpg"});
+    expect("screenshot OR : tag red", {"screenshot-1.png", "photos/holiday.jpg"});
+}
+
+TEST_F(CriteriaTest, CommandsCombineWithAndOrAndNot) {
+    expect("report : modified this month AND bigger than 5mb", {"report-a.txt"});
+    expect("report : bigger than 5mb OR modified yesterday",
+           {"report-a.txt", "report-old.txt", "archive/report-2019.txt"});
+    Paths notBig = smallReports;
+    notBig.insert({"report-b.txt", "reports-2020"});
+    expect("report : NOT bigger than 5mb", notBig);
+    expect("report : NOT inside archive AND NOT smaller than 2kb",
+           {"report-a.txt", "report-b.txt", "report-old.txt", "reports-2020"});
+    expect("(report OR notes) : bigger than 5mb AND NOT modified this month", {"report-old.txt"});
+}
+
+}  // namespace
+}  // namespace quester

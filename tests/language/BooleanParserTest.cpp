@@ -43,55 +43,60 @@ BooleanEvalContext plain() {
     return ctx;
 }
 
-TEST(BooleanParser, JuxtapositionIsAndAndBindsTighterThanOr) {
-    EXPECT_EQ(tree("a b"), tree("a AND b"));
-    EXPECT_EQ(tree("a b"), "and(word(a), word(b))");
-    EXPECT_EQ(tree("a OR b c"), "or(word(a), and(word(b), word(c)))");
-    EXPECT_EQ(tree("a b OR c"), "or(and(word(a), word(b)), word(c))");
+struct TreeCase {
+    std::string_view text;
+    std::vector<std::string> commandWords;
+    std::string tree;
+};
+
+TEST(BooleanParser, SentencesGiveTheirTrees) {
+    const std::vector<TreeCase> cases = {
+        // Juxtaposition is AND and binds tighter than OR.
+        {"a b", {}, "and(word(a), word(b))"},
+        {"a AND b", {}, "and(word(a), word(b))"},
+        {"a OR b c", {}, "or(word(a), and(word(b), word(c)))"},
+        {"a b OR c", {}, "or(and(word(a), word(b)), word(c))"},
+        // The colon joins last, and an OR before it joins the words and the commands.
+        {"a b OR c : d", {"d"}, "and(or(and(word(a), word(b)), word(c)), cmd(0))"},
+        {"screenshot OR : tag", {"tag"}, "or(word(screenshot), cmd(0))"},
+        {"report : modified AND bigger", {"modified", "bigger"}, "and(word(report), and(cmd(0), cmd(1)))"},
+        // Stray operators; the rest after a leading ")" is ignored; an open "(" closes at the end.
+        {"OR a", {}, "word(a)"},
+        {"a OR", {}, "word(a)"},
+        {"a NOT", {}, "word(a)"},
+        {"NOT", {}, "empty"},
+        {") a b", {}, "empty"},
+        {"(a OR b", {}, "or(word(a), word(b))"},
+        {"", {}, "empty"},
+        // NOT takes one operand, and only NOT in capitals is an operator.
+        {"NOT a b", {}, "and(not(word(a)), word(b))"},
+        {"NOT (a b)", {}, "not(and(word(a), word(b)))"},
+        {"not a", {}, "and(word(not), word(a))"},
+        // A minus and parentheses inside words; quoted words are plain words.
+        {"holiday -work", {}, "and(word(holiday), not(word(work)))"},
+        {"invoice (2023 OR 2024)", {}, "and(word(invoice), or(word(2023), word(2024)))"},
+        {"\"-work\" \"or\"", {}, "and(word(-work), word(or))"},
+        // Unknown command-area words are dropped, a recognised command outside the
+        // tree too; one token per command however often it is named.
+        {"a : unknown words", {}, "word(a)"},
+        {"a : exact", {}, "word(a)"},
+        {"a : \"quoted\"", {}, "and(word(a), word(quoted))"},
+        {": big OR small", {"big", "small"}, "or(cmd(0), cmd(1))"},
+        {": big big", {"big"}, "cmd(0)"},
+    };
+    for (const auto& [text, commandWords, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(tree(text, commandWords), expected);
+    }
 }
 
-TEST(BooleanParser, ColonJoinsLast) {
-    EXPECT_EQ(tree("a b OR c : d", {"d"}), "and(or(and(word(a), word(b)), word(c)), cmd(0))");
-    EXPECT_EQ(tree("screenshot OR : tag", {"tag"}), "or(word(screenshot), cmd(0))")
-        << "the OR joins the word and the command";
-    EXPECT_EQ(tree("report : modified AND bigger", {"modified", "bigger"}), "and(word(report), and(cmd(0), cmd(1)))");
-}
-
-TEST(BooleanParser, StrayOperators) {
-    EXPECT_EQ(tree("OR a"), "word(a)");
-    EXPECT_EQ(tree("a OR"), "word(a)");
-    EXPECT_EQ(tree("a NOT"), "word(a)");
-    EXPECT_EQ(tree("NOT"), "empty");
-    EXPECT_EQ(tree(") a b"), "empty") << "the rest after a leading ) is ignored";
-    EXPECT_EQ(tree("(a OR b"), "or(word(a), word(b))") << "an unclosed parenthesis closes at the end";
-    EXPECT_EQ(tree(""), "empty");
-}
-
-TEST(BooleanParser, NotTakesOneOperand) {
-    EXPECT_EQ(tree("NOT a b"), "and(not(word(a)), word(b))");
-    EXPECT_EQ(tree("NOT (a b)"), "not(and(word(a), word(b)))");
-    EXPECT_EQ(tree("not a"), "and(word(not), word(a))") << "only NOT in capitals is an operator";
-}
-
-TEST(BooleanParser, MinusAndParenthesesInsideWords) {
-    EXPECT_EQ(tree("holiday -work"), "and(word(holiday), not(word(work)))");
-    EXPECT_EQ(tree("invoice (2023 OR 2024)"), "and(word(invoice), or(word(2023), word(2024)))");
-    EXPECT_EQ(tree("\"-work\" \"or\""), "and(word(-work), word(or))") << "quoted words are plain words";
+TEST(BooleanParser, AWordSplitAtAParenthesisLosesItsWildcard) {
     const auto words = SentenceComponent::parseWords("(a*", nullptr, false);
     const auto tokens = BooleanParser::tokenizeUnified(words, {}, {});
     ASSERT_EQ(tokens.size(), 2U);
-    EXPECT_EQ(tokens[1].word->wildcard, SentenceComponent::Wildcard::none)
-        << "a word split at a parenthesis loses its wildcard";
+    EXPECT_EQ(tokens[1].word->wildcard, SentenceComponent::Wildcard::none);
     const auto plainWord = BooleanParser::tokenizeUnified(SentenceComponent::parseWords("a*"), {}, {});
     EXPECT_EQ(plainWord[0].word->wildcard, SentenceComponent::Wildcard::prefix);
-}
-
-TEST(BooleanParser, CommandAreaWords) {
-    EXPECT_EQ(tree("a : unknown words", {}), "word(a)") << "unknown command-area words are dropped";
-    EXPECT_EQ(tree("a : exact"), "word(a)") << "a command outside the tree";
-    EXPECT_EQ(tree("a : \"quoted\""), "and(word(a), word(quoted))");
-    EXPECT_EQ(tree(": big OR small", {"big", "small"}), "or(cmd(0), cmd(1))");
-    EXPECT_EQ(tree(": big big", {"big"}), "cmd(0)") << "one token per command";
 }
 
 TEST(BooleanParser, DeepNestingStaysBounded) {

@@ -59,30 +59,16 @@ TEST_P(SampleQueries, ParseAsShown) {
 
 // Flags print as their numbers: without 0, allFiles 1, wholeWords 2, allWords 3, useOCR 4, caseSensitive 5.
 // Time ranges print as their WhenType numbers: recent 2, today 3, yesterday 4; time units: weekOfYear 3, month 4,
-// year 5.
+// year 5. The sample queries of the query field are pinned with the real commands in QueryContainerTest; those
+// here are the ones whose real wording doesn't show the template they reached, or leave words over.
 INSTANTIATE_TEST_SUITE_P(
-    TheSeventeen, SampleQueries,
+    SampleDates, SampleQueries,
     ::testing::Values(Sample{": today is audio", {"uti(audio)", "specificDateRange(modified|when3)"}, {}},
-                      Sample{"summer : is video", {"uti(video)"}, {}},
-                      Sample{": content \"yearly total\"", {"textContent(yearly total|[])"}, {}},
-                      Sample{"reports : modified in 2016", {"year(modified|2016)"}, {}},
-                      Sample{".m4v : bigger than 10mb", {"filesBiggerThan(10.0mb)"}, {}},
-                      Sample{"cat : is image inside animals", {"uti(image)", "inside(animals)"}, {}},
                       Sample{"invoice OR receipt : after 2023", {"afterYear(modified|2023)"}, {}},
-                      Sample{"holiday -work : is video", {"uti(video)"}, {}},
                       Sample{"report : modified this month AND bigger than 5mb",
                              {"filesBiggerThan(5.00mb)", "thisTimeUnit(modified|unit4)"},
                              {"AND"}},
-                      Sample{"screenshot OR : tag red", {"label(red)"}, {}},
-                      Sample{".key OR .pptx : modified this year", {"thisTimeUnit(modified|unit5)"}, {}},
-                      Sample{"budget : content \"Q4 forecast\" all words", {"textContent(Q4 forecast|[3])"}, {}},
-                      Sample{"manual : is pdf inside Documents", {"uti(pdf)", "inside(Documents)"}, {}},
-                      Sample{"vacation : image is \"beach,palm tree\"", {"ImageVisionAllItems(beach,palm tree)"}, {}},
-                      Sample{"receipts : content \"total\" without \"draft\"", {"textContent(total|draft|[])"}, {}},
-                      Sample{"invoice (2023 OR 2024) : is pdf", {"uti(pdf)"}, {}},
-                      Sample{"photos : image includes \"dog,cat\" smaller than 2mb",
-                             {"filesSmallerThan(2.00mb)", "ImageVision(dog,cat)"},
-                             {}}));
+                      Sample{".key OR .pptx : modified this year", {"thisTimeUnit(modified|unit5)"}, {}}));
 
 INSTANTIATE_TEST_SUITE_P(
     Variants, SampleQueries,

@@ -36,11 +36,11 @@ protected:
     testing::TempDir media;
     MainLoop loop;
     NotificationCenter center{loop};
+    FSUtilities fs{makeProfile()};
+    DiskInfoManager manager{fs, center};
 };
 
 TEST_F(DiskInfoManagerTest, TheRealTableListsTheRootFirst) {
-    FSUtilities fs(makeProfile());
-    DiskInfoManager manager(fs, center);
     ASSERT_TRUE(manager.buildAllAndWatch().ok());
     auto volumes = manager.volumes();
     ASSERT_FALSE(volumes.empty());
@@ -54,28 +54,24 @@ TEST_F(DiskInfoManagerTest, TheRealTableListsTheRootFirst) {
 }
 
 TEST_F(DiskInfoManagerTest, VolumesAreSortedWithTheBootVolumeFirst) {
-    FSUtilities fs(makeProfile("Zeta"));
-    DiskInfoManager manager(fs, center);
-    EXPECT_TRUE(manager.add(volumeEntry(11, "beta")));
-    EXPECT_TRUE(manager.add(volumeEntry(12, "Zeta", "apfs")));
-    EXPECT_TRUE(manager.add(volumeEntry(13, "alpha")));
-    EXPECT_TRUE(manager.add(volumeEntry(14, "alpha")));
-    EXPECT_EQ(paths(manager.volumes()),
+    FSUtilities zetaBoots(makeProfile("Zeta"));
+    DiskInfoManager sorted(zetaBoots, center);
+    EXPECT_TRUE(sorted.add(volumeEntry(11, "beta")));
+    EXPECT_TRUE(sorted.add(volumeEntry(12, "Zeta", "apfs")));
+    EXPECT_TRUE(sorted.add(volumeEntry(13, "alpha")));
+    EXPECT_TRUE(sorted.add(volumeEntry(14, "alpha")));
+    EXPECT_EQ(paths(sorted.volumes()),
               (std::vector<std::string>{media.str() + "/Zeta", media.str() + "/alpha", media.str() + "/beta"}));
-    EXPECT_TRUE(manager.info(media.str() + "/Zeta")->isMacFS);
+    EXPECT_TRUE(sorted.info(media.str() + "/Zeta")->isMacFS);
 }
 
 TEST_F(DiskInfoManagerTest, MountsThatAreNoVolumesAreIgnored) {
-    FSUtilities fs(makeProfile());
-    DiskInfoManager manager(fs, center);
     EXPECT_FALSE(manager.add(MountEntry{20, 1, "/proc", "proc", "proc", "rw"}));
     EXPECT_FALSE(manager.add(MountEntry{21, 1, "/opt/data", "/dev/sdz1", "ext4", "rw"}));
     EXPECT_TRUE(manager.volumes().empty());
 }
 
 TEST_F(DiskInfoManagerTest, ExternalDisksLeaveOutNetworkAndInternalDisks) {
-    FSUtilities fs(makeProfile());
-    DiskInfoManager manager(fs, center);
     manager.add(volumeEntry(30, "local"));
     manager.add(MountEntry{31, 1, "/mnt/nas", "nas:/export", "nfs4", "rw"});
     auto nas = manager.info("/mnt/nas");
@@ -90,8 +86,6 @@ TEST_F(DiskInfoManagerTest, ExternalDisksLeaveOutNetworkAndInternalDisks) {
 }
 
 TEST_F(DiskInfoManagerTest, ASystemDiskHoldsTheMarkerFolders) {
-    FSUtilities fs(makeProfile());
-    DiskInfoManager manager(fs, center);
     MountEntry other = volumeEntry(40, "OtherLinux", "ext4");
     media.mkdir("OtherLinux/etc");
     media.mkdir("OtherLinux/usr/bin");
@@ -105,8 +99,6 @@ TEST_F(DiskInfoManagerTest, ASystemDiskHoldsTheMarkerFolders) {
 }
 
 TEST_F(DiskInfoManagerTest, MountChangesUpdateTheListAndNotifyOnTheMainLoop) {
-    FSUtilities fs(makeProfile());
-    DiskInfoManager manager(fs, center);
     std::atomic<int> notified{0};
     std::atomic<bool> onLoopThread{true};
     manager.didChange([&] {
@@ -130,8 +122,6 @@ TEST_F(DiskInfoManagerTest, MountChangesUpdateTheListAndNotifyOnTheMainLoop) {
 }
 
 TEST_F(DiskInfoManagerTest, KnownVolumesFollowTheList) {
-    FSUtilities fs(makeProfile());
-    DiskInfoManager manager(fs, center);
     manager.add(MountEntry{60, 1, "/mnt/nas", "nas:/export", "nfs4", "rw"});
     EXPECT_EQ(fs.diskPathFromFullPath("/mnt/nas/movies/a.mkv"), "/mnt/nas");
     manager.remove(Url("/mnt/nas", true));

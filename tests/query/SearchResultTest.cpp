@@ -25,7 +25,7 @@ SearchResult sampleResult() {
     return result;
 }
 
-TEST(SearchResultJSON, KeysComeInTheNetworkOrderWithThePathPercentEncoded) {
+TEST(SearchResultJSON, KeysComeInTheNetworkOrderWithThePathPercentEncodedAndNoEmptyDiskKey) {
     SearchResult result = sampleResult();
     result.diskKey = "Data 500107862016 ext4";
     EXPECT_EQ(result.toJSON(),
@@ -34,12 +34,9 @@ TEST(SearchResultJSON, KeysComeInTheNetworkOrderWithThePathPercentEncoded) {
               R"("lastAccessDate":1700000200,"checkToSeeIfItExists":true,)"
               R"("uuid":"6A1F0C2E-9B3D-4E5F-8A7B-1C2D3E4F5A6B","searchResultSuppliedBy":10,)"
               R"("ignoreSearchLocation":false,"contentSearchResultsRank":7,"strikeThroughDisplayNameIfMissing":true})");
-}
-
-TEST(SearchResultJSON, WithoutADiskKeyTheKeyIsLeftOut) {
-    std::string text = sampleResult().toJSON();
-    EXPECT_EQ(text.find("diskKey"), std::string::npos);
-    EXPECT_TRUE(text.starts_with(R"({"url":"file:///home/)")) << text;
+    std::string withoutKey = sampleResult().toJSON();
+    EXPECT_EQ(withoutKey.find("diskKey"), std::string::npos);
+    EXPECT_TRUE(withoutKey.starts_with(R"({"url":"file:///home/)")) << withoutKey;
 }
 
 TEST(SearchResultJSON, DecodingGivesBackTheEncodedFieldsButNoContentData) {
@@ -69,17 +66,13 @@ TEST(SearchResultJSON, DecodingGivesBackTheEncodedFieldsButNoContentData) {
     EXPECT_FALSE(decoded->tags.has_value());
 }
 
-TEST(SearchResultJSON, EveryKeyButTheDiskKeyIsRequired) {
+TEST(SearchResultJSON, MissingKeysAndBadValuesAreRefused) {
     auto full = nlohmann::json::parse(sampleResult().toJSON());
     for (const auto& [key, value] : full.items()) {
         auto missing = full;
         missing.erase(key);
         EXPECT_FALSE(SearchResult::fromJSON(missing.dump()).ok()) << key;
     }
-}
-
-TEST(SearchResultJSON, BadValuesAreRefused) {
-    auto full = nlohmann::json::parse(sampleResult().toJSON());
     auto withSupplier = [&](int raw) {
         auto changed = full;
         changed["searchResultSuppliedBy"] = raw;
@@ -121,12 +114,8 @@ TEST(SearchResultForFile, AVanishedFileStillMakesAResultWithZeros) {
     EXPECT_EQ(result.creationDate, 0);
     EXPECT_EQ(result.modDate, 0);
     EXPECT_EQ(result.searchResultSuppliedBy, SearchResultSupplier::spotlight);
-}
-
-TEST(SearchResultForFile, EachResultHasItsOwnIdentity) {
-    auto a = SearchResult::forFile(SearchResultSupplier::fileSystem, "/x", false);
-    auto b = SearchResult::forFile(SearchResultSupplier::fileSystem, "/x", false);
-    EXPECT_NE(a.id(), b.id());
+    auto again = SearchResult::forFile(SearchResultSupplier::spotlight, dir.str() + "/gone.txt", false);
+    EXPECT_NE(again.id(), result.id()) << "each result has its own identity";
 }
 
 TEST(FileURLText, PercentEncodingRoundTrips) {

@@ -24,28 +24,26 @@ std::vector<std::tuple<int, int, int>> days(std::string_view text) {
 
 using Days = std::vector<std::tuple<int, int, int>>;
 
-TEST(DateDetector, NumberAboveTwelveIsTheDayInAnyLocale) {
-    EXPECT_EQ(days("13/4/21"), (Days{{2021, 4, 13}}));
-    EXPECT_EQ(days("4/13/21"), (Days{{2021, 4, 13}}));
-}
-
-TEST(DateDetector, YearsFirstAndTwoDigitYears) {
-    EXPECT_EQ(days("2024-03-25"), (Days{{2024, 3, 25}}));
-    EXPECT_EQ(days("25.3.99"), (Days{{2099, 3, 25}}));
-}
-
-TEST(DateDetector, DaysThatDontExistAndTextWithoutDates) {
-    EXPECT_TRUE(days("31/2/21").empty());
-    EXPECT_TRUE(days("2016").empty());
-    EXPECT_TRUE(days("report final").empty());
-    EXPECT_TRUE(days("0/0/0").empty());
-}
-
-TEST(DateDetector, DayAndMonthTakeTheCurrentYear) {
+TEST(DateDetector, DaysFoundInText) {
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(status));
-    const int year = calendar->get(UCAL_YEAR, status);
-    EXPECT_EQ(days("25/3"), (Days{{year, 3, 25}}));
+    const int thisYear = calendar->get(UCAL_YEAR, status);
+    const std::vector<std::pair<std::string_view, Days>> cases = {
+        // A number above twelve is the day in any locale.
+        {"13/4/21", {{2021, 4, 13}}},
+        {"4/13/21", {{2021, 4, 13}}},
+        // Years first, and two-digit years.
+        {"2024-03-25", {{2024, 3, 25}}},
+        {"25.3.99", {{2099, 3, 25}}},
+        // A day and month take the current year.
+        {"25/3", {{thisYear, 3, 25}}},
+        // Days that don't exist, and text without dates.
+        {"31/2/21", {}},
+        {"2016", {}},
+        {"report final", {}},
+        {"0/0/0", {}},
+    };
+    for (const auto& [text, expected] : cases) EXPECT_EQ(days(text), expected) << text;
 }
 
 }  // namespace

@@ -48,11 +48,12 @@ std::optional<ResultsExporter::Format> exportFormatFor(const std::string& path) 
     return std::nullopt;
 }
 
-// The user's ordering preferences, in a store of this run only: a search
-// from the command line changes no setting.
-void copyOrderingPreferences(Preferences& into) {
+// The user's preferences for matching and ordering, in a store of this run
+// only: a search from the command line changes no setting.
+void copySearchPreferences(Preferences& into) {
     const Preferences& user = Preferences::shared();
-    for (const char* key : {"moveFoldersToTop", "moveItemsStartingWithQueryToTop"}) {
+    for (const char* key : {"moveFoldersToTop", "moveItemsStartingWithQueryToTop", "diacriticInsensitiveSearch",
+                            "showAppsFoundAnywhere"}) {
         (void)into.setValue(key, user.boolValue(key));
     }
 }
@@ -118,7 +119,7 @@ struct SessionSearch::State {
 
 SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_unique<State>()) {
     state->options = std::move(options);
-    copyOrderingPreferences(state->preferences);
+    copySearchPreferences(state->preferences);
     (void)state->preferences.setValue("searchInsideSystemAndApps", state->options.hidden);
     (void)state->preferences.setValue("sizeIsVisible", false);
     SearchSession::Environment environment;

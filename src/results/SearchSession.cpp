@@ -91,7 +91,9 @@ void SearchSession::doSearch() {
     }
     if (manager) manager->stop();
     manager.reset();
-    query.emplace(text, *environment.parser, location, soundex);
+    query.emplace(text, *environment.parser, location, soundex,
+                  QueryPreferences{preferences.boolValue("diacriticInsensitiveSearch"),
+                                   preferences.boolValue("showAppsFoundAnywhere")});
     // Text that starts with "/" browses a path instead.
     if (trimmed(query->baseString).starts_with("/")) return;
     scheduleHistoryEntry();

@@ -22,10 +22,11 @@ using std::chrono::seconds;
 
 // Runs `quester search QUERY --in ROOT --format paths` in UTC, so that
 // "yesterday" is the day the fixture means, and answers the paths found,
-// relative to ROOT.
-Paths search(const std::string& query, const testing::TempDir& root, const testing::TempDir& scratch) {
+// relative to ROOT. `environment` goes before the command ("NAME=value ").
+Paths search(const std::string& query, const testing::TempDir& root, const testing::TempDir& scratch,
+             const std::string& environment = "") {
     const std::string out = scratch.str() + "/out", err = scratch.str() + "/err";
-    std::string command = "TZ=UTC " + std::string(QUESTER_BINARY) + " search '" + query + "' --in '" + root.str() +
+    std::string command = environment + "TZ=UTC " + std::string(QUESTER_BINARY) + " search '" + query + "' --in '" + root.str() +
                           "' --format paths >" + out + " 2>" + err;
     const int status = std::system(command.c_str());
     std::ifstream errors(err);
@@ -66,6 +67,8 @@ protected:
         tree.write("screenshot-1.png", "x");
         tagsWork = testing::setTags(tree.write("photos/holiday.jpg", "x"), "Dark Red,Travel");
         tree.write("photos/sunset.jpg", "x");
+        tree.write("café menu.txt");
+        tree.write("Cafe-bill.txt");
         for (const auto& entry : std::filesystem::recursive_directory_iterator(tree.path())) {
             if (std::filesystem::last_write_time(entry.path()) > std::filesystem::file_time_type::clock::now() -
                                                                     std::chrono::hours(1)) {
@@ -93,6 +96,16 @@ TEST_F(CriteriaTest, NameCriteria) {
     expect("report : whole words", {"report-a.txt", "report-b.txt", "report-old.txt", "Report-Final.PDF",
                                     "report-locked.txt", "archive/report-2019.txt", "deep/a/b/report-deep.txt"});
     expect("report -old -deep : name longer than 16", {"report-locked.txt"});
+    expect("menu : whole words", {"café menu.txt"});
+    expect("men : whole words", {});
+}
+
+TEST_F(CriteriaTest, DiacriticsCountOnlyUntilTheUserSaysOtherwise) {
+    expect("cafe", {"Cafe-bill.txt"});
+    const std::string home = scratch.str() + "/home";
+    std::filesystem::create_directories(home + "/config");
+    std::ofstream(home + "/config/preferences.json") << R"({"diacriticInsensitiveSearch": true})";
+    EXPECT_EQ(search("cafe", tree, scratch, "QUESTER_HOME=" + home + " "), (Paths{"Cafe-bill.txt", "café menu.txt"}));
 }
 
 TEST_F(CriteriaTest, DateCriteria) {

@@ -119,8 +119,9 @@ int runSearch(const SearchOptions& options) {
         complain(*problem);
         return kUnusable;
     }
-    // The application list fills while the query is read; it is also what a
-    // "show apps" query supplies, which the check below asks for.
+    // What a "show apps" query supplies, which the check below asks for. Its
+    // list is read by the first search that wants it, on a thread made after
+    // the signals are blocked.
     (void)ShowAppsCommandDataSource::shared();
     LanguageParse parser(standardCommandFactories());
     QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders));

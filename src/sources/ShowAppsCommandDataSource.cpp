@@ -40,7 +40,6 @@ std::shared_ptr<ShowAppsCommandDataSource> ShowAppsCommandDataSource::shared() {
         auto* made = new std::shared_ptr<ShowAppsCommandDataSource>(
             std::make_shared<ShowAppsCommandDataSource>(PlatformProfile::current()->applicationFolders));
         ShowAppsCommand::setSharedDataSource(*made);
-        (*made)->startup();
         return made;
     }();
     return *instance;

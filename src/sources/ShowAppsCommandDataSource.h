@@ -55,11 +55,14 @@ public:
     ShowAppsCommandDataSource& operator=(const ShowAppsCommandDataSource&) = delete;
 
     // Made on first use with the platform's application folders; it enters
-    // itself as the source of `ShowAppsCommand` and begins its start-up.
+    // itself as the source of `ShowAppsCommand`. Making it starts no thread,
+    // so a program may make it before it sets up its signal handling.
     static std::shared_ptr<ShowAppsCommandDataSource> shared();
 
     // Reads the folders into `contentsOfAppsFolders` on a background
-    // operation. Only the first call does anything; any thread.
+    // operation, whose thread starts here. Only the first call does anything;
+    // the first search that is offered the list makes it if no one has. Any
+    // thread.
     void startup();
     // Blocks until the start-up's list is there, beginning it if need be.
     void waitForStartup();

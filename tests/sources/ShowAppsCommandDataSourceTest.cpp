@@ -129,25 +129,25 @@ TEST_F(ShowAppsCommandDataSourceTest, OrdinarySearchesAreOfferedTheStartupListWi
     EXPECT_TRUE(search(*source, "anything", std::nullopt).empty()) << "no location, nothing";
 }
 
-TEST_F(ShowAppsCommandDataSourceTest, ShowAppsAndShowGamesListWhateverTheLocation) {
+// The listings themselves are checked end to end through the command line.
+TEST_F(ShowAppsCommandDataSourceTest, ListingsSkipTheLocationAndTestNamesOnlyWhenAlone) {
     auto source = makeSource();
     auto apps = search(*source, ": show apps", "/nowhere/else");
     EXPECT_EQ(pathsOf(apps), allApps());
     for (const auto& result : apps) EXPECT_TRUE(result.ignoreSearchLocation);
 
-    EXPECT_EQ(pathsOf(search(*source, ": show games")),
-              (std::set<std::string>{at(kSystem, "chess.desktop"), at(kSystem, "snake.desktop")}));
-}
-
-TEST_F(ShowAppsCommandDataSourceTest, WordsPickAppsByFileNameUnlessAnotherCommandJudges) {
-    auto source = makeSource();
-    EXPECT_EQ(pathsOf(search(*source, "calc : show apps")),
-              (std::set<std::string>{at(kSystem, "kde/calculator.desktop")}));
-    EXPECT_TRUE(search(*source, "snake : show apps").size() == 1);
-    EXPECT_TRUE(search(*source, "chess : show games").size() == 1);
     EXPECT_TRUE(search(*source, "calc : show games").empty());
     // With a second command the words are the pipeline's business.
     EXPECT_EQ(pathsOf(search(*source, "calc : show apps is file")), allApps());
+}
+
+TEST_F(ShowAppsCommandDataSourceTest, ShowAppsCommandsSupplyTheSharedList) {
+    auto shared = ShowAppsCommandDataSource::shared();
+    LanguageParse parser(standardCommandFactories());
+    auto supplied = QueryContainer("chess : show games", parser).suppliedDataSources();
+    ASSERT_EQ(supplied.size(), 1u);
+    EXPECT_EQ(supplied.front(), shared);
+    EXPECT_EQ(ShowAppsCommandDataSource::shared(), shared) << "made once";
 }
 
 TEST_F(ShowAppsCommandDataSourceTest, NamesForCompletionAreFileNamesThenDisplayNamesOnce) {

@@ -51,6 +51,8 @@ public:
     // "com.apple.application-bundle" for a directory ending in ".app", else the
     // type of its extension, and "public.data" for a file of unknown extension.
     std::string typeOfItem(std::string_view path, bool isDirectory) const;
+    // Every entry, in the table's order.
+    const std::vector<UniformTypeDeclaration>& allDeclarations() const { return declarations; }
 
 private:
     void addParentsOf(const std::string& identifier, std::unordered_set<std::string>& ancestors) const;

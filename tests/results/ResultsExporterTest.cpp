@@ -56,20 +56,20 @@ protected:
 TEST_F(ExportTest, csvDefusesFormulasAndQuotesWhatNeedsIt) {
     EXPECT_EQ(exported(Format::csv),
               "name, path, size, mod date, creation date, kind, parent name\n"
-              "'=sum.txt, /home/me/=sum.txt, 1200, 04/07/2023  09:30, 25/12/2022  18:00, Plain Text Document, me\n"
-              "\"a,b.txt\", \"/home/me/a,b.txt\", 0, 04/07/2023  09:30, 04/07/2023  09:30, Plain Text Document, me\n"
+              "'=sum.txt, /home/me/=sum.txt, 1200, 04/07/2023  09:30, 25/12/2022  18:00, Plain text document, me\n"
+              "\"a,b.txt\", \"/home/me/a,b.txt\", 0, 04/07/2023  09:30, 04/07/2023  09:30, Plain text document, me\n"
               "'-x, /data/-x, 7, 25/12/2022  18:00, 01/01/1970  00:00, Document, data\n"
               "\"say \"\"hi\"\".pdf\", \"/data/say \"\"hi\"\".pdf\", 3, 04/07/2023  09:30, 25/12/2022  18:00, "
-              "PDF Document, data\n");
+              "PDF document, data\n");
 }
 
 TEST_F(ExportTest, textWritesFieldsAsTheyAre) {
     EXPECT_EQ(exported(Format::text),
               "name\tpath\tsize\tmod date\tcreation date\tkind\tparent name\n"
-              "=sum.txt\t/home/me/=sum.txt\t1200\t04/07/2023  09:30\t25/12/2022  18:00\tPlain Text Document\tme\n"
-              "a,b.txt\t/home/me/a,b.txt\t0\t04/07/2023  09:30\t04/07/2023  09:30\tPlain Text Document\tme\n"
+              "=sum.txt\t/home/me/=sum.txt\t1200\t04/07/2023  09:30\t25/12/2022  18:00\tPlain text document\tme\n"
+              "a,b.txt\t/home/me/a,b.txt\t0\t04/07/2023  09:30\t04/07/2023  09:30\tPlain text document\tme\n"
               "-x\t/data/-x\t7\t25/12/2022  18:00\t01/01/1970  00:00\tDocument\tdata\n"
-              "say \"hi\".pdf\t/data/say \"hi\".pdf\t3\t04/07/2023  09:30\t25/12/2022  18:00\tPDF Document\tdata\n");
+              "say \"hi\".pdf\t/data/say \"hi\".pdf\t3\t04/07/2023  09:30\t25/12/2022  18:00\tPDF document\tdata\n");
 }
 
 TEST_F(ExportTest, emptyListWritesTheHeaderAloneOverAnExistingFile) {
@@ -82,7 +82,7 @@ TEST_F(ExportTest, rowThatIsNoValidTextIsSkipped) {
     nodes = {node("/d/bad\xff.txt", 1, july2023, july2023), node("/d/good.txt", 1, july2023, july2023)};
     EXPECT_EQ(exported(Format::text),
               "name\tpath\tsize\tmod date\tcreation date\tkind\tparent name\n"
-              "good.txt\t/d/good.txt\t1\t04/07/2023  09:30\t04/07/2023  09:30\tPlain Text Document\td\n");
+              "good.txt\t/d/good.txt\t1\t04/07/2023  09:30\t04/07/2023  09:30\tPlain text document\td\n");
 }
 
 TEST_F(ExportTest, unwritablePlaceFailsWithTheSystemsReason) {

@@ -23,15 +23,15 @@ protected:
 TEST_F(TableTest, columnsAlignWithSizesToTheRight) {
     EXPECT_EQ(ResultsTable::render(rows, 200, dates),
               "Name        Folder       Size  Modified           Kind\n"
-              "report.pdf  /home/me   1.2 MB  04/07/2023, 09:30  PDF Document\n"
-              "a.txt       /srv      5 bytes  04/07/2023, 09:30  Plain Text Document\n");
+              "report.pdf  /home/me   1.2 MB  04/07/2023, 09:30  PDF document\n"
+              "a.txt       /srv      5 bytes  04/07/2023, 09:30  Plain text document\n");
 }
 
 TEST_F(TableTest, aNarrowTerminalShortensTheWiderOfFolderAndNameFirst) {
     rows = {row("/home/me/projects/2024/quarterly/report-final.pdf", 1, 1688463000)};
     EXPECT_EQ(ResultsTable::render(rows, 70, dates),
               "Name            Folder           Size  Modified           Kind\n"
-              "report-…al.pdf  /home/…rterly  1 byte  04/07/2023, 09:30  PDF Document\n");
+              "report-…al.pdf  /home/…rterly  1 byte  04/07/2023, 09:30  PDF document\n");
     // Sizes and dates are never cut, so a very narrow terminal gets the narrowest row there is.
     EXPECT_EQ(ResultsTable::render(rows, 40, dates),
               "Name    Folder    Size  Modified           Kind\n"

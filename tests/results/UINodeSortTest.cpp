@@ -88,7 +88,7 @@ TEST_F(SortTest, everyColumnOrdersByItsValueAndBreaksTiesByAscendingName) {
          {"notes", "file1.pdf", "File2.txt", "file10.txt"}},
         {Column::lastAccessDate, {"file1.pdf", "File2.txt", "file10.txt", "notes"},
          {"File2.txt", "file10.txt", "notes", "file1.pdf"}},
-        // "Document" < "PDF Document" < "Plain Text Document", case aside.
+        // "Document" < "PDF document" < "Plain text document", case aside.
         {Column::kind, {"notes", "file1.pdf", "File2.txt", "file10.txt"},
          {"File2.txt", "file10.txt", "file1.pdf", "notes"}},
         // Plain text order: "B" before "a" before "b".

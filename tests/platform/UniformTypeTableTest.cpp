@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "platform/UniformTypeTable.h"
+
+namespace quester {
+namespace {
+
+const UniformTypeTable& table() { return UniformTypeTable::shared(); }
+
+bool extensionConformsTo(const std::string& extension, const std::string& parent) {
+    auto type = table().typeForExtension(extension);
+    return type && table().conformsTo(*type, parent);
+}
+
+TEST(UniformTypeTable, EveryParentIsDeclaredAndEveryTypeReachesARoot) {
+    std::set<std::string> identifiers;
+    for (const auto& declaration : table().allDeclarations()) {
+        EXPECT_TRUE(identifiers.insert(declaration.identifier).second) << "declared twice: " << declaration.identifier;
+        for (const auto& parent : declaration.conformsTo) {
+            EXPECT_NE(table().declaration(parent), nullptr) << declaration.identifier << " names " << parent;
+        }
+        EXPECT_TRUE(table().conformsTo(declaration.identifier, "public.item") ||
+                    table().conformsTo(declaration.identifier, "public.content") ||
+                    declaration.identifier == "com.apple.resolvable")
+            << declaration.identifier << " hangs from nothing";
+        for (const auto& extension : declaration.filenameExtensions) {
+            EXPECT_EQ(extension.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ."), std::string::npos) << extension;
+        }
+    }
+}
+
+TEST(UniformTypeTable, ConformanceWalksParentsTransitivelyAndNeverDown) {
+    EXPECT_TRUE(table().conformsTo("public.jpeg", "public.image"));
+    EXPECT_TRUE(table().conformsTo("public.jpeg", "public.data"));
+    EXPECT_TRUE(table().conformsTo("public.jpeg", "public.item"));
+    EXPECT_TRUE(table().conformsTo("public.jpeg", "public.content"));
+    EXPECT_TRUE(table().conformsTo("public.heic", "public.image"));
+    EXPECT_TRUE(table().conformsTo("public.python-script", "public.source-code"));
+    EXPECT_TRUE(table().conformsTo("public.python-script", "public.text"));
+    EXPECT_TRUE(table().conformsTo("org.gnu.gnu-zip-tar-archive", "public.archive"));
+    EXPECT_TRUE(table().conformsTo("com.apple.m4v-video", "public.movie"));
+    EXPECT_TRUE(table().conformsTo("com.apple.application-bundle", "com.apple.application"));
+    EXPECT_TRUE(table().conformsTo("com.apple.application-bundle", "public.directory"));
+    EXPECT_TRUE(table().conformsTo("public.symlink", "com.apple.resolvable"));
+
+    EXPECT_FALSE(table().conformsTo("public.image", "public.jpeg"));
+    EXPECT_FALSE(table().conformsTo("public.jpeg", "public.text"));
+    EXPECT_FALSE(table().conformsTo("public.mpeg-4", "public.video"));
+    EXPECT_FALSE(table().conformsTo("public.mp3", "public.movie"));
+    EXPECT_FALSE(table().conformsTo("public.folder", "public.data"));
+}
+
+TEST(UniformTypeTable, EveryTypeConformsToItselfInAnyCase) {
+    EXPECT_TRUE(table().conformsTo("com.example.unknown", "com.example.unknown"));
+    EXPECT_FALSE(table().conformsTo("com.example.unknown", "public.data"));
+    EXPECT_TRUE(table().conformsTo("Public.JPEG", "public.IMAGE"));
+    EXPECT_TRUE(table().conformsTo("COM.ADOBE.PDF", "com.adobe.pdf"));
+}
+
+TEST(UniformTypeTable, OfficeDocumentsAreDocumentsAndNeverArchives) {
+    for (const std::string extension : {"docx", "xlsx", "pptx", "odt", "ods", "odp", "epub", "pages"}) {
+        EXPECT_TRUE(extensionConformsTo(extension, "public.content")) << extension;
+        EXPECT_FALSE(extensionConformsTo(extension, "public.archive")) << extension;
+        EXPECT_FALSE(extensionConformsTo(extension, "public.zip-archive")) << extension;
+        EXPECT_FALSE(extensionConformsTo(extension, "public.text")) << extension;
+    }
+    EXPECT_TRUE(extensionConformsTo("docx", "public.composite-content"));
+    EXPECT_TRUE(extensionConformsTo("xlsx", "public.spreadsheet"));
+    EXPECT_TRUE(extensionConformsTo("pptx", "public.presentation"));
+    EXPECT_TRUE(extensionConformsTo("jar", "public.zip-archive"));
+}
+
+TEST(UniformTypeTable, MarkupIsTextOfItsOwnKindNotPlainText) {
+    EXPECT_EQ(table().typeForExtension("html"), "public.html");
+    EXPECT_TRUE(extensionConformsTo("html", "public.text"));
+    EXPECT_FALSE(extensionConformsTo("html", "public.plain-text"));
+    EXPECT_EQ(table().typeForExtension("rtf"), "public.rtf");
+    EXPECT_TRUE(extensionConformsTo("rtf", "public.text"));
+    EXPECT_FALSE(extensionConformsTo("rtf", "public.plain-text"));
+    EXPECT_TRUE(extensionConformsTo("md", "public.plain-text"));
+}
+
+// Each extension a desktop search meets, with the broad kind it must fall under.
+TEST(UniformTypeTable, CommonExtensionsFallUnderTheirKind) {
+    const std::vector<std::pair<std::string, std::vector<std::string>>> kinds = {
+        {"public.image", {"jpg", "jpeg", "png", "gif", "bmp", "tiff", "webp", "heic", "svg", "ico", "cr2", "nef", "dng"}},
+        {"public.audio", {"mp3", "m4a", "aac", "flac", "wav", "ogg", "opus", "aiff"}},
+        {"public.movie", {"mp4", "m4v", "mov", "mkv", "avi", "webm", "mpeg", "wmv"}},
+        {"public.text", {"txt", "md", "html", "xml", "json", "csv", "rtf"}},
+        {"public.composite-content", {"pdf", "doc", "docx", "odt", "pages", "epub"}},
+        {"public.spreadsheet", {"xls", "xlsx", "ods", "numbers"}},
+        {"public.presentation", {"ppt", "pptx", "odp", "key"}},
+        {"public.archive", {"zip", "tar", "gz", "tgz", "bz2", "xz", "7z", "rar", "zst", "deb", "rpm"}},
+        {"public.disk-image", {"iso", "img", "dmg", "qcow2"}},
+        {"public.font", {"ttf", "otf", "woff", "woff2"}},
+        {"public.source-code",
+         {"c", "h", "cc", "cpp", "hpp", "py", "js", "ts", "java", "rs", "go", "rb", "sh", "swift", "kt", "cs", "php",
+          "pl", "lua", "sql"}},
+        {"public.executable", {"appimage", "run", "exe", "bin"}},
+        {"com.apple.application", {"desktop", "appimage", "app"}},
+    };
+    for (const auto& [kind, extensions] : kinds) {
+        for (const auto& extension : extensions) EXPECT_TRUE(extensionConformsTo(extension, kind)) << extension;
+    }
+    EXPECT_TRUE(extensionConformsTo("so", "public.data"));
+    EXPECT_FALSE(extensionConformsTo("so", "public.executable"));
+    EXPECT_FALSE(extensionConformsTo("iso", "public.image"));
+}
+
+TEST(UniformTypeTable, ExtensionsAreFoundInAnyCaseAndUnknownOnesAreNone) {
+    EXPECT_EQ(table().typeForExtension("PDF"), "com.adobe.pdf");
+    EXPECT_EQ(table().typeForExtension("Jpeg"), "public.jpeg");
+    EXPECT_EQ(table().typeForExtension("AppImage"), "org.appimage.appimage");
+    EXPECT_EQ(table().typeForExtension("xyzzy"), std::nullopt);
+    EXPECT_EQ(table().typeForExtension(""), std::nullopt);
+    EXPECT_EQ(table().typeForExtension(".pdf"), std::nullopt);
+}
+
+TEST(UniformTypeTable, DeclarationsCarryDescriptionExtensionsAndMimeTypes) {
+    const auto* docx = table().declaration("org.openxmlformats.wordprocessingml.document");
+    ASSERT_NE(docx, nullptr);
+    EXPECT_EQ(docx->description, "Microsoft Word document");
+    EXPECT_EQ(docx->filenameExtensions, std::vector<std::string>{"docx"});
+    EXPECT_EQ(docx->mimeTypes,
+              std::vector<std::string>{"application/vnd.openxmlformats-officedocument.wordprocessingml.document"});
+    EXPECT_EQ(docx->conformsTo, (std::vector<std::string>{"public.data", "public.composite-content"}));
+
+    EXPECT_EQ(table().description("com.adobe.pdf"), "PDF document");
+    EXPECT_EQ(table().description("PUBLIC.PYTHON-SCRIPT"), "Python script");
+    EXPECT_EQ(table().description("com.example.unknown"), std::nullopt);
+    EXPECT_EQ(table().declaration("com.example.unknown"), nullptr);
+}
+
+TEST(UniformTypeTable, TypeOfAnItemComesFromItsNameAlone) {
+    EXPECT_EQ(table().typeOfItem("/home/me/Photos", true), "public.folder");
+    EXPECT_EQ(table().typeOfItem("/home/me/odd.zip", true), "public.folder");
+    EXPECT_EQ(table().typeOfItem("/Applications/Tool.app", true), "com.apple.application-bundle");
+    EXPECT_EQ(table().typeOfItem("/Applications/Tool.APP", true), "com.apple.application-bundle");
+    EXPECT_EQ(table().typeOfItem("/home/me/report.PDF", false), "com.adobe.pdf");
+    EXPECT_EQ(table().typeOfItem("/home/me/Tool.app", false), "com.apple.application-bundle");
+    EXPECT_EQ(table().typeOfItem("/home/me/data.xyzzy", false), "public.data");
+    EXPECT_EQ(table().typeOfItem("/home/me/.bashrc", false), "public.data");
+    EXPECT_EQ(table().typeOfItem("/home/me/Makefile", false), "public.data");
+}
+
+}  // namespace
+}  // namespace quester

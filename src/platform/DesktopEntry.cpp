@@ -18,23 +18,29 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-// The value escapes of the format: \s \n \t \r \\, and \; inside a list,
-// which `split` has already told apart from a separating ";".
+// What an escape of the format stands for: \s \n \t \r, and the character
+// itself otherwise (\\, and \; inside a list, which `listItems` has already
+// told apart from a separating ";").
+char escapedCharacter(char c) {
+    switch (c) {
+        case 's':
+            return ' ';
+        case 'n':
+            return '\n';
+        case 't':
+            return '\t';
+        case 'r':
+            return '\r';
+        default:
+            return c;
+    }
+}
+
 std::string unescaped(std::string_view value) {
     std::string text;
     for (std::size_t index = 0; index < value.size(); ++index) {
-        char c = value[index];
-        if (c != '\\' || index + 1 == value.size()) {
-            text += c;
-            continue;
-        }
-        switch (char next = value[++index]) {
-            case 's': text += ' '; break;
-            case 'n': text += '\n'; break;
-            case 't': text += '\t'; break;
-            case 'r': text += '\r'; break;
-            default: text += next; break;
-        }
+        bool escapes = value[index] == '\\' && index + 1 < value.size();
+        text += escapes ? escapedCharacter(value[++index]) : value[index];
     }
     return text;
 }
@@ -80,7 +86,9 @@ std::optional<std::map<std::string, std::string, std::less<>>> entryGroupKeys(st
 
 }  // namespace
 
-bool DesktopEntry::isGame() const { return std::find(categories.begin(), categories.end(), "Game") != categories.end(); }
+bool DesktopEntry::isGame() const {
+    return std::find(categories.begin(), categories.end(), "Game") != categories.end();
+}
 
 Result<DesktopEntry> DesktopEntry::parse(std::string_view text) {
     auto keys = entryGroupKeys(text);
@@ -106,7 +114,8 @@ Result<DesktopEntry> DesktopEntry::read(const std::string& path) {
     char chunk[16384];
     while (file.read(chunk, sizeof chunk) || file.gcount() > 0) {
         text.append(chunk, static_cast<std::size_t>(file.gcount()));
-        if (text.size() > kLargestEntry) return makeError(ErrorCode::corrupt, path + " is too large for a desktop entry");
+        if (text.size() > kLargestEntry)
+            return makeError(ErrorCode::corrupt, path + " is too large for a desktop entry");
     }
     if (file.bad()) return makeError(ErrorCode::ioError, "cannot read " + path);
     auto entry = parse(text);

@@ -86,7 +86,8 @@ void ShowAppsCommandDataSource::listApps(const QueryContainer& query, ShowAppsCo
     const bool testsName = query.commandsFoundInQueryForDisplay().size() == 1;
     std::vector<SearchResult> listed;
     for (auto& app : appsInFolders([&handler] { return handler.shouldStop(); })) {
-        if (testsName && !query.fsItemNameStringIncludesWordsFromQuery(lastPathComponent(app.result.url.path()), false)) {
+        if (testsName &&
+            !query.fsItemNameStringIncludesWordsFromQuery(lastPathComponent(app.result.url.path()), false)) {
             continue;
         }
         if (!isApps && !app.entry.isGame()) continue;

@@ -49,8 +49,7 @@ public:
 
     // `applicationFolders` in order of precedence. `fsUtilities` (the
     // process-wide one when null) must outlive the source.
-    explicit ShowAppsCommandDataSource(std::vector<std::string> applicationFolders,
-                                       FSUtilities* fsUtilities = nullptr);
+    explicit ShowAppsCommandDataSource(std::vector<std::string> applicationFolders, FSUtilities* fsUtilities = nullptr);
     ShowAppsCommandDataSource(const ShowAppsCommandDataSource&) = delete;
     ShowAppsCommandDataSource& operator=(const ShowAppsCommandDataSource&) = delete;
 

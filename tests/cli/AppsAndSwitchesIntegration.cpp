@@ -53,7 +53,8 @@ protected:
     Paths search(const std::string& query, const std::string& folder) const {
         using testing::QuesterProcess;
         const std::string environment = "XDG_DATA_HOME=" + QuesterProcess::quoted(at("home/.local/share")) +
-                                        " XDG_DATA_DIRS=" + QuesterProcess::quoted(at("share") + ":" + at("nowhere")) + " ";
+                                        " XDG_DATA_DIRS=" + QuesterProcess::quoted(at("share") + ":" + at("nowhere")) +
+                                        " ";
         auto run = QuesterProcess::run(QUESTER_BINARY, {"search", query, "--in", folder, "--format", "paths"}, scratch,
                                        environment);
         EXPECT_EQ(run.status, 0) << query << ": " << run.err;
@@ -98,8 +99,7 @@ TEST_F(AppsAndSwitchesTest, AnOrdinaryQueryFindsAnApplicationByNameInsideItsLoca
     // The system's folder lies outside the home: its text file isn't walked
     // and its application isn't offered there.
     EXPECT_EQ(search("chess", at("home")), Paths{});
-    EXPECT_EQ(search("frobnicator", at("share")),
-              (Paths{at("share/applications/frobnicator-notes.txt")}));
+    EXPECT_EQ(search("frobnicator", at("share")), (Paths{at("share/applications/frobnicator-notes.txt")}));
 }
 
 TEST_F(AppsAndSwitchesTest, ShowInvisibleItemsFindsWhatThePlainQueryMisses) {
@@ -115,7 +115,8 @@ TEST_F(AppsAndSwitchesTest, ShowAllFilesListsTheWholeTree) {
     EXPECT_EQ(search(": show all files", at("home/docs")), visible);
 
     Paths everything = visible;
-    everything.insert({at("home/docs/.drafts"), at("home/docs/.drafts/hidden-draft.txt"), at("home/docs/.hidden-settings")});
+    everything.insert(
+        {at("home/docs/.drafts"), at("home/docs/.drafts/hidden-draft.txt"), at("home/docs/.hidden-settings")});
     EXPECT_EQ(search(": show all files show invisible items", at("home/docs")), everything);
 }
 

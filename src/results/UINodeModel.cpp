@@ -157,33 +157,22 @@ void UINodeModel::showResults(UINode::NodeList items, std::function<void()> onCo
 void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<void()> completion) {
     const SortRequest request = sortRequest();
     const std::uint64_t mergeGeneration = generation;
-    onContentQueue([batch = std::move(batch), replaceAll, request, completion = std::move(completion),
+    const bool deferred = sortingDeferred && !replaceAll;
+    onContentQueue([batch = std::move(batch), replaceAll, deferred, request, completion = std::move(completion),
                     mergeGeneration](UINodeModel& model) mutable {
         if (replaceAll) {
             model.content.clear();
             model.contentOrder.clear();
         }
-        std::unordered_map<std::string, UINodePtr> byURL;
-        std::vector<std::string> urls;
-        for (auto& node : batch) {
-            if (byURL.insert_or_assign(node->fileURL.path(), node).second) urls.push_back(node->fileURL.path());
-        }
-        std::unordered_set<std::string> newURLs;
-        UINode::NodeList toRank;
-        for (const auto& url : urls) {
-            if (model.content.contains(url)) continue;
-            const UINodePtr& node = byURL[url];
-            model.content.emplace(url, node);
-            model.contentOrder.push_back(node);
-            newURLs.insert(url);
-            if (node->dynamic().tryCollectSummaryLines) toRank.push_back(node);
-        }
-        if (request.column == Column::rank && !toRank.empty()) {
-            model.onMainLoop([toRank](UINodeModel& self) { self.appendToCheckQueue(toRank); });
+        const std::unordered_set<std::string_view> newURLs = model.takeIntoContent(std::move(batch), request.column);
+        if (deferred) {
+            model.onMainLoop([completion = std::move(completion), mergeGeneration](UINodeModel& self) {
+                if (mergeGeneration == self.generation && completion) completion();
+            });
+            return;
         }
         std::vector<ChildrenChange> changes;
-        UINode::NodeList sorted = model.sortedContent(request, changes, [&](const UINodePtr& node) {
-            const auto children = node->dynamic().children;
+        UINode::NodeList sorted = model.sortedContent(request, changes, [&](const UINode::NodeList& children) {
             return std::any_of(children.begin(), children.end(),
                                [&](const UINodePtr& child) { return newURLs.contains(child->fileURL.path()); });
         });
@@ -191,13 +180,41 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
     });
 }
 
+std::unordered_set<std::string_view> UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
+    // Of two rows for one URL in the batch the later wins, in the place of the first.
+    std::unordered_map<std::string_view, std::size_t> slotOfURL;
+    std::vector<std::size_t> winners;
+    slotOfURL.reserve(batch.size());
+    winners.reserve(batch.size());
+    for (std::size_t index = 0; index < batch.size(); ++index) {
+        const auto [slot, isFirst] = slotOfURL.try_emplace(batch[index]->fileURL.path(), winners.size());
+        if (isFirst) {
+            winners.push_back(index);
+        } else {
+            winners[slot->second] = index;
+        }
+    }
+    std::unordered_set<std::string_view> newURLs;
+    UINode::NodeList toRank;
+    for (std::size_t index : winners) {
+        UINodePtr& node = batch[index];
+        const auto [entry, added] = content.try_emplace(node->fileURL.path(), node);
+        if (!added) continue;
+        newURLs.insert(entry->first);
+        if (sortColumn == Column::rank && node->dynamic().tryCollectSummaryLines) toRank.push_back(node);
+        contentOrder.push_back(std::move(node));
+    }
+    if (!toRank.empty()) onMainLoop([toRank](UINodeModel& self) { self.appendToCheckQueue(toRank); });
+    return newURLs;
+}
+
 UINode::NodeList UINodeModel::sortedContent(const SortRequest& request, std::vector<ChildrenChange>& changes,
-                                            const std::function<bool(const UINodePtr&)>& childrenNeedSorting) const {
+                                            const ChildrenFilter& childrenNeedSorting) const {
     UINode::NodeList sorted =
         UINode::sortNodes(contentOrder, request.column, request.reversed, request.queryText, preferences);
     for (const auto& node : sorted) {
-        const UINode::NodeList children = node->dynamic().children;
-        if (children.empty() || !childrenNeedSorting(node)) continue;
+        const UINode::NodeList children = node->children();
+        if (children.empty() || !childrenNeedSorting(children)) continue;
         UINode::NodeList resorted =
             UINode::sortNodes(children, request.column, request.reversed, request.queryText, preferences);
         if (resorted != children) changes.push_back({node, std::move(resorted)});
@@ -222,7 +239,7 @@ void UINodeModel::resortResults() {
     const std::uint64_t sortGeneration = generation;
     onContentQueue([request, sortGeneration](UINodeModel& model) {
         std::vector<ChildrenChange> changes;
-        UINode::NodeList sorted = model.sortedContent(request, changes, [](const UINodePtr&) { return true; });
+        UINode::NodeList sorted = model.sortedContent(request, changes, [](const UINode::NodeList&) { return true; });
         model.applyOnMainLoop(std::move(changes), std::move(sorted), {}, sortGeneration);
     });
 }
@@ -242,6 +259,12 @@ void UINodeModel::setCurrentColumn(Column newColumn) {
 void UINodeModel::setCurrentColumnReversed(bool isReversed) {
     reversed = isReversed;
     resortResults();
+}
+
+void UINodeModel::setSortingDeferred(bool deferred) {
+    const bool ending = sortingDeferred && !deferred;
+    sortingDeferred = deferred;
+    if (ending) resortResults();
 }
 
 void UINodeModel::removeNodes(UINode::NodeList items) {

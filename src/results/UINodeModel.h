@@ -7,7 +7,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "results/Column.h"
@@ -95,7 +97,7 @@ public:
     // `displayItems`.
     void afterPendingWork(std::function<void()> then);
     // Merges a batch: a URL already listed keeps its first row. The whole set
-    // is sorted again and replaces `displayItems`.
+    // is sorted again and replaces `displayItems`, unless sorting is deferred.
     void addMoreNodes(UINode::NodeList nodes);
     // Replaces every row with `items`; `onCompletion` runs on the main loop after.
     void showResults(UINode::NodeList items, std::function<void()> onCompletion = {});
@@ -123,6 +125,14 @@ public:
     void setCurrentColumn(Column newColumn);
     bool currentColumnReversed() const { return reversed; }
     void setCurrentColumnReversed(bool isReversed);
+
+    // While deferred, `addMoreNodes` only takes its batch into the content:
+    // nothing is sorted and `displayItems` stays as it was. Ending the
+    // deferral sorts the whole content once and shows it. For an owner that
+    // shows nothing until the search has ended, such as the command line,
+    // which would otherwise sort the growing list at every flush.
+    void setSortingDeferred(bool deferred);
+    bool isSortingDeferred() const { return sortingDeferred; }
 
     const UINode::NodeList& displayItems() const { return display; }
     VisualState visualHint() const { return hint; }
@@ -153,9 +163,12 @@ private:
     explicit UINodeModel(Environment environment);
 
     void merge(UINode::NodeList batch, bool replaceAll, std::function<void()> completion);
+    // Content queue: adds the batch's new rows; answers their URLs.
+    std::unordered_set<std::string_view> takeIntoContent(UINode::NodeList batch, Column sortColumn);
     // Content queue: the sorted rows and the children whose order changed.
+    using ChildrenFilter = std::function<bool(const UINode::NodeList& children)>;
     UINode::NodeList sortedContent(const SortRequest& request, std::vector<ChildrenChange>& changes,
-                                   const std::function<bool(const UINodePtr&)>& childrenNeedSorting) const;
+                                   const ChildrenFilter& childrenNeedSorting) const;
     SortRequest sortRequest() const;
     void applyOnMainLoop(std::vector<ChildrenChange> changes, UINode::NodeList sorted,
                          std::function<void()> completion, std::uint64_t mergeGeneration);
@@ -197,6 +210,7 @@ private:
     UINode::NodeList display;
     Column column = Column::name;
     bool reversed = false;
+    bool sortingDeferred = false;
     VisualState hint = VisualState::icons;
     UINode::NodeList lastVisibleNodes;
     bool ranksDirty = false;

@@ -133,6 +133,36 @@ TEST_F(ModelTest, changingColumnOrDirectionResorts) {
     EXPECT_EQ(names(model->displayItems()), (Names{"a.txt", "b.txt", "c"}));
 }
 
+TEST_F(ModelTest, deferredSortingShowsNothingUntilItEndsAndThenTheWholeSortedSet) {
+    model->addMoreNodes({fileNode("/d/m.txt")});
+    waitForDisplay();
+    model->setSortingDeferred(true);
+    const UINodePtr first = fileNode("/d/c.txt", 1);
+    model->addMoreNodes({first, fileNode("/d/a.txt")});
+    model->addMoreNodes({fileNode("/d/c.txt", 2), fileNode("/d/b.txt")});
+    bool settled = false;
+    model->afterPendingWork([&] { settled = true; });
+    ASSERT_TRUE(eventually([&] { return settled; }));
+    EXPECT_EQ(names(model->displayItems()), (Names{"m.txt"}));
+
+    const int changes = view->displayChanges;
+    model->setSortingDeferred(false);
+    waitForDisplay();
+    EXPECT_EQ(view->displayChanges, changes + 1);
+    EXPECT_EQ(names(model->displayItems()), (Names{"a.txt", "b.txt", "c.txt", "m.txt"}));
+    EXPECT_EQ(model->displayItems()[2], first);
+}
+
+TEST_F(ModelTest, clearDuringDeferredSortingForgetsTheTakenRows) {
+    model->setSortingDeferred(true);
+    model->addMoreNodes({fileNode("/d/old.txt")});
+    model->clear();
+    model->addMoreNodes({fileNode("/d/new.txt")});
+    model->setSortingDeferred(false);
+    waitForDisplay();
+    EXPECT_EQ(names(model->displayItems()), (Names{"new.txt"}));
+}
+
 TEST_F(ModelTest, clearEmptiesAtOnceAndDropsSortsOfTheClearedSearch) {
     model->addMoreNodes({fileNode("/d/a.txt")});
     waitForDisplay();

@@ -61,12 +61,13 @@ public:
     }
 
     // What the search must find: every real file and folder below the root
-    // (links and special files are no results) whose name passes `test` and
-    // whose full path does too (a walk offers an item on its path; the final
-    // test is on the name). Hidden off leaves out dot components, what lies
-    // inside a package, and the folders no walk enters.
+    // (links and special files are no results) whose name passes `test` and,
+    // unless the query negates a word, whose full path does too (a walk offers
+    // an item on its path; the final test is on the name). Hidden off leaves
+    // out dot components, what lies inside a package, and the folders no walk
+    // enters.
     std::set<std::string> reference(const std::function<bool(const std::string&)>& test, bool hidden,
-                                    int maxRelativeDepth = 0) const {
+                                    int maxRelativeDepth = 0, bool negated = false) const {
         std::set<std::string> expected;
         for (auto it = fs::recursive_directory_iterator(dir.path()); it != fs::recursive_directory_iterator(); ++it) {
             const auto& entry = *it;
@@ -76,7 +77,7 @@ public:
             if (isBelowSkippedFolder(relative)) continue;
             if (!hidden && isHiddenOrInPackage(relative)) continue;
             std::string full = entry.path().string();
-            if (test(entry.path().filename().string()) && test(full)) expected.insert(full);
+            if (test(entry.path().filename().string()) && (negated || test(full))) expected.insert(full);
         }
         return expected;
     }
@@ -144,7 +145,8 @@ protected:
                            int maxRelativeDepth = 0) {
         auto found = search(text, hidden);
         std::multiset<std::string> delivered(found.begin(), found.end());
-        auto expected = tree.reference(test, hidden, maxRelativeDepth);
+        const bool negated = text.find("NOT") != std::string::npos || text.find(" -") != std::string::npos;
+        auto expected = tree.reference(test, hidden, maxRelativeDepth, negated);
         EXPECT_EQ(delivered, std::multiset<std::string>(expected.begin(), expected.end()))
             << "query: " << text << (hidden ? " (hidden on)" : "");
         EXPECT_FALSE(expected.empty()) << "a fixture that finds nothing tests nothing: " << text;

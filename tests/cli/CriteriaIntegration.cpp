@@ -1,17 +1,15 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
 
 #include "testing/FileFlags.h"
+#include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -25,15 +23,11 @@ using std::chrono::seconds;
 // relative to ROOT. `environment` goes before the command ("NAME=value ").
 Paths search(const std::string& query, const testing::TempDir& root, const testing::TempDir& scratch,
              const std::string& environment = "") {
-    const std::string out = scratch.str() + "/out", err = scratch.str() + "/err";
-    std::string command = environment + "TZ=UTC " + std::string(QUESTER_BINARY) + " search '" + query + "' --in '" + root.str() +
-                          "' --format paths >" + out + " 2>" + err;
-    const int status = std::system(command.c_str());
-    std::ifstream errors(err);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0)
-        << query << ": " << std::string(std::istreambuf_iterator<char>(errors), {});
+    auto run = testing::QuesterProcess::run(QUESTER_BINARY, {"search", query, "--in", root.str(), "--format", "paths"},
+                                            scratch, environment + "TZ=UTC ");
+    EXPECT_EQ(run.status, 0) << query << ": " << run.err;
     Paths found;
-    std::ifstream lines(out);
+    std::istringstream lines(run.out);
     for (std::string line; std::getline(lines, line);) found.insert(line.substr(root.str().size() + 1));
     return found;
 }

@@ -6,9 +6,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
@@ -17,33 +15,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
 
 namespace quester {
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-// Runs `quester` with `arguments`; standard output and error are captured in files.
-Outcome runQuester(const std::vector<std::string>& arguments, const testing::TempDir& scratch) {
-    std::string command = QUESTER_BINARY;
-    for (const auto& argument : arguments) command += " '" + argument + "'";
-    std::string outPath = scratch.str() + "/out", errPath = scratch.str() + "/err";
-    command += " >" + outPath + " 2>" + errPath;
-    Outcome outcome;
-    int raw = std::system(command.c_str());
-    outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    auto slurp = [](const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
-    outcome.out = slurp(outPath);
-    outcome.err = slurp(errPath);
-    return outcome;
+testing::QuesterProcess runQuester(const std::vector<std::string>& arguments, const testing::TempDir& scratch) {
+    return testing::QuesterProcess::run(QUESTER_BINARY, arguments, scratch);
 }
 
 std::multiset<std::string> split(const std::string& text, char separator) {

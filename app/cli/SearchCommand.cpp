@@ -124,7 +124,7 @@ int runSearch(const SearchOptions& options) {
     // the signals are blocked.
     (void)ShowAppsCommandDataSource::shared();
     LanguageParse parser(standardCommandFactories());
-    QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders));
+    QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders), sorted.soundex);
     if (auto reason = unusableQueryReason(query)) {
         complain(*reason);
         return kUnusable;
@@ -147,6 +147,8 @@ void addSearchCommand(CLI::App& app, int& exitStatus) {
         ->required();
     search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)");
     search->add_flag("--hidden", options->session.hidden, "Include hidden, system and in-package items");
+    search->add_flag("--sounds-like", options->session.soundex,
+                     "Match names with a word that sounds like one of the query's (slower)");
     search->add_option("--limit", options->session.limit, "Print the first this many of the sorted results")
         ->check(CLI::PositiveNumber);
     search->add_option("--format", options->session.format,

@@ -183,6 +183,7 @@ int SessionSearch::run() {
     model->setCurrentColumnReversed(options.reverse);
     // Nothing is shown before the end, so the list is sorted once, then.
     model->setSortingDeferred(true);
+    state->session->setSoundex(options.soundex);
     state->session->controlTextDidChange(options.query);
     state->session->doSearch();
     if (!state->session->currentSearchManager()) {

@@ -94,6 +94,16 @@ TEST_F(CriteriaTest, NameCriteria) {
     expect("men : whole words", {});
 }
 
+TEST_F(CriteriaTest, SoundsLikeMatchesAnyWordOfTheNameBySoundex) {
+    tree.write("Smyth notes.txt");
+    tree.write("Schmidt.txt");
+    tree.write("Smart.txt");
+    auto run = testing::QuesterProcess::run(
+        QUESTER_BINARY, {"search", "smith", "--sounds-like", "--in", tree.str(), "--format", "paths"}, scratch);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, tree.str() + "/Schmidt.txt\n" + tree.str() + "/Smyth notes.txt\n");
+}
+
 TEST_F(CriteriaTest, DiacriticsCountOnlyUntilTheUserSaysOtherwise) {
     expect("cafe", {"Cafe-bill.txt"});
     const std::string home = scratch.str() + "/home";

@@ -43,7 +43,8 @@ std::vector<std::string> typeInformation(const UniformTypeDeclaration& declarati
 }
 
 std::string withFirstLetterUppercased(std::string text) {
-    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z')
+        text.front() = static_cast<char>(text.front() - 'a' + 'A');
     return text;
 }
 

@@ -35,10 +35,10 @@ Run runQuester(const std::string& arguments) {
 class KindCriteriaTest : public ::testing::Test {
 protected:
     KindCriteriaTest() {
-        for (const auto* name : {"photos/holiday.JPG", "photos/scan.heic", "photos/raw.nef", "logo.svg", "report.pdf",
-                                 "letter.docx", "sheet.xlsx", "backup.tar.gz", "song.mp3", "song.flac", "film.mkv",
-                                 "clip.mp4", "main.py", "notes.txt", "editor.desktop", "tool.AppImage", "data.xyzzy",
-                                 "README"}) {
+        for (const auto* name :
+             {"photos/holiday.JPG", "photos/scan.heic", "photos/raw.nef", "logo.svg", "report.pdf", "letter.docx",
+              "sheet.xlsx", "backup.tar.gz", "song.mp3", "song.flac", "film.mkv", "clip.mp4", "main.py", "notes.txt",
+              "editor.desktop", "tool.AppImage", "data.xyzzy", "README"}) {
             tree.write(name, "x");
         }
         tree.mkdir("Tool.app");

@@ -90,15 +90,6 @@ TEST_F(UTIAssistantTest, WordsAreFoundInTheKindAndTheTypesDeclaration) {
     }
 }
 
-TEST(UTIAssistantSubstitutions, FixedWordsOnly) {
-    EXPECT_EQ(UTIAssistant::utiSubstitutions("video"), "movie");
-    EXPECT_EQ(UTIAssistant::utiSubstitutions("sound"), "audio");
-    EXPECT_EQ(UTIAssistant::utiSubstitutions("music"), "audio");
-    EXPECT_EQ(UTIAssistant::utiSubstitutions("app"), "com.apple.application");
-    EXPECT_EQ(UTIAssistant::utiSubstitutions("pdf"), "com.adobe.pdf");
-    EXPECT_EQ(UTIAssistant::utiSubstitutions("image"), std::nullopt);
-}
-
 struct KindCase {
     std::string word;
     std::string path;

@@ -8,7 +8,9 @@
 namespace quester {
 namespace {
 
-const UniformTypeTable& table() { return UniformTypeTable::shared(); }
+const UniformTypeTable& table() {
+    return UniformTypeTable::shared();
+}
 
 bool extensionConformsTo(const std::string& extension, const std::string& parent) {
     auto type = table().typeForExtension(extension);
@@ -86,7 +88,8 @@ TEST(UniformTypeTable, MarkupIsTextOfItsOwnKindNotPlainText) {
 // Each extension a desktop search meets, with the broad kind it must fall under.
 TEST(UniformTypeTable, CommonExtensionsFallUnderTheirKind) {
     const std::vector<std::pair<std::string, std::vector<std::string>>> kinds = {
-        {"public.image", {"jpg", "jpeg", "png", "gif", "bmp", "tiff", "webp", "heic", "svg", "ico", "cr2", "nef", "dng"}},
+        {"public.image",
+         {"jpg", "jpeg", "png", "gif", "bmp", "tiff", "webp", "heic", "svg", "ico", "cr2", "nef", "dng"}},
         {"public.audio", {"mp3", "m4a", "aac", "flac", "wav", "ogg", "opus", "aiff"}},
         {"public.movie", {"mp4", "m4v", "mov", "mkv", "avi", "webm", "mpeg", "wmv"}},
         {"public.text", {"txt", "md", "html", "xml", "json", "csv", "rtf"}},
@@ -96,9 +99,8 @@ TEST(UniformTypeTable, CommonExtensionsFallUnderTheirKind) {
         {"public.archive", {"zip", "tar", "gz", "tgz", "bz2", "xz", "7z", "rar", "zst", "deb", "rpm"}},
         {"public.disk-image", {"iso", "img", "dmg", "qcow2"}},
         {"public.font", {"ttf", "otf", "woff", "woff2"}},
-        {"public.source-code",
-         {"c", "h", "cc", "cpp", "hpp", "py", "js", "ts", "java", "rs", "go", "rb", "sh", "swift", "kt", "cs", "php",
-          "pl", "lua", "sql"}},
+        {"public.source-code", {"c",  "h",  "cc", "cpp",   "hpp", "py", "js",  "ts", "java", "rs",
+                                "go", "rb", "sh", "swift", "kt",  "cs", "php", "pl", "lua",  "sql"}},
         {"public.executable", {"appimage", "run", "exe", "bin"}},
         {"com.apple.application", {"desktop", "appimage", "app"}},
     };

@@ -1,35 +1,15 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <set>
 #include <string>
 
 #include <nlohmann/json.hpp>
 
+#include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
 
 namespace quester {
 namespace {
-
-struct Run {
-    std::string output;
-    int status = -1;
-};
-
-// Runs the `quester` command with `arguments` (already quoted for the shell),
-// standard error discarded.
-Run runQuester(const std::string& arguments) {
-    const std::string command = std::string(QUESTER_BINARY) + " " + arguments + " 2>/dev/null";
-    Run run;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe) return run;
-    char buffer[4096];
-    while (size_t count = std::fread(buffer, 1, sizeof buffer, pipe)) run.output.append(buffer, count);
-    const int status = ::pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
 
 // A folder of items of many kinds, named so that only their kind tells them apart.
 class KindCriteriaTest : public ::testing::Test {
@@ -46,17 +26,19 @@ protected:
 
     // The paths `quester search` prints for `query` in the fixture, relative to it.
     std::set<std::string> found(const std::string& query) const {
-        const auto run = runQuester("search '" + query + "' --in '" + tree.str() + "' --format paths");
-        EXPECT_EQ(run.status, 0) << query;
+        const auto run = testing::QuesterProcess::run(
+            QUESTER_BINARY, {"search", query, "--in", tree.str(), "--format", "paths"}, scratch);
+        EXPECT_EQ(run.status, 0) << query << ": " << run.err;
         std::set<std::string> paths;
         std::size_t start = 0;
-        for (std::size_t end; (end = run.output.find('\n', start)) != std::string::npos; start = end + 1) {
-            paths.insert(run.output.substr(start + tree.str().size() + 1, end - start - tree.str().size() - 1));
+        for (std::size_t end; (end = run.out.find('\n', start)) != std::string::npos; start = end + 1) {
+            paths.insert(run.out.substr(start + tree.str().size() + 1, end - start - tree.str().size() - 1));
         }
         return paths;
     }
 
     testing::TempDir tree;
+    testing::TempDir scratch;
 };
 
 using Paths = std::set<std::string>;
@@ -82,10 +64,11 @@ TEST_F(KindCriteriaTest, KindsCombineWithWordsAndEachOther) {
 }
 
 TEST(KindCriteriaExplain, AKindWordRoundTrips) {
-    const auto run = runQuester("explain --json 'report : is pdf'");
-    ASSERT_EQ(run.status, 0) << run.output;
-    const auto explanation = nlohmann::json::parse(run.output, nullptr, false);
-    ASSERT_FALSE(explanation.is_discarded()) << run.output;
+    const testing::TempDir scratch;
+    const auto run = testing::QuesterProcess::run(QUESTER_BINARY, {"explain", "--json", "report : is pdf"}, scratch);
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto explanation = nlohmann::json::parse(run.out, nullptr, false);
+    ASSERT_FALSE(explanation.is_discarded()) << run.out;
     EXPECT_EQ(explanation["commands"], nlohmann::json::parse(R"([{"type": "UTICommand", "text": "is pdf"}])"));
     EXPECT_EQ(explanation["searchWords"], nlohmann::json({"report"}));
 }

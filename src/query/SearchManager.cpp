@@ -289,11 +289,15 @@ void SearchManager::drainPendingResults(Locked<PendingResults>& pending, const s
     // list empty yields a little before it ends, so that the queue's thread
     // isn't put to sleep and woken again for every item.
     int idleRounds = 0;
+    // The drained list and the one the sources fill trade places, so both
+    // keep their room instead of growing again from nothing at every round.
+    std::vector<SearchResult> batch;
     for (;;) {
         bool lingering = idleRounds < kLingerRounds;
-        auto batch = pending.access([&](PendingResults& waiting) {
+        batch.clear();
+        pending.access([&](PendingResults& waiting) {
             if (waiting.items.empty() && !lingering) waiting.drainScheduled = false;
-            return std::exchange(waiting.items, {});
+            std::swap(waiting.items, batch);
         });
         if (batch.empty()) {
             if (!lingering) break;

@@ -1,5 +1,7 @@
 #include "query/SearchResultsBucket.h"
 
+#include <iterator>
+
 namespace quester {
 
 namespace {
@@ -17,7 +19,8 @@ void SearchResultsBucket::add(const std::vector<SearchResult>& results) {
 bool SearchResultsBucket::isTimeToEmpty() const { return clock.now() - lastFlushTime > kFlushInterval; }
 
 std::vector<SearchResult> SearchResultsBucket::empty() {
-    std::vector<SearchResult> taken(bucketItems.begin(), bucketItems.end());
+    std::vector<SearchResult> taken(std::make_move_iterator(bucketItems.begin()),
+                                    std::make_move_iterator(bucketItems.end()));
     bucketItems.clear();
     lastFlushTime = clock.now();
     return taken;

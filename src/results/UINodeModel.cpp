@@ -164,23 +164,27 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
             model.content.clear();
             model.contentOrder.clear();
         }
-        const std::unordered_set<std::string_view> newURLs = model.takeIntoContent(std::move(batch), request.column);
+        const std::size_t firstNew = model.contentOrder.size();
+        model.takeIntoContent(std::move(batch), request.column);
         if (deferred) {
             model.onMainLoop([completion = std::move(completion), mergeGeneration](UINodeModel& self) {
                 if (mergeGeneration == self.generation && completion) completion();
             });
             return;
         }
+        // Listed only once a row with children asks: most lists have none.
+        std::optional<std::unordered_set<std::string_view>> newURLs;
         std::vector<ChildrenChange> changes;
         UINode::NodeList sorted = model.sortedContent(request, changes, [&](const UINode::NodeList& children) {
+            if (!newURLs) newURLs = model.urlsFrom(firstNew);
             return std::any_of(children.begin(), children.end(),
-                               [&](const UINodePtr& child) { return newURLs.contains(child->fileURL.path()); });
+                               [&](const UINodePtr& child) { return newURLs->contains(child->fileURL.path()); });
         });
         model.applyOnMainLoop(std::move(changes), std::move(sorted), std::move(completion), mergeGeneration);
     });
 }
 
-std::unordered_set<std::string_view> UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
+void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
     // Of two rows for one URL in the batch the later wins, in the place of the first.
     std::unordered_map<std::string_view, std::size_t> slotOfURL;
     std::vector<std::size_t> winners;
@@ -194,18 +198,20 @@ std::unordered_set<std::string_view> UINodeModel::takeIntoContent(UINode::NodeLi
             winners[slot->second] = index;
         }
     }
-    std::unordered_set<std::string_view> newURLs;
     UINode::NodeList toRank;
     for (std::size_t index : winners) {
         UINodePtr& node = batch[index];
-        const auto [entry, added] = content.try_emplace(node->fileURL.path(), node);
-        if (!added) continue;
-        newURLs.insert(entry->first);
+        if (!content.try_emplace(node->fileURL.path(), node).second) continue;
         if (sortColumn == Column::rank && node->dynamic().tryCollectSummaryLines) toRank.push_back(node);
         contentOrder.push_back(std::move(node));
     }
     if (!toRank.empty()) onMainLoop([toRank](UINodeModel& self) { self.appendToCheckQueue(toRank); });
-    return newURLs;
+}
+
+std::unordered_set<std::string_view> UINodeModel::urlsFrom(std::size_t first) const {
+    std::unordered_set<std::string_view> urls;
+    for (std::size_t index = first; index < contentOrder.size(); ++index) urls.insert(contentOrder[index]->fileURL.path());
+    return urls;
 }
 
 UINode::NodeList UINodeModel::sortedContent(const SortRequest& request, std::vector<ChildrenChange>& changes,

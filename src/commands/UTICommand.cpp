@@ -31,10 +31,13 @@ CommandApplyResult UTICommand::commandImpApply(SearchResult& to, SearchDataSourc
     if (wantedUTI == "file" && !to.isDirectory) return CommandApplyResult::accept;
     if (wantedUTI == "folder" && to.isDirectory) return CommandApplyResult::accept;
     const std::string& path = to.url.path();
-    if (const auto* uti = specialCaseUTIFor(wantedUTI)) {
-        const auto& table = UniformTypeTable::shared();
-        if (table.conformsTo(table.typeOfItem(path, to.isDirectory), *uti)) return CommandApplyResult::accept;
-    }
+    const auto& table = UniformTypeTable::shared();
+    // A word of the fixed table stands for its type; a type identifier the
+    // table declares ("public.image", "com.adobe.pdf") stands for itself, since
+    // the kind texts below drop "public." and never hold a type's own name.
+    const std::string* uti = specialCaseUTIFor(wantedUTI);
+    if (!uti && table.declaration(wantedUTI)) uti = &wantedUTI;
+    if (uti && table.conformsTo(table.typeOfItem(path, to.isDirectory), *uti)) return CommandApplyResult::accept;
     const Url item(path, to.isDirectory);
     return UTIAssistant::shared().utiInformationIncludesWord(pathExtension(path), item, wantedUTI)
                ? CommandApplyResult::accept

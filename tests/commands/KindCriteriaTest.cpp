@@ -74,7 +74,8 @@ TEST_F(UTIAssistantTest, WordsAreFoundInTheKindAndTheTypesDeclaration) {
         {"/d/a.docx", "zip", false},
         {"/d/a.docx", "archive", false},
         {"/d/a.jpg", "movie", false},
-        // "public." is cut from what is searched, so a full identifier isn't found.
+        // "public." is cut from what is searched, so a full identifier isn't
+        // found here; the command itself knows declared identifiers.
         {"/d/a.jpg", "public.image", false},
         // "app" asks only whether the extension is "app".
         {"/d/Tool.app", "app", true, true},
@@ -152,20 +153,20 @@ TEST(UTICommandJudgement, KindWordsAcceptTheirItemsAndNothingElse) {
         {"file", "/d/photos", true, false},
         {"folder", "/d/photos", true, true},
         {"folder", "/d/notes.txt", false, false},
+        // A type identifier that the table declares stands for its type and
+        // every type that conforms to it.
+        {"public.image", "/d/photo.jpg", false, true},
+        {"public.image", "/d/song.mp3", false, false},
+        {"com.adobe.pdf", "/d/paper.PDF", false, true},
+        {"com.apple.application", "/d/editor.desktop", false, true},
+        {"com.pkware.zip-archive", "/d/a.zip", false, true},
+        {"com.pkware.zip-archive", "/d/a.docx", false, false},
+        {"public.folder", "/d/photos", true, true},
     };
     for (const auto& kindCase : cases) {
         const auto expected = kindCase.accepted ? CommandApplyResult::accept : CommandApplyResult::exclude;
         EXPECT_EQ(judgeKind(kindCase), expected) << "is " << kindCase.word << " for " << kindCase.path;
     }
-}
-
-// A word that names a type identifier outside the fixed kind words is looked
-// for as text, where "public." is cut from every identifier.
-TEST(UTICommandJudgement, TypeIdentifiersMatchOnlyThroughTheFixedTableOrAsText) {
-    EXPECT_EQ(judgeKind({"com.apple.application", "/d/editor.desktop", false, true}), CommandApplyResult::accept);
-    EXPECT_EQ(judgeKind({"com.pkware.zip-archive", "/d/a.zip", false, true}), CommandApplyResult::accept);
-    EXPECT_EQ(judgeKind({"com.pkware.zip-archive", "/d/a.docx", false, false}), CommandApplyResult::exclude);
-    EXPECT_EQ(judgeKind({"public.image", "/d/photo.jpg", false, false}), CommandApplyResult::exclude);
 }
 
 }  // namespace

@@ -369,7 +369,7 @@ std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::int64_
     return alreadyFiltered.access([&](auto& seen) {
         std::vector<bool> isNew;
         isNew.reserve(keys.size());
-        for (auto key : keys) isNew.push_back(seen.insert(key).second);
+        for (auto key : keys) isNew.push_back(seen.insert(key));
         return isNew;
     });
 }
@@ -386,7 +386,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
     if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand("ContentSearchCommand") != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
-    return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key).second; });
+    return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key); });
 }
 
 bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,

@@ -16,6 +16,7 @@
 #include "query/SearchManagerDelegate.h"
 #include "query/SearchResult.h"
 #include "support/Clock.h"
+#include "support/Crc64Set.h"
 #include "support/DelayTimer.h"
 #include "support/Locked.h"
 #include "support/MainLoop.h"
@@ -153,8 +154,8 @@ private:
     Locked<DataSources> finishedDataSources;
     Counters counters;
     DelayTimer progressUpdateTimer;
-    Locked<std::unordered_set<std::int64_t>> alreadyIncludedInDisplay;
-    Locked<std::unordered_set<std::int64_t>> alreadyFiltered;
+    Locked<Crc64Set> alreadyIncludedInDisplay;
+    Locked<Crc64Set> alreadyFiltered;
     Locked<std::map<int, std::unordered_set<std::int64_t>>> materializedDataSourceSets;
     Locked<std::vector<std::function<void(SearchManagerDelegate&)>>> pendingDelegateCalls;
     std::atomic<bool> stopRequested{false};

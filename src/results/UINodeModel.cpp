@@ -141,6 +141,7 @@ void UINodeModel::clear() {
     onContentQueue([](UINodeModel& model) {
         model.content.clear();
         model.contentOrder.clear();
+        model.sortedWhileDeferred.reset();
     });
 }
 
@@ -163,10 +164,12 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
         if (replaceAll) {
             model.content.clear();
             model.contentOrder.clear();
+            model.sortedWhileDeferred.reset();
         }
         const std::size_t firstNew = model.contentOrder.size();
         model.takeIntoContent(std::move(batch), request.column);
         if (deferred) {
+            model.sortTakenRows(request, firstNew);
             model.onMainLoop([completion = std::move(completion), mergeGeneration](UINodeModel& self) {
                 if (mergeGeneration == self.generation && completion) completion();
             });
@@ -214,10 +217,31 @@ std::unordered_set<std::string_view> UINodeModel::urlsFrom(std::size_t first) co
     return urls;
 }
 
+void UINodeModel::sortTakenRows(const SortRequest& request, std::size_t firstNew) {
+    if (sortedWhileDeferred && sortedWhileDeferred->size() == firstNew &&
+        sortedWhileDeferred->sortsBy(request.column, request.reversed, request.queryText)) {
+        const auto newRows = contentOrder.begin() + static_cast<std::ptrdiff_t>(firstNew);
+        sortedWhileDeferred->merge(UINode::NodeList(newRows, contentOrder.end()));
+        return;
+    }
+    sortedWhileDeferred.emplace(request.column, request.reversed, request.queryText, preferences);
+    sortedWhileDeferred->merge(contentOrder);
+}
+
+void UINodeModel::rowsChanged() {
+    if (sortingDeferred) onContentQueue([](UINodeModel& model) { model.sortedWhileDeferred.reset(); });
+}
+
 UINode::NodeList UINodeModel::sortedContent(const SortRequest& request, std::vector<ChildrenChange>& changes,
                                             const ChildrenFilter& childrenNeedSorting) const {
-    UINode::NodeList sorted =
-        UINode::sortNodes(contentOrder, request.column, request.reversed, request.queryText, preferences);
+    return withChildrenSorted(
+        UINode::sortNodes(contentOrder, request.column, request.reversed, request.queryText, preferences), request,
+        changes, childrenNeedSorting);
+}
+
+UINode::NodeList UINodeModel::withChildrenSorted(UINode::NodeList sorted, const SortRequest& request,
+                                                 std::vector<ChildrenChange>& changes,
+                                                 const ChildrenFilter& childrenNeedSorting) const {
     for (const auto& node : sorted) {
         const UINode::NodeList children = node->children();
         if (children.empty() || !childrenNeedSorting(children)) continue;
@@ -270,7 +294,20 @@ void UINodeModel::setCurrentColumnReversed(bool isReversed) {
 void UINodeModel::setSortingDeferred(bool deferred) {
     const bool ending = sortingDeferred && !deferred;
     sortingDeferred = deferred;
-    if (ending) resortResults();
+    if (!ending) return;
+    const SortRequest request = sortRequest();
+    const std::uint64_t sortGeneration = generation;
+    onContentQueue([request, sortGeneration](UINodeModel& model) {
+        std::optional<SortedNodeList> kept = std::exchange(model.sortedWhileDeferred, std::nullopt);
+        const bool keptOrderHolds = kept && kept->size() == model.contentOrder.size() &&
+                                    kept->sortsBy(request.column, request.reversed, request.queryText);
+        std::vector<ChildrenChange> changes;
+        const auto everyRow = [](const UINode::NodeList&) { return true; };
+        UINode::NodeList sorted = keptOrderHolds
+                                      ? model.withChildrenSorted(kept->nodes(), request, changes, everyRow)
+                                      : model.sortedContent(request, changes, everyRow);
+        model.applyOnMainLoop(std::move(changes), std::move(sorted), {}, sortGeneration);
+    });
 }
 
 void UINodeModel::removeNodes(UINode::NodeList items) {
@@ -287,6 +324,7 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
             }
         }
         model.contentOrder = withoutIds(model.contentOrder, ids);
+        model.sortedWhileDeferred.reset();
         std::erase_if(model.content, [&](const auto& entry) { return ids.contains(entry.second->id.toString()); });
         model.onMainLoop([ids](UINodeModel& self) {
             UINode::NodeList kept = withoutIds(self.display, ids);
@@ -298,6 +336,7 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
 void UINodeModel::substituteItems(const UINodePtr& old, const UINodePtr& replacement) {
     onContentQueue([old, replacement](UINodeModel& model) {
         model.content[old->fileURL.path()] = replacement;
+        model.sortedWhileDeferred.reset();
         const auto at = std::find_if(model.contentOrder.begin(), model.contentOrder.end(),
                                      [&](const UINodePtr& node) { return node->fileURL == old->fileURL; });
         if (at != model.contentOrder.end()) {
@@ -423,7 +462,10 @@ void UINodeModel::runVisibleCheck(VisualState visualHint) {
 void UINodeModel::applyCheckResult(const UINodePtr& node, UINode::VisibleCheckResult result) {
     switch (result.action) {
         case UINode::VisibleCheckResultAction::none: return;
-        case UINode::VisibleCheckResultAction::changed: node->setDynamic(std::move(result.changes)); return;
+        case UINode::VisibleCheckResultAction::changed:
+            node->setDynamic(std::move(result.changes));
+            rowsChanged();
+            return;
         case UINode::VisibleCheckResultAction::remove: removeNodes({node}); return;
         case UINode::VisibleCheckResultAction::reload: break;
     }
@@ -436,6 +478,7 @@ void UINodeModel::applyCheckResult(const UINodePtr& node, UINode::VisibleCheckRe
     const std::int64_t newRank = result.changes.contentSearchResultsRank;
     node->setSearchResultRank(newRank);
     node->setDynamic(std::move(result.changes));
+    rowsChanged();
     if (newRank != oldRank) ranksDirty = true;
     if (column == Column::tags) tagsDirty = true;
     forEachDelegate([&](UINodeModelDelegate& delegate) { delegate.reloadNode(node); });
@@ -521,6 +564,7 @@ void UINodeModel::sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINo
         if (!model) return;
         model->onMainLoop([folder, size, sizeSorted](UINodeModel& current) {
             folder->setCalculatedFolderSize(size);
+            current.rowsChanged();
             if (sizeSorted) {
                 current.sizeDirty = true;
             } else {
@@ -584,7 +628,10 @@ void UINodeModel::updateSelectionSize(UINode::NodeList nodes) {
             if (operation->isCancelled()) return;
             total += size;
             if (auto model = weak.lock()) {
-                model->onMainLoop([node, size](UINodeModel&) { node->setCalculatedFolderSize(size); });
+                model->onMainLoop([node, size](UINodeModel& current) {
+                    node->setCalculatedFolderSize(size);
+                    current.rowsChanged();
+                });
             }
         }
         auto model = weak.lock();

@@ -14,6 +14,7 @@
 
 #include "results/Column.h"
 #include "results/RepeatingTimer.h"
+#include "results/SortedNodeList.h"
 #include "results/TimerScheduler.h"
 #include "results/UINode.h"
 #include "support/Locked.h"
@@ -171,6 +172,17 @@ private:
     using ChildrenFilter = std::function<bool(const UINode::NodeList& children)>;
     UINode::NodeList sortedContent(const SortRequest& request, std::vector<ChildrenChange>& changes,
                                    const ChildrenFilter& childrenNeedSorting) const;
+    // Content queue: `sorted` with the children that need it sorted too.
+    UINode::NodeList withChildrenSorted(UINode::NodeList sorted, const SortRequest& request,
+                                        std::vector<ChildrenChange>& changes,
+                                        const ChildrenFilter& childrenNeedSorting) const;
+    // Content queue, while sorting is deferred: merges the rows taken from
+    // position `firstNew` on into `sortedWhileDeferred`, or makes it anew
+    // when it doesn't match the content or the request.
+    void sortTakenRows(const SortRequest& request, std::size_t firstNew);
+    // Main loop: a row's sort values changed, so an order kept while sorting
+    // is deferred no longer holds and the end of the deferral sorts anew.
+    void rowsChanged();
     SortRequest sortRequest() const;
     void applyOnMainLoop(std::vector<ChildrenChange> changes, UINode::NodeList sorted,
                          std::function<void()> completion, std::uint64_t mergeGeneration);
@@ -205,6 +217,8 @@ private:
     // Content queue only.
     std::unordered_map<std::string, UINodePtr> content;
     std::vector<UINodePtr> contentOrder;  // the rows of `content` in the order they came
+    // While sorting is deferred: `contentOrder` sorted as the rows came.
+    std::optional<SortedNodeList> sortedWhileDeferred;
 
     // Main loop only.
     std::vector<std::weak_ptr<UINodeModelDelegate>> delegates;

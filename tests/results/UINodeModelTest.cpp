@@ -153,6 +153,22 @@ TEST_F(ModelTest, deferredSortingShowsNothingUntilItEndsAndThenTheWholeSortedSet
     EXPECT_EQ(model->displayItems()[2], first);
 }
 
+// A row replaced while sorting is deferred is placed by its new values, as a
+// sort of the whole content would place it.
+TEST_F(ModelTest, aRowChangedWhileSortingIsDeferredIsPlacedByItsNewValues) {
+    model->setCurrentColumn(Column::size);
+    waitForDisplay();
+    model->setSortingDeferred(true);
+    const UINodePtr small = fileNode("/d/b.txt", 1);
+    model->addMoreNodes({small, fileNode("/d/a.txt", 5)});
+    model->addMoreNodes({fileNode("/d/c.txt", 3)});
+    model->substituteItems(small, fileNode("/d/b.txt", 9));
+    model->addMoreNodes({fileNode("/d/d.txt", 2)});
+    model->setSortingDeferred(false);
+    waitForDisplay();
+    EXPECT_EQ(names(model->displayItems()), (Names{"d.txt", "c.txt", "a.txt", "b.txt"}));
+}
+
 TEST_F(ModelTest, clearDuringDeferredSortingForgetsTheTakenRows) {
     model->setSortingDeferred(true);
     model->addMoreNodes({fileNode("/d/old.txt")});

@@ -1,0 +1,180 @@
+#include "results/SortedNodeList.h"
+
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <iterator>
+#include <numeric>
+
+#include "results/DisplayText.h"
+#include "results/LocalizedCollation.h"
+#include "stores/Preferences.h"
+
+namespace quester {
+
+namespace {
+
+// One record per row, made when the row is added, so that a comparison reads
+// no node and collates nothing: the localised texts are collation keys.
+struct Key {
+    UINodePtr node;
+    std::string name;
+    std::int64_t sortScore = 0;
+    std::uint64_t totalSize = 0;
+    std::int64_t modDate = 0;
+    std::int64_t created = 0;
+    std::int64_t lastAccessDate = 0;
+    std::int64_t rank = 0;
+    // The compared text of the kind, inside, tags or path column; empty for the others.
+    std::string columnText;
+};
+
+struct ScoreRules {
+    bool moveFoldersToTop = false;
+    bool moveItemsStartingWithQueryToTop = false;
+    std::string queryText;
+};
+
+std::string lowercased(const std::string& text) {
+    std::string lower;
+    icu::UnicodeString::fromUTF8(text).toLower().toUTF8String(lower);
+    return lower;
+}
+
+ScoreRules scoreRules(const std::optional<std::string>& queryText, const Preferences& preferences) {
+    if (!queryText) return {};
+    return {preferences.boolValue("moveFoldersToTop"), preferences.boolValue("moveItemsStartingWithQueryToTop"),
+            lowercased(*queryText)};
+}
+
+std::int64_t sortScore(const UINode& node, UINode::Kind kind, const ScoreRules& rules) {
+    std::int64_t score = 0;
+    if (rules.moveFoldersToTop && kind == UINode::Kind::folder) score = -1000;
+    if (rules.moveItemsStartingWithQueryToTop &&
+        lowercased(nameWithoutExtension(node.fileURL.path())).starts_with(rules.queryText)) {
+        score -= 500;
+    }
+    return score;
+}
+
+std::string tagsKey(std::vector<std::string> tags) {
+    std::sort(tags.begin(), tags.end());
+    std::string joined;
+    for (const auto& tag : tags) {
+        if (!joined.empty()) joined += ',';
+        joined += tag;
+    }
+    return joined;
+}
+
+std::string columnText(const UINode& node, const UINode::Changable& changes, Column column) {
+    switch (column) {
+        case Column::kind: return LocalizedCollation::standardKey(changes.displayKind);
+        case Column::inside: return node.displayInside;
+        case Column::tags: return LocalizedCollation::caseInsensitiveKey(tagsKey(changes.tagNames));
+        case Column::path: return node.displayPath;
+        default: return {};
+    }
+}
+
+// Only the texts the column compares are collated; the name always is, for ties.
+Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules) {
+    const UINode::Changable changes = node->dynamic();
+    Key key;
+    key.node = node;
+    key.name = node->nameSortKey();
+    key.sortScore = sortScore(*node, changes.kind, rules);
+    key.totalSize = changes.totalSize;
+    key.modDate = node->modificationDate;
+    key.created = node->creationDate;
+    key.lastAccessDate = node->lastAccessDate;
+    key.rank = changes.contentSearchResultsRank;
+    key.columnText = columnText(*node, changes, column);
+    return key;
+}
+
+// a before b by one value in the sort direction; equal values fall back to
+// ascending names whatever the direction.
+template <typename T>
+bool inDirectionThenByName(const T& a, const T& b, bool forward, const Key& keyA, const Key& keyB) {
+    if (a != b) return forward ? a < b : b < a;
+    return keyA.name < keyB.name;
+}
+
+bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
+    switch (column) {
+        case Column::image: return false;
+        case Column::name:
+            if (a.sortScore != b.sortScore) return forward ? a.sortScore < b.sortScore : a.sortScore > b.sortScore;
+            return forward ? a.name < b.name : b.name < a.name;
+        case Column::size: return inDirectionThenByName(a.totalSize, b.totalSize, forward, a, b);
+        case Column::modDate: return inDirectionThenByName(a.modDate, b.modDate, forward, a, b);
+        case Column::created: return inDirectionThenByName(a.created, b.created, forward, a, b);
+        case Column::lastAccessDate: return inDirectionThenByName(a.lastAccessDate, b.lastAccessDate, forward, a, b);
+        case Column::rank: return inDirectionThenByName(a.rank, b.rank, forward, a, b);
+        case Column::kind:
+        case Column::inside:
+        case Column::tags:
+        case Column::path: return inDirectionThenByName(a.columnText, b.columnText, forward, a, b);
+    }
+    return false;
+}
+
+}  // namespace
+
+struct SortedNodeList::Keys {
+    Column column;
+    bool reversed;
+    std::optional<std::string> queryText;
+    ScoreRules rules;
+    std::vector<Key> added;          // in the order the rows came; keys never move
+    std::vector<std::size_t> order;  // positions in `added`, sorted
+};
+
+SortedNodeList::SortedNodeList(Column byColumn, bool currentColumnReversed, std::optional<std::string> queryText,
+                               const Preferences& preferences)
+    : keys(std::make_unique<Keys>()) {
+    keys->column = byColumn;
+    keys->reversed = currentColumnReversed;
+    keys->rules = scoreRules(queryText, preferences);
+    keys->queryText = std::move(queryText);
+}
+
+SortedNodeList::~SortedNodeList() = default;
+SortedNodeList::SortedNodeList(SortedNodeList&&) noexcept = default;
+SortedNodeList& SortedNodeList::operator=(SortedNodeList&&) noexcept = default;
+
+void SortedNodeList::merge(const UINode::NodeList& batch) {
+    const std::size_t first = keys->added.size();
+    keys->added.reserve(first + batch.size());
+    for (const auto& node : batch) keys->added.push_back(makeKey(node, keys->column, keys->rules));
+    std::vector<std::size_t> batchOrder(batch.size());
+    std::iota(batchOrder.begin(), batchOrder.end(), first);
+    const bool forward = !keys->reversed;
+    const auto before = [this, forward](std::size_t a, std::size_t b) {
+        return comesBefore(keys->added[a], keys->added[b], keys->column, forward);
+    };
+    std::stable_sort(batchOrder.begin(), batchOrder.end(), before);
+    // On a tie std::merge takes the earlier list's row first, as a stable sort would.
+    std::vector<std::size_t> merged;
+    merged.reserve(keys->order.size() + batchOrder.size());
+    std::merge(keys->order.begin(), keys->order.end(), batchOrder.begin(), batchOrder.end(),
+               std::back_inserter(merged), before);
+    keys->order = std::move(merged);
+}
+
+UINode::NodeList SortedNodeList::nodes() const {
+    UINode::NodeList sorted;
+    sorted.reserve(keys->order.size());
+    for (std::size_t index : keys->order) sorted.push_back(keys->added[index].node);
+    return sorted;
+}
+
+std::size_t SortedNodeList::size() const { return keys->order.size(); }
+
+bool SortedNodeList::sortsBy(Column byColumn, bool currentColumnReversed,
+                             const std::optional<std::string>& queryText) const {
+    return keys->column == byColumn && keys->reversed == currentColumnReversed && keys->queryText == queryText;
+}
+
+}  // namespace quester

@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "results/LocalizedCollation.h"
+#include "results/SortedNodeList.h"
+#include "stores/Preferences.h"
+
+namespace quester {
+namespace {
+
+// Rows with many ties: few names (in two cases, which the name order ignores)
+// spread over folders, and few sizes.
+UINode::NodeList rowsWithTies(std::size_t count) {
+    std::mt19937 random(11);
+    const std::vector<std::string> names{"budget.txt", "Budget.txt", "plan2.txt", "plan10.txt", "a", "notes"};
+    UINode::NodeList rows;
+    for (std::size_t i = 0; i < count; ++i) {
+        SearchResult result;
+        result.url = Url("/d" + std::to_string(i) + "/" + names[random() % names.size()]);
+        result.size = random() % 3;
+        rows.push_back(UINode::create(result));
+    }
+    return rows;
+}
+
+// The order spelled out: a stable sort of all rows by the column's value in
+// its direction, then by ascending names, comparing one row with another.
+UINode::NodeList obviouslySorted(UINode::NodeList rows, Column column, bool reversed) {
+    std::stable_sort(rows.begin(), rows.end(), [&](const UINodePtr& a, const UINodePtr& b) {
+        const int names = LocalizedCollation::localizedStandardCompare(a->displayName(), b->displayName());
+        if (column == Column::name) return reversed ? names > 0 : names < 0;
+        const auto sizeA = a->dynamic().totalSize;
+        const auto sizeB = b->dynamic().totalSize;
+        if (sizeA != sizeB) return reversed ? sizeA > sizeB : sizeA < sizeB;
+        return names < 0;
+    });
+    return rows;
+}
+
+struct Case {
+    Column column;
+    bool reversed;
+};
+
+class SortedNodeListTest : public ::testing::TestWithParam<Case> {
+protected:
+    Preferences preferences{""};
+};
+
+TEST_P(SortedNodeListTest, batchesMergedOneByOneGiveTheOrderOfOneStableSortOfAll) {
+    const auto [column, reversed] = GetParam();
+    const UINode::NodeList rows = rowsWithTies(300);
+    SortedNodeList list(column, reversed, std::nullopt, preferences);
+    // Batches of uneven sizes, an empty one among them.
+    std::size_t start = 0;
+    for (std::size_t size : {1u, 0u, 7u, 50u, 2u, 240u}) {
+        list.merge(UINode::NodeList(rows.begin() + static_cast<long>(start),
+                                    rows.begin() + static_cast<long>(start + size)));
+        start += size;
+    }
+    ASSERT_EQ(start, rows.size());
+    EXPECT_EQ(list.nodes(), obviouslySorted(rows, column, reversed));
+    EXPECT_EQ(list.size(), rows.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Columns, SortedNodeListTest,
+                         ::testing::Values(Case{Column::name, false}, Case{Column::name, true},
+                                           Case{Column::size, false}, Case{Column::size, true}),
+                         [](const ::testing::TestParamInfo<Case>& info) {
+                             return std::string(identifier(info.param.column)) + (info.param.reversed ? "Reversed" : "");
+                         });
+
+TEST(SortedNodeList, byImageRowsStayInTheOrderTheyCame) {
+    const Preferences preferences{""};
+    const UINode::NodeList rows = rowsWithTies(20);
+    SortedNodeList list(Column::image, false, std::nullopt, preferences);
+    list.merge(UINode::NodeList(rows.begin(), rows.begin() + 5));
+    list.merge(UINode::NodeList(rows.begin() + 5, rows.end()));
+    EXPECT_EQ(list.nodes(), rows);
+}
+
+TEST(SortedNodeList, knowsTheSortItKeeps) {
+    const Preferences preferences{""};
+    const SortedNodeList list(Column::size, true, std::string("bud"), preferences);
+    EXPECT_TRUE(list.sortsBy(Column::size, true, std::string("bud")));
+    EXPECT_FALSE(list.sortsBy(Column::size, false, std::string("bud")));
+    EXPECT_FALSE(list.sortsBy(Column::name, true, std::string("bud")));
+    EXPECT_FALSE(list.sortsBy(Column::size, true, std::nullopt));
+}
+
+}  // namespace
+}  // namespace quester

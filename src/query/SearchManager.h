@@ -158,10 +158,13 @@ private:
     Locked<Crc64Set> alreadyFiltered;
     Locked<std::map<int, std::unordered_set<std::int64_t>>> materializedDataSourceSets;
     Locked<std::vector<std::function<void(SearchManagerDelegate&)>>> pendingDelegateCalls;
-    std::atomic<bool> stopRequested{false};
+    // Every source reads the stop flag at every item, and the lists below are
+    // written as often: each sits on a cache line of its own, so that reading
+    // the flag doesn't wait for the line that the writers pass around.
+    alignas(64) std::atomic<bool> stopRequested{false};
     std::atomic<bool> inProgress{false};
 
-    Locked<PendingResults> pendingFilterResults;
+    alignas(64) Locked<PendingResults> pendingFilterResults;
     Locked<PendingResults> pendingFastResults;
     SerialQueue filterQueue;
     SerialQueue fastQueue;

@@ -188,25 +188,38 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
 }
 
 void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
-    // Of two rows for one URL in the batch the later wins, in the place of the first.
-    std::unordered_map<std::string_view, std::size_t> slotOfURL;
-    std::vector<std::size_t> winners;
-    slotOfURL.reserve(batch.size());
-    winners.reserve(batch.size());
-    for (std::size_t index = 0; index < batch.size(); ++index) {
-        const auto [slot, isFirst] = slotOfURL.try_emplace(batch[index]->fileURL.path(), winners.size());
-        if (isFirst) {
-            winners.push_back(index);
-        } else {
-            winners[slot->second] = index;
+    const std::size_t firstNew = contentOrder.size();
+    content.reserve(content.size() + batch.size());
+    // Where this batch's rows stand in `contentOrder`; listed only once a URL
+    // comes again, which is rare.
+    std::optional<std::unordered_map<const UINode*, std::size_t>> takenAt;
+    for (auto& node : batch) {
+        const auto [entry, added] = content.try_emplace(node->fileURL.path(), node);
+        if (added) {
+            if (takenAt) takenAt->emplace(node.get(), contentOrder.size());
+            contentOrder.push_back(std::move(node));
+            continue;
         }
+        if (!takenAt) {
+            takenAt.emplace();
+            for (std::size_t index = firstNew; index < contentOrder.size(); ++index) {
+                takenAt->emplace(contentOrder[index].get(), index);
+            }
+        }
+        // Of two rows for one URL in the batch the later wins, in the place of
+        // the first; a row listed before the batch stays.
+        const auto taken = takenAt->find(entry->second.get());
+        if (taken == takenAt->end()) continue;
+        const std::size_t index = taken->second;
+        takenAt->erase(taken);
+        takenAt->emplace(node.get(), index);
+        entry->second = node;
+        contentOrder[index] = std::move(node);
     }
+    if (sortColumn != Column::rank) return;
     UINode::NodeList toRank;
-    for (std::size_t index : winners) {
-        UINodePtr& node = batch[index];
-        if (!content.try_emplace(node->fileURL.path(), node).second) continue;
-        if (sortColumn == Column::rank && node->dynamic().tryCollectSummaryLines) toRank.push_back(node);
-        contentOrder.push_back(std::move(node));
+    for (std::size_t index = firstNew; index < contentOrder.size(); ++index) {
+        if (contentOrder[index]->dynamic().tryCollectSummaryLines) toRank.push_back(contentOrder[index]);
     }
     if (!toRank.empty()) onMainLoop([toRank](UINodeModel& self) { self.appendToCheckQueue(toRank); });
 }

@@ -140,7 +140,8 @@ FileSystemSearch::DiskWalk FileSystemSearch::makeSkipPaths(const std::string& ba
                     std::move(diskKey),
                     {root + "/Volumes", root + "/System/Volumes", root + "/Network"},
                     {"/Backups.backupdb"},
-                    false};
+                    false,
+                    Url::bootVolumeURL().has_value()};
 }
 
 bool FileSystemSearch::shouldSkip(const std::string& path, const DiskWalk& walk) {
@@ -205,9 +206,9 @@ std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryP
         return !handler.shouldStop() && isWorthOffering(path, walk);
     });
     std::vector<std::string> subdirectories;
-    for (const auto& item : listing.items) {
+    for (auto& item : listing.items) {
         if (item.attributesRead && !handler.shouldStop()) foundItem(item, walk, handler);
-        if (item.isDirectory) subdirectories.push_back(item.fullPath);
+        if (item.isDirectory) subdirectories.push_back(std::move(item.fullPath));
     }
     return subdirectories;
 }
@@ -240,7 +241,8 @@ void FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskWalk& wal
     SearchResult result;
     result.searchResultSuppliedBy = SearchResultSupplier::fileSystem;
     result.diskKey = walk.diskKey;
-    result.url = Url(Url::correctRootBasedPath(item.fullPath), item.isDirectory);
+    result.url = Url(walk.correctsRootPaths ? Url::correctRootBasedPath(item.fullPath) : item.fullPath,
+                     item.isDirectory);
     result.isDirectory = item.isDirectory;
     result.size = item.fileSize;
     result.creationDate = item.createTime.seconds;

@@ -62,6 +62,9 @@ private:
         std::vector<std::string> skipPaths;
         std::vector<std::string> skipIncludes;
         bool offersNameMatchesOnly;
+        // Whether found paths go through `Url::correctRootBasedPath`: only a
+        // platform with a second spelling of the boot volume changes them.
+        bool correctsRootPaths;
     };
 
     void searchDisk(const Url& disk, SearchDataSourceDelegate& handler);

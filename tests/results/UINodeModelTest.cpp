@@ -118,6 +118,18 @@ TEST_F(ModelTest, withinOneBatchTheLaterRowForAURLWins) {
     waitForDisplay();
     ASSERT_EQ(model->displayItems().size(), 1u);
     EXPECT_EQ(model->displayItems()[0], later);
+
+    // In the order found, the later row stands where the first one came, and
+    // a row listed before the batch stays whatever the batch repeats.
+    model->setCurrentColumn(Column::image);
+    waitForDisplay();
+    const UINodePtr laterB = fileNode("/d/b.txt", 2);
+    model->addMoreNodes({fileNode("/d/b.txt", 1), fileNode("/d/a.txt", 3), fileNode("/d/c.txt"), laterB,
+                         fileNode("/d/a.txt", 4)});
+    waitForDisplay();
+    EXPECT_EQ(names(model->displayItems()), (Names{"a.txt", "b.txt", "c.txt"}));
+    EXPECT_EQ(model->displayItems()[0], later);
+    EXPECT_EQ(model->displayItems()[1], laterB);
 }
 
 TEST_F(ModelTest, changingColumnOrDirectionResorts) {

@@ -33,18 +33,28 @@ BooleanWord::BooleanWord(std::string text, SentenceComponent::Wildcard wildcard)
       textFoldedCI(folded(textOriginalCase, true)) {}
 
 bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) const {
-    std::string needle;
-    std::string haystack;
+    // A walk tests every entry it meets: the lowered name goes into one
+    // buffer per thread instead of a new string each time.
+    thread_local std::string lowered;
+    std::string foldedNeedle;
+    std::string_view needle;
+    std::string_view haystack;
     if (ctx.diacriticInsensitive) {
-        needle = ctx.caseSensitive ? folded(textOriginalCase, false) : textFoldedCI;
-        haystack = folded(name, !ctx.caseSensitive);
+        if (ctx.caseSensitive) foldedNeedle = folded(textOriginalCase, false);
+        needle = ctx.caseSensitive ? std::string_view(foldedNeedle) : std::string_view(textFoldedCI);
+        lowered = folded(name, !ctx.caseSensitive);
+        haystack = lowered;
+    } else if (ctx.caseSensitive) {
+        needle = textOriginalCase;
+        haystack = name;
     } else {
-        needle = ctx.caseSensitive ? textOriginalCase : textLowered;
-        haystack = ctx.caseSensitive ? std::string(name) : lowercased(name);
+        needle = textLowered;
+        lowercaseInto(name, lowered);
+        haystack = lowered;
     }
     if (ctx.exactName) return lastPathComponent(haystack) == needle;
     if (wildcard == SentenceComponent::Wildcard::none) {
-        if (!ctx.wholeWords) return haystack.find(needle) != std::string::npos;
+        if (!ctx.wholeWords) return haystack.find(needle) != std::string_view::npos;
         const std::vector<std::string> pieces = split(ctx, haystack);
         return std::find(pieces.begin(), pieces.end(), needle) != pieces.end();
     }

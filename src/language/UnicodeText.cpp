@@ -91,16 +91,22 @@ int graphemeCount(std::string_view text) {
 }
 
 std::string lowercased(std::string_view text) {
+    std::string out;
+    lowercaseInto(text, out);
+    return out;
+}
+
+void lowercaseInto(std::string_view text, std::string& out) {
     if (isAscii(text)) {
-        std::string out(text);
+        out.assign(text);
         for (char& c : out) {
             if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
         }
-        return out;
+        return;
     }
     icu::UnicodeString unicode =
         icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    return toUtf8(unicode.toLower(icu::Locale::getRoot()));
+    out = toUtf8(unicode.toLower(icu::Locale::getRoot()));
 }
 
 std::string folded(std::string_view text, bool foldCase) {

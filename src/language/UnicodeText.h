@@ -19,6 +19,9 @@ int graphemeCount(std::string_view text);
 
 // Lower case by the root locale, so that no user locale changes a keyword.
 std::string lowercased(std::string_view text);
+// The same into `out`, whose room is reused: for a caller that lowers one
+// name after another, such as a walk testing every entry.
+void lowercaseInto(std::string_view text, std::string& out);
 
 // Folded for diacritics and width (compatibility decomposition, marks removed)
 // and, with `foldCase`, for case too.

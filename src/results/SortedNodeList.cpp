@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <numeric>
+#include <thread>
 
 #include "results/DisplayText.h"
 #include "results/LocalizedCollation.h"
@@ -28,6 +29,9 @@ struct Key {
     // The compared text of the kind, inside, tags or path column; empty for the others.
     std::string columnText;
 };
+
+// Below this many rows a second thread costs more than it saves.
+constexpr std::size_t kKeysOnTwoThreadsFrom = 8192;
 
 struct ScoreRules {
     bool moveFoldersToTop = false;
@@ -146,8 +150,20 @@ SortedNodeList& SortedNodeList::operator=(SortedNodeList&&) noexcept = default;
 
 void SortedNodeList::merge(const UINode::NodeList& batch) {
     const std::size_t first = keys->added.size();
-    keys->added.reserve(first + batch.size());
-    for (const auto& node : batch) keys->added.push_back(makeKey(node, keys->column, keys->rules));
+    keys->added.resize(first + batch.size());
+    const auto makeKeys = [this, &batch, first](std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i) keys->added[first + i] = makeKey(batch[i], keys->column, keys->rules);
+    };
+    // Collating the names is most of a merge's work. A large batch, such as
+    // the last one of a search, when the walk has stopped and a core waits,
+    // shares it with a second thread; each thread has its own collators.
+    if (batch.size() >= kKeysOnTwoThreadsFrom) {
+        std::thread helper(makeKeys, batch.size() / 2, batch.size());
+        makeKeys(0, batch.size() / 2);
+        helper.join();
+    } else {
+        makeKeys(0, batch.size());
+    }
     std::vector<std::size_t> batchOrder(batch.size());
     std::iota(batchOrder.begin(), batchOrder.end(), first);
     const bool forward = !keys->reversed;

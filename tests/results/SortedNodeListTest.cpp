@@ -74,6 +74,21 @@ INSTANTIATE_TEST_SUITE_P(Columns, SortedNodeListTest,
                              return std::string(identifier(info.param.column)) + (info.param.reversed ? "Reversed" : "");
                          });
 
+// A batch this large makes its keys on two threads; the order must be the
+// one that small batches, made on one, give.
+TEST(SortedNodeList, aLargeBatchSortsLikeTheSameRowsInSmallBatches) {
+    const Preferences preferences{""};
+    const UINode::NodeList rows = rowsWithTies(9000);
+    SortedNodeList whole(Column::name, false, std::nullopt, preferences);
+    whole.merge(rows);
+    SortedNodeList pieces(Column::name, false, std::nullopt, preferences);
+    for (std::size_t start = 0; start < rows.size(); start += 1000) {
+        pieces.merge(UINode::NodeList(rows.begin() + static_cast<long>(start),
+                                      rows.begin() + static_cast<long>(start + 1000)));
+    }
+    EXPECT_EQ(whole.nodes(), pieces.nodes());
+}
+
 TEST(SortedNodeList, byImageRowsStayInTheOrderTheyCame) {
     const Preferences preferences{""};
     const UINode::NodeList rows = rowsWithTies(20);

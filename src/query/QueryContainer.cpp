@@ -379,7 +379,9 @@ bool QueryContainer::isPossibleMatch(std::string_view path, bool diacriticInsens
     // judged by the item's name later. That widening is wrong for a negated
     // word: "budget -old" would drop everything under a folder named "old",
     // so then only the name is tested, as the final judgement will.
-    const std::string tested = booleanExpr.hasNegation() ? lastPathComponent(path) : std::string(path);
+    std::string lastName;
+    std::string_view tested = path;
+    if (booleanExpr.hasNegation()) tested = lastName = lastPathComponent(path);
     if (commandsFoundInQuery.empty()) {
         return !searchWords.empty() && fsItemNameStringIncludesWordsFromQuery(tested, diacriticInsensitive);
     }

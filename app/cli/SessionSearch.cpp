@@ -86,6 +86,26 @@ private:
     std::function<void()> onEnd;
 };
 
+// The command line has no selection; it answers for the query the rows were
+// found for, which the ordering preferences ("folders first", "names that
+// start with the query first") read.
+class QueryOfTheSession final : public UINodeSelectionDelegate {
+public:
+    explicit QueryOfTheSession(const SearchSession& session) : session(session) {}
+
+    UINode::NodeList relevantItems() override { return {}; }
+    void refreshSelection() override {}
+    void selectionSizeCalculated(std::int64_t, std::uint64_t) override {}
+    const QueryContainer* currentQuery() const override {
+        const auto& query = session.currentQuery();
+        return query ? &*query : nullptr;
+    }
+    void setUIUpdateIndicator(bool) override {}
+
+private:
+    const SearchSession& session;
+};
+
 void printJSONLines(const UINode::NodeList& rows) {
     for (const auto& row : rows) {
         const auto result = row->searchResult();
@@ -121,6 +141,7 @@ struct SessionSearch::State {
     LanguageParse parser{standardCommandFactories()};
     std::shared_ptr<ProgressLine> progress;
     std::shared_ptr<SearchSession> session;
+    std::shared_ptr<QueryOfTheSession> selection;
 };
 
 SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_unique<State>()) {
@@ -151,6 +172,8 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
         model->afterPendingWork([current] { current->loop.stop(); });
     });
     state->session->setObserver(state->progress);
+    state->selection = std::make_shared<QueryOfTheSession>(*state->session);
+    state->session->uiNodeModel()->setSelectionDelegate(state->selection);
 }
 
 // The finished session stays until the process ends, and its memory goes

@@ -81,6 +81,25 @@ TEST_F(SearchCommandTest, LimitStopsAfterThatManyResults) {
     EXPECT_EQ(split(limited.out, '\0').size(), 2u);
 }
 
+TEST_F(SearchCommandTest, TheUsersOrderingPreferencesPutFoldersAndQueryPrefixesFirst) {
+    tree.write("a-notes.txt");
+    tree.mkdir("x-notes");
+    const std::vector<std::string> arguments{"search", "notes", "--in", tree.str(), "--format", "paths"};
+    auto ordered = [&](const std::string& preferences) {
+        const std::string home = scratch.str() + "/home";
+        std::filesystem::create_directories(home + "/config");
+        std::ofstream(home + "/config/preferences.json") << preferences;
+        auto run = testing::QuesterProcess::run(QUESTER_BINARY, arguments, scratch, "QUESTER_HOME=" + home + " ");
+        EXPECT_EQ(run.status, 0) << run.err;
+        return run.out;
+    };
+    const std::string folder = at("x-notes") + "\n", prefixed = at("budget/notes.txt") + "\n",
+                      other = at("a-notes.txt") + "\n";
+    EXPECT_EQ(ordered("{}"), other + prefixed + folder);
+    EXPECT_EQ(ordered(R"({"moveFoldersToTop": true})"), folder + other + prefixed);
+    EXPECT_EQ(ordered(R"({"moveItemsStartingWithQueryToTop": true})"), prefixed + other + folder);
+}
+
 TEST_F(SearchCommandTest, UnusableQueriesAndLocationsExitWithOneAndSayWhy) {
     auto missing = runQuester({"search", "budget", "--in", tree.str() + "/nowhere"}, scratch);
     EXPECT_EQ(missing.status, 1);

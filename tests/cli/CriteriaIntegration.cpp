@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -91,6 +92,17 @@ TEST_F(CriteriaTest, NameCriteria) {
                                     "report-locked.txt", "archive/report-2019.txt", "deep/a/b/report-deep.txt"});
     expect("report -old -deep : name longer than 16", {"report-locked.txt"});
     expect("menu : whole words", {"café menu.txt"});
+    expect("report-*", {"report-a.txt", "report-b.txt", "report-old.txt", "Report-Final.PDF", "report-locked.txt",
+                        "archive/report-2019.txt", "deep/a/b/report-deep.txt"});
+    expect("*.pdf", {"Report-Final.PDF"});
+    expect("report-a.txt : exact", {"report-a.txt"});
+    expect("report-a : exact", {});
+    // Depth counts from the disk's root, so the limit is set from the fixture's own depth.
+    const std::string root = tree.str();
+    const auto rootDepth = std::count(root.begin(), root.end(), '/');
+    expect("report : max depth " + std::to_string(rootDepth),
+           {"report-a.txt", "report-b.txt", "report-old.txt", "Report-Final.PDF", "report-locked.txt",
+            "reports-2020"});
     expect("men : whole words", {});
 }
 

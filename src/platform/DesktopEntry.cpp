@@ -5,18 +5,14 @@
 #include <map>
 #include <optional>
 
+#include "platform/PathText.h"
+
 namespace quester {
 namespace {
 
 constexpr std::string_view kEntryGroup = "[Desktop Entry]";
 // Desktop files are a few kilobytes; a huge file is not one.
 constexpr std::size_t kLargestEntry = 1 << 20;
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r')) text.remove_suffix(1);
-    return text;
-}
 
 // What an escape of the format stands for: \s \n \t \r, and the character
 // itself otherwise (\\, and \; inside a list, which `listItems` has already
@@ -67,7 +63,7 @@ std::optional<std::map<std::string, std::string, std::less<>>> entryGroupKeys(st
     bool inEntryGroup = false;
     while (!text.empty()) {
         auto end = text.find('\n');
-        std::string_view line = trimmed(text.substr(0, end));
+        std::string_view line = trimmedWhitespace(text.substr(0, end));
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
         if (line.empty() || line.front() == '#') continue;
         if (line.front() == '[') {
@@ -77,9 +73,9 @@ std::optional<std::map<std::string, std::string, std::less<>>> entryGroupKeys(st
         }
         auto equals = line.find('=');
         if (!inEntryGroup || equals == std::string_view::npos) continue;
-        std::string_view key = trimmed(line.substr(0, equals));
+        std::string_view key = trimmedWhitespace(line.substr(0, equals));
         if (key.empty() || key.find('[') != std::string_view::npos) continue;
-        keys->emplace(std::string(key), std::string(trimmed(line.substr(equals + 1))));
+        keys->emplace(std::string(key), std::string(trimmedWhitespace(line.substr(equals + 1))));
     }
     return keys;
 }

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
+#include <cerrno>
+
 #include "platform/PathText.h"
 
 namespace quester {
@@ -11,12 +13,6 @@ namespace quester {
 namespace {
 
 constexpr const char* kTagsAttribute = "user.xdg.tags";
-
-std::string trimmed(const std::string& text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == std::string::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
 
 }  // namespace
 
@@ -33,7 +29,7 @@ std::vector<std::string> ItemAttributes::tagNames(const std::string& path) {
         value.resize(static_cast<std::size_t>(read));
         std::vector<std::string> names;
         for (const auto& part : splitNonEmpty(value, ',')) {
-            if (auto name = trimmed(part); !name.empty()) names.push_back(std::move(name));
+            if (auto name = trimmedWhitespace(part); !name.empty()) names.emplace_back(name);
         }
         return names;
     }

@@ -23,6 +23,13 @@ bool isStrictlyBelow(std::string_view path, std::string_view folder) {
     return isSameOrBelow(path, folder) && withoutTrailingSlash(path) != withoutTrailingSlash(folder);
 }
 
+std::string_view trimmedWhitespace(std::string_view text) {
+    constexpr std::string_view whitespace = " \t\r\n";
+    const auto first = text.find_first_not_of(whitespace);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(whitespace) - first + 1);
+}
+
 std::vector<std::string> splitNonEmpty(std::string_view text, char separator) {
     std::vector<std::string> pieces;
     for (std::size_t start = 0; start < text.size();) {

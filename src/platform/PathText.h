@@ -14,6 +14,8 @@ bool isSameOrBelow(std::string_view path, std::string_view folder);
 // `path` lies below `folder`, not equal to it.
 bool isStrictlyBelow(std::string_view path, std::string_view folder);
 
+// `text` without the blanks, tabs and line ends at either end.
+std::string_view trimmedWhitespace(std::string_view text);
 // The pieces of `text` between `separator`s, empty pieces dropped.
 std::vector<std::string> splitNonEmpty(std::string_view text, char separator);
 // The components between the "/", empty pieces dropped.

@@ -1,5 +1,6 @@
 #include "results/SearchSession.h"
 
+#include "platform/PathText.h"
 #include "results/QuesterURL.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
@@ -9,12 +10,6 @@ namespace quester {
 namespace {
 
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
-
-std::string trimmed(const std::string& text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos) return "";
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
 
 UINodeModel::Environment modelEnvironment(MainLoop& loop, TimerScheduler& scheduler, Preferences& preferences) {
     UINodeModel::Environment made;
@@ -95,7 +90,7 @@ void SearchSession::doSearch() {
                   QueryPreferences{preferences.boolValue("diacriticInsensitiveSearch"),
                                    preferences.boolValue("showAppsFoundAnywhere")});
     // Text that starts with "/" browses a path instead.
-    if (trimmed(query->baseString).starts_with("/")) return;
+    if (trimmedWhitespace(query->baseString).starts_with("/")) return;
     scheduleHistoryEntry();
     if (query->shortcutKeywordName) {
         const std::string name = *query->shortcutKeywordName;

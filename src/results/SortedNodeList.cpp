@@ -1,12 +1,11 @@
 #include "results/SortedNodeList.h"
 
-#include <unicode/unistr.h>
-
 #include <algorithm>
 #include <iterator>
 #include <numeric>
 #include <thread>
 
+#include "language/UnicodeText.h"
 #include "results/DisplayText.h"
 #include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
@@ -38,12 +37,6 @@ struct ScoreRules {
     bool moveItemsStartingWithQueryToTop = false;
     std::string queryText;
 };
-
-std::string lowercased(const std::string& text) {
-    std::string lower;
-    icu::UnicodeString::fromUTF8(text).toLower().toUTF8String(lower);
-    return lower;
-}
 
 ScoreRules scoreRules(const std::optional<std::string>& queryText, const Preferences& preferences) {
     if (!queryText) return {};

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "results/ResultsExporter.h"
 #include "stores/Preferences.h"
 #include "testing/TempDir.h"
@@ -26,20 +23,13 @@ UINodePtr node(const std::string& path, std::uint64_t size, std::int64_t modifie
     return UINode::create(result);
 }
 
-std::string contentsOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 class ExportTest : public ::testing::Test {
 protected:
     std::string exported(Format format) {
         const std::string path = dir.str() + "/out." + ResultsExporter::fileExtension(format);
         const Status status = ResultsExporter::exportResults(format, nodes, path, dates);
         EXPECT_TRUE(status.ok()) << (status.ok() ? "" : status.error().description());
-        return contentsOf(path);
+        return testing::readFile(path);
     }
 
     testing::TempDir dir;
@@ -75,7 +65,7 @@ TEST_F(ExportTest, textWritesFieldsAsTheyAre) {
 TEST_F(ExportTest, emptyListWritesTheHeaderAloneOverAnExistingFile) {
     const std::string path = dir.write("old.csv", "older and longer contents\nthat must go\n").string();
     ASSERT_TRUE(ResultsExporter::exportResults(Format::csv, {}, path, dates).ok());
-    EXPECT_EQ(contentsOf(path), "name, path, size, mod date, creation date, kind, parent name\n");
+    EXPECT_EQ(testing::readFile(path), "name, path, size, mod date, creation date, kind, parent name\n");
 }
 
 TEST_F(ExportTest, rowThatIsNoValidTextIsSkipped) {
@@ -133,7 +123,7 @@ TEST_F(ExportActionTest, cancellingTheDialogWritesNothingAndIsNoError) {
 TEST_F(ExportActionTest, theChoiceIsRememberedForTheNextDialog) {
     answer = ResultsExporter::SaveChoice{dir.str() + "/list.txt", Format::text};
     ASSERT_TRUE(exporter.exportResultsAction(nodes, std::nullopt, dates).ok());
-    EXPECT_EQ(contentsOf(dir.str() + "/list.txt").substr(0, 5), "name\t");
+    EXPECT_EQ(testing::readFile(dir.str() + "/list.txt").substr(0, 5), "name\t");
     ResultsExporter later(preferences, [&](const std::string& name, Format format) {
         asked.emplace_back(name, format);
         return std::nullopt;
@@ -145,7 +135,7 @@ TEST_F(ExportActionTest, theChoiceIsRememberedForTheNextDialog) {
 TEST_F(ExportActionTest, aTestingPathSkipsTheDialog) {
     ASSERT_TRUE(exporter.exportResultsAction(nodes, dir.str() + "/t.csv", dates).ok());
     EXPECT_TRUE(asked.empty());
-    EXPECT_EQ(contentsOf(dir.str() + "/t.csv").substr(0, 6), "name, ");
+    EXPECT_EQ(testing::readFile(dir.str() + "/t.csv").substr(0, 6), "name, ");
 }
 
 }  // namespace

@@ -154,9 +154,7 @@ TEST_F(PreferencesTest, MalformedFileIsSetAsideAndDefaultsStand) {
     prefs.startup("5");
     EXPECT_TRUE(prefs.boolValue("historyEnabled"));
     EXPECT_TRUE(prefs.boolValue("showInMenuBar"));
-    std::ifstream corrupt(storePath() + ".corrupt");
-    std::string kept((std::istreambuf_iterator<char>(corrupt)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(kept, "{\"showInMenuBar\": fal");
+    EXPECT_EQ(testing::readFile(storePath() + ".corrupt"), "{\"showInMenuBar\": fal");
     EXPECT_EQ(readFile(storePath())["showInMenuBar"], true);
 }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 
 #include "stores/QueryStatisticsController.h"
 #include "support/AppDirectories.h"
@@ -13,13 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 
 const QueryStatistic::Date march1 = std::chrono::sys_days(std::chrono::year(2024) / 3 / 1) + 9h + 30min;
-
-std::string contentsOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 class QueryStatisticsTest : public ::testing::Test {
 protected:
@@ -48,7 +40,7 @@ TEST_F(QueryStatisticsTest, fileRoundTripsThroughPrettyJSON) {
     controller.add(march1, "budget .xlsx", 12, 7);
     ASSERT_TRUE(controller.save().ok());
     const auto saved = controller.all();
-    const std::string text = contentsOf(path);
+    const std::string text = testing::readFile(path);
     EXPECT_NE(text.find("\n  {\n    \"id\": "), std::string::npos) << text;
     EXPECT_NE(text.find("\"date\": \"2024-03-01T09:30:00Z\""), std::string::npos) << text;
     EXPECT_NE(text.find("\"supplier\": 12"), std::string::npos) << text;
@@ -92,7 +84,7 @@ TEST_F(QueryStatisticsTest, clearEmptiesTheFileToo) {
     controller.add(march1, "x", 1, 1);
     controller.clear();
     EXPECT_TRUE(controller.all().empty());
-    EXPECT_EQ(contentsOf(path), "[]");
+    EXPECT_EQ(testing::readFile(path), "[]");
 }
 
 TEST_F(QueryStatisticsTest, saveFailureKeepsTheListInMemory) {

@@ -4,7 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 
 namespace quester {
@@ -15,13 +15,13 @@ constexpr std::string_view tenWordSentence = ": modified this month bigger than 
 constexpr std::string_view typedQuery =
     "report OR invoice : modified this month AND bigger than 5mb is pdf inside Documents";
 
-const LanguageParse& parser() {
-    static const LanguageParse parse(standardCommandFactories());
+const CommandRecogniser& parser() {
+    static const CommandRecogniser parse(standardCommandFactories());
     return parse;
 }
 
 void parseTenWordSentence(benchmark::State& state) {
-    const LanguageParse& parse = parser();
+    const CommandRecogniser& parse = parser();
     for (auto _ : state) {
         const auto words = SentenceComponent::parseWords(tenWordSentence, nullptr, true);
         CommandRecogniserResult result = parse.makeCommands(words);
@@ -31,7 +31,7 @@ void parseTenWordSentence(benchmark::State& state) {
 BENCHMARK(parseTenWordSentence);
 
 void buildQueryContainer(benchmark::State& state) {
-    const LanguageParse& parse = parser();
+    const CommandRecogniser& parse = parser();
     for (auto _ : state) {
         QueryContainer query(typedQuery, parse);
         benchmark::DoNotOptimize(query);

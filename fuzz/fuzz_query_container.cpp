@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const quester::LanguageParse parser(quester::standardCommandFactories());
+    static const quester::CommandRecogniser parser(quester::standardCommandFactories());
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const quester::QueryContainer query(text, parser);
     for (const auto& command : query.commandsFoundInQuery) {

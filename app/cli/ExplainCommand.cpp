@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/CommandClassName.h"
 #include "query/QueryContainer.h"
 #include "stores/Preferences.h"
@@ -54,7 +54,11 @@ std::vector<std::string> typedTexts(const std::vector<SentenceComponent>& words)
 nlohmann::ordered_json explanationJSON(const QueryContainer& query) {
     nlohmann::ordered_json commands = nlohmann::ordered_json::array();
     for (const auto& command : query.commandsFoundInQuery) {
-        commands.push_back({{"type", commandClassName(*command)}, {"text", command->commandToString()}});
+        nlohmann::ordered_json entry{{"type", commandClassName(*command)}, {"text", command->commandToString()}};
+        const auto engine = command->missingEngine();
+        entry["available"] = !engine.has_value();
+        if (engine) entry["missingEngine"] = *engine;
+        commands.push_back(std::move(entry));
     }
     nlohmann::ordered_json explanation;
     explanation["searchWords"] = query.searchWords;
@@ -112,7 +116,9 @@ void printForPerson(const QueryContainer& query) {
     fmt::print("OR groups:      {}\n", joined(groups, " | "));
     fmt::print("Commands:{}\n", query.commandsFoundInQuery.empty() ? "       (none)" : "");
     for (const auto& command : query.commandsFoundInQuery) {
-        fmt::print("  {:<26} {}\n", commandClassName(*command), command->commandToString());
+        const auto engine = command->missingEngine();
+        fmt::print("  {:<26} {}{}\n", commandClassName(*command), command->commandToString(),
+                   engine ? "  (not available: needs " + *engine + ")" : "");
     }
     if (!query.invalidCommandAreaWords.empty()) {
         fmt::print("Unrecognised:   {}  (marked [?...] above)\n", joined(typedTexts(query.invalidCommandAreaWords), ", "));
@@ -124,7 +130,7 @@ void printForPerson(const QueryContainer& query) {
 }
 
 void runExplain(const ExplainOptions& options) {
-    LanguageParse parser(standardCommandFactories());
+    CommandRecogniser parser(standardCommandFactories());
     Preferences& preferences = Preferences::shared();
     QueryPreferences queryPreferences{preferences.boolValue("diacriticInsensitiveSearch"),
                                       preferences.boolValue("showAppsFoundAnywhere")};

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "sources/ShowAppsCommandDataSource.h"
@@ -28,6 +28,7 @@ namespace quester::cli {
 namespace {
 
 constexpr int kUnusable = 1;
+constexpr int kUnavailable = 2;
 constexpr int kInterrupted = 130;
 
 // The session's options, with the folders as typed until they are checked.
@@ -54,6 +55,15 @@ Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
         folders.emplace_back(absolute, true);
     }
     return folders;
+}
+
+// Why the query holds a criterion that can't be run yet, if it does.
+std::optional<std::string> unavailableCriterionReason(const QueryContainer& query) {
+    const auto unavailable = query.unavailableCriteria();
+    if (unavailable.empty()) return std::nullopt;
+    const auto& first = unavailable.front();
+    return "'" + first.wording + "' needs " + first.engine +
+           ", which this version of Quester does not have yet; leave it out to search without it";
 }
 
 // What keeps a query from being searched, if anything.
@@ -123,8 +133,12 @@ int runSearch(const SearchOptions& options) {
     // list is read by the first search that wants it, on a thread made after
     // the signals are blocked.
     (void)ShowAppsCommandDataSource::shared();
-    LanguageParse parser(standardCommandFactories());
+    CommandRecogniser parser(standardCommandFactories());
     QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders), sorted.soundex);
+    if (auto reason = unavailableCriterionReason(query)) {
+        complain(*reason);
+        return kUnavailable;
+    }
     if (auto reason = unusableQueryReason(query)) {
         complain(*reason);
         return kUnusable;

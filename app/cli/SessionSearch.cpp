@@ -9,8 +9,8 @@
 #include <cstdlib>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
-#include "platform/PathText.h"
+#include "query/CommandRecogniser.h"
+#include "support/PathText.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "results/Column.h"
@@ -138,7 +138,7 @@ struct SessionSearch::State {
     MainLoop& loop = MainLoop::shared();
     MainLoopTimerScheduler scheduler{loop};
     Preferences preferences{""};
-    LanguageParse parser{standardCommandFactories()};
+    CommandRecogniser parser{standardCommandFactories()};
     std::shared_ptr<ProgressLine> progress;
     std::shared_ptr<SearchSession> session;
     std::shared_ptr<QueryOfTheSession> selection;

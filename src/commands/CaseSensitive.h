@@ -15,6 +15,7 @@ public:
     bool commandIsOnlyAFilter() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::CaseSensitivity; }
     bool sameParameters(const CaseSensitive&) const { return true; }
+    CommandRole commandRole() const override { return CommandRole::caseSensitive; }
 };
 
 }  // namespace quester

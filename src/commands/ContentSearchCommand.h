@@ -26,6 +26,8 @@ public:
     }
     bool commandSupportsBooleanCombination() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::TextContent; }
+    std::optional<std::string> missingEngine() const override { return "content search"; }
+    CommandRole commandRole() const override { return CommandRole::contentSearch; }
     bool sameParameters(const ContentSearchCommand& other) const {
         return wordsToSearchForString.empty() == other.wordsToSearchForString.empty();
     }

@@ -13,6 +13,7 @@ public:
         return CommandApplyResult::accept;
     }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::ExactNames; }
+    CommandRole commandRole() const override { return CommandRole::exactName; }
     bool sameParameters(const ExactNameCommand&) const { return true; }
 };
 

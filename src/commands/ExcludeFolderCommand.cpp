@@ -1,7 +1,7 @@
 #include "commands/ExcludeFolderCommand.h"
 
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "query/SearchResult.h"
 
 namespace quester {

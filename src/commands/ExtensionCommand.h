@@ -21,6 +21,7 @@ public:
     std::vector<std::string> commandExtraHighlightStrings() const override { return {"." + wantedFileNameExtension}; }
     bool commandSupportsBooleanCombination() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::Extensions; }
+    CommandRole commandRole() const override { return CommandRole::extension; }
     bool sameParameters(const ExtensionCommand& other) const { return isNot == other.isNot; }
 
     std::string wantedFileNameExtension;

@@ -21,6 +21,7 @@ public:
     }
     bool commandSupportsBooleanCombination() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::ImageRecognition; }
+    std::optional<std::string> missingEngine() const override { return "image recognition"; }
     bool sameParameters(const ImageVisionCommand& other) const { return allItems == other.allItems; }
 
     std::string searchString;

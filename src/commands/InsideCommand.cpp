@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/Url.h"
 #include "query/SearchResult.h"
 

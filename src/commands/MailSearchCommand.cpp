@@ -1,18 +1,8 @@
 #include "commands/MailSearchCommand.h"
 
-namespace quester {
+#include "support/PathText.h"
 
-std::vector<std::string> splitDroppingEmpty(std::string_view text, char separator) {
-    std::vector<std::string> pieces;
-    size_t start = 0;
-    while (start <= text.size()) {
-        size_t end = text.find(separator, start);
-        if (end == std::string_view::npos) end = text.size();
-        if (end > start) pieces.emplace_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return pieces;
-}
+namespace quester {
 
 CommandPtr MailSearchCommand::create(std::string_view, const VariableArguments& args, const TemplateFlags& flags) {
     const auto* content = argumentAt<SentenceComponent>(args, 0);
@@ -25,6 +15,6 @@ CommandPtr MailSearchCommand::create(std::string_view, const VariableArguments& 
     return std::make_shared<MailSearchCommand>(content->textOriginalCase, to->textOriginalCase, from->textOriginalCase);
 }
 
-std::vector<std::string> MailSearchCommand::wordsToSearchFor() const { return splitDroppingEmpty(content, ','); }
+std::vector<std::string> MailSearchCommand::wordsToSearchFor() const { return splitNonEmpty(content, ','); }
 
 }  // namespace quester

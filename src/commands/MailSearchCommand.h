@@ -23,6 +23,7 @@ public:
     }
     bool commandStopsWordBasedSearches() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::MailSearches; }
+    std::optional<std::string> missingEngine() const override { return "mail search"; }
     bool sameParameters(const MailSearchCommand&) const { return true; }
 
     // `content` split at commas, empty pieces dropped, nothing trimmed.
@@ -32,8 +33,5 @@ public:
     std::string to;
     std::string from;
 };
-
-// `text` split at `separator`, dropping empty pieces.
-std::vector<std::string> splitDroppingEmpty(std::string_view text, char separator);
 
 }  // namespace quester

@@ -1,6 +1,6 @@
 #include "commands/NameLengthCommand.h"
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "query/SearchResult.h"
 
 namespace quester {

@@ -3,7 +3,7 @@
 #include <unicode/regex.h>
 
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "query/SearchResult.h"
 
 namespace quester {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 namespace quester {
 

@@ -27,6 +27,7 @@ public:
     }
     bool commandStopsWordBasedSearches() const override { return stopsWordBasedSearches; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::Scripts; }
+    std::optional<std::string> missingEngine() const override { return "scripts"; }
     bool sameParameters(const ScriptCommand&) const { return true; }
 
     ScriptTarget type;

@@ -14,6 +14,7 @@ public:
     }
     bool commandIsOnlyAFilter() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::ShowInvisibleItems; }
+    CommandRole commandRole() const override { return CommandRole::showInvisibleItems; }
     bool sameParameters(const ShowInvisibleItems&) const { return true; }
 };
 

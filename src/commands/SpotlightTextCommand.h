@@ -28,6 +28,7 @@ public:
     }
     bool commandStopsWordBasedSearches() const override { return stopsWordBasedSearches; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::Spotlight; }
+    std::optional<std::string> missingEngine() const override { return "a metadata index"; }
     bool sameParameters(const Derived&) const { return true; }
 
     std::string content;

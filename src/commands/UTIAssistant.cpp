@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "stores/Preferences.h"
 
@@ -42,16 +42,10 @@ std::vector<std::string> typeInformation(const UniformTypeDeclaration& declarati
     return texts;
 }
 
-std::string withFirstLetterUppercased(std::string text) {
-    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z')
-        text.front() = static_cast<char>(text.front() - 'a' + 'A');
-    return text;
-}
-
 }  // namespace
 
 UTIAssistant::UTIAssistant(Preferences& preferences, const UniformTypeTable& table)
-    : preferences(preferences), table(table) {}
+    : preferences(preferences), table(table), kindStrings(table) {}
 
 UTIAssistant& UTIAssistant::shared() {
     static UTIAssistant instance(Preferences::shared(), UniformTypeTable::shared());
@@ -72,47 +66,15 @@ bool UTIAssistant::utiInformationIncludesWord(std::string_view ext, const Url& f
         return text.find(word) != std::string_view::npos ||
                (substitute && text.find(*substitute) != std::string_view::npos);
     };
-    if (mentions(lowercased(kindStringForFile(fileURL)))) return true;
+    if (mentions(lowercased(kindStrings.kindStringForFile(fileURL, preferences.boolValue(kUseFinderKindField))))) {
+        return true;
+    }
     const auto type = table.typeForExtension(ext);
     if (!type) return false;
     for (const auto& text : typeInformation(*table.declaration(*type))) {
         if (mentions(text)) return true;
     }
     return false;
-}
-
-std::string UTIAssistant::kindStringForFile(const Url& fileURL) {
-    std::optional<std::string> kind;
-    if (!preferences.boolValue(kUseFinderKindField)) kind = kindStringForExtension(pathExtension(fileURL.path()));
-    if (!kind) kind = finderKindStringForFile(fileURL);
-    return kind.value_or("Document");
-}
-
-std::optional<std::string> UTIAssistant::kindStringForExtension(std::string_view ext) {
-    if (ext.empty()) return std::nullopt;
-    const auto key = lowercased(ext);
-    // Looked up and stored under one lock: the table lookup is cheap and never
-    // calls out.
-    return kindStringCache.access([&](auto& cache) {
-        const auto cached = cache.find(key);
-        if (cached != cache.end()) return cached->second;
-        std::optional<std::string> kind;
-        if (const auto type = table.typeForExtension(key)) kind = table.description(*type);
-        if (kind) kind = withFirstLetterUppercased(*kind);
-        cache.emplace(key, kind);
-        return kind;
-    });
-}
-
-std::string UTIAssistant::kindStringForFolder(std::string_view path) {
-    return kindStringForExtension(pathExtension(path)).value_or("Folder");
-}
-
-std::optional<std::string> UTIAssistant::finderKindStringForFile(const Url& fileURL) const {
-    if (fileURL.isDirectory()) return table.description(table.typeOfItem(fileURL.path(), true));
-    const auto type = table.typeForExtension(pathExtension(fileURL.path()));
-    if (!type) return std::nullopt;
-    return table.description(*type);
 }
 
 }  // namespace quester

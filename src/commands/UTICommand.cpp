@@ -4,7 +4,7 @@
 
 #include "commands/UTIAssistant.h"
 #include "language/UTIWords.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "query/SearchResult.h"
 

@@ -13,6 +13,7 @@ public:
         return CommandApplyResult::accept;
     }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::WholeWords; }
+    CommandRole commandRole() const override { return CommandRole::wholeWords; }
     bool sameParameters(const WholeWords&) const { return true; }
 };
 

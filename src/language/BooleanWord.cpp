@@ -3,16 +3,11 @@
 #include <algorithm>
 
 #include "language/UnicodeText.h"
+#include "support/PathText.h"
 
 namespace quester {
 
 namespace {
-
-std::string_view lastPathComponent(std::string_view path) {
-    while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
-    const size_t slash = path.find_last_of('/');
-    return slash == std::string_view::npos || path.size() == 1 ? path : path.substr(slash + 1);
-}
 
 std::vector<std::string> split(const BooleanEvalContext& ctx, std::string_view text) {
     if (ctx.wordSplitter) return ctx.wordSplitter(text);
@@ -52,13 +47,13 @@ bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) 
         lowercaseInto(name, lowered);
         haystack = lowered;
     }
-    if (ctx.exactName) return lastPathComponent(haystack) == needle;
+    if (ctx.exactName) return lastPathComponentView(haystack) == needle;
     if (wildcard == SentenceComponent::Wildcard::none) {
         if (!ctx.wholeWords) return haystack.find(needle) != std::string_view::npos;
         const std::vector<std::string> pieces = split(ctx, haystack);
         return std::find(pieces.begin(), pieces.end(), needle) != pieces.end();
     }
-    const std::string_view last = lastPathComponent(haystack);
+    const std::string_view last = lastPathComponentView(haystack);
     if (affixMatches(last, needle, wildcard)) return true;
     const std::vector<std::string> pieces = split(ctx, last);
     return std::any_of(pieces.begin(), pieces.end(),

@@ -1,24 +1,15 @@
 #include "language/LanguageParse.h"
 
-#include <unicode/ustring.h>
-
 #include <algorithm>
-#include <set>
 
 #include "language/VariableParsers.h"
 #include "resources/ScriptResource.h"
 #include "support/Munge.h"
+#include "support/Utf8Text.h"
 
 namespace quester {
 
 namespace {
-
-bool isUtf8(std::string_view text) {
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t length = 0;
-    u_strFromUTF8(nullptr, 0, &length, text.data(), static_cast<int32_t>(text.size()), &status);
-    return status != U_INVALID_CHAR_FOUND && status != U_ILLEGAL_ARGUMENT_ERROR;
-}
 
 bool isSkipped(std::string_view line) {
     static constexpr std::string_view pencil = "\u270F\uFE0F";
@@ -32,15 +23,6 @@ bool overlaps(const CharacterRange& a, const CharacterRange& b) {
     const int bHigh = b.upperBound - 1;
     if (aLow > aHigh || bLow > bHigh) return false;
     return std::max(aLow, bLow) <= std::min(aHigh, bHigh);
-}
-
-VariableArguments argumentsOf(const TemplateWordStatsResult& match) {
-    VariableArguments args;
-    for (const auto& stat : match.stats) {
-        if (stat.variableParserResult && stat.variableParserResult->value.has_value())
-            args.push_back(stat.variableParserResult->value);
-    }
-    return args;
 }
 
 }  // namespace
@@ -73,7 +55,7 @@ std::vector<SentenceTemplate> LanguageParseCache::templatesFromScrambled(std::sp
     std::vector<std::uint8_t> bytes(data.begin(), data.end());
     Munge::munge(bytes, 1);
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (!isUtf8(text)) return {};
+    if (!isValidUTF8(text)) return {};
     return templatesFromText(text);
 }
 
@@ -92,30 +74,19 @@ std::vector<SentenceTemplate> LanguageParseCache::templatesFromText(std::string_
     return templates;
 }
 
-LanguageParse::LanguageParse(CommandFactories factories, VariableSources sources)
-    : LanguageParse(LanguageParseCache::shared().allTemplates(), std::move(factories), std::move(sources)) {}
+LanguageParse::LanguageParse(VariableSources sources)
+    : LanguageParse(LanguageParseCache::shared().allTemplates(), std::move(sources)) {}
 
-LanguageParse::LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>> templates, CommandFactories factories,
-                             VariableSources sources)
+LanguageParse::LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>> templates, VariableSources sources)
     : allTemplates(std::move(templates)),
-      factories(std::move(factories)),
       parsers(standardVariableParsers(sources)),
       completors(standardVariableCompletors(sources)) {
     if (!allTemplates) allTemplates = std::make_shared<const std::vector<SentenceTemplate>>();
-    for (const auto& factory : this->factories) {
-        if (!factory) continue;
-        for (const std::string& name : factory->commandNames()) factoryByName.emplace(name, factory.get());
-    }
 }
 
 std::optional<std::string> LanguageParse::possibleCompletion(const std::vector<std::string>& candidates,
                                                              std::string_view target) {
     return quester::possibleCompletion(candidates, target);
-}
-
-const CommandFactory* LanguageParse::factoryFor(const std::string& commandName) const {
-    const auto found = factoryByName.find(commandName);
-    return found == factoryByName.end() ? nullptr : found->second;
 }
 
 std::vector<TemplateWordStatsResult> LanguageParse::matchTemplate(const SentenceTemplate& sentenceTemplate,
@@ -140,25 +111,6 @@ std::vector<TemplateWordStatsResult> LanguageParse::matchesFor(const std::vector
         for (auto& result : matchTemplate(sentenceTemplate, prepared)) all.push_back(std::move(result));
     }
     return consolidateOverlappingResults(std::move(all));
-}
-
-CommandRecogniserResult LanguageParse::makeCommands(const std::vector<SentenceComponent>& input) const {
-    CommandRecogniserResult made;
-    for (const TemplateWordStatsResult& match : matchesFor(input)) {
-        const CommandFactory* factory = factoryFor(match.sentenceTemplate->command);
-        if (factory == nullptr) continue;
-        CommandPtr command =
-            factory->create(match.sentenceTemplate->command, argumentsOf(match), match.sentenceTemplate->flags);
-        if (!command) continue;
-        std::vector<SentenceComponent> parts = match.consumedParts();
-        command->setCommandConsumedParts(parts);
-        made.commands.push_back(std::move(command));
-        made.consumedParts.insert(made.consumedParts.end(), parts.begin(), parts.end());
-    }
-    std::set<std::string> printed;
-    std::erase_if(made.commands,
-                  [&](const CommandPtr& command) { return !printed.insert(command->commandToString()).second; });
-    return made;
 }
 
 }  // namespace quester

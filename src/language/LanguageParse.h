@@ -5,23 +5,14 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "language/SentenceComponent.h"
 #include "language/SentenceTemplate.h"
 #include "language/VariableParserResult.h"
 #include "language/VariableSources.h"
-#include "query/CommandFactory.h"
 
 namespace quester {
-
-// What the parser made of the command area: the commands, in template order, and
-// every word that any of them took (also the words of dropped duplicates).
-struct CommandRecogniserResult {
-    std::vector<CommandPtr> commands;
-    std::vector<SentenceComponent> consumedParts;
-};
 
 // The template table of the program, read once from the compiled-in "Script"
 // data: unscrambled, cut into lines, comments ("//" first, or the pencil sign
@@ -43,20 +34,19 @@ private:
     std::shared_ptr<const std::vector<SentenceTemplate>> templates;
 };
 
-// Turns the words of the command area into commands: every template is tried at
-// every word position, only full matches count, overlapping matches are settled
-// in favour of the one that covers more characters, and the factories build the
-// commands. Never throws; words that nothing takes are simply left over.
-// Immutable once made; parses may run on several threads at once.
+// Finds the templates in the words of the command area: every template is tried
+// at every word position, only full matches count, and overlapping matches are
+// settled in favour of the one that covers more characters. What a match means
+// is the business of the command factories (CommandRecogniser). Never throws;
+// words that nothing takes are simply left over. Immutable once made; parses
+// may run on several threads at once.
 class LanguageParse {
 public:
-    // The program's template table with the given factories.
-    explicit LanguageParse(CommandFactories factories, VariableSources sources = {});
+    // The program's template table.
+    explicit LanguageParse(VariableSources sources = {});
     // Any template table, for tests and tools.
-    LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>> templates, CommandFactories factories,
-                  VariableSources sources = {});
+    explicit LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>> templates, VariableSources sources = {});
 
-    CommandRecogniserResult makeCommands(const std::vector<SentenceComponent>& input) const;
     // All surviving full matches, in template order.
     std::vector<TemplateWordStatsResult> matchesFor(const std::vector<SentenceComponent>& input) const;
 
@@ -70,11 +60,8 @@ public:
 private:
     std::vector<TemplateWordStatsResult> matchTemplate(const SentenceTemplate& sentenceTemplate,
                                                        const SentenceTemplate::Input& input) const;
-    const CommandFactory* factoryFor(const std::string& commandName) const;
 
     std::shared_ptr<const std::vector<SentenceTemplate>> allTemplates;
-    CommandFactories factories;
-    std::unordered_map<std::string, const CommandFactory*> factoryByName;
     VariableParsers parsers;
     VariableCompletors completors;
 };

@@ -19,6 +19,7 @@
 #include "language/TimeUnit.h"
 #include "language/UTIWords.h"
 #include "language/UnicodeText.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -59,7 +60,7 @@ std::vector<std::string> keysOf(const std::vector<std::pair<std::string, std::st
 // The name by which a script is typed: its file name without extension, in lower
 // case, with no blanks ("Tidy Up.sh" is "tidyup").
 std::string scriptWord(const std::string& path) {
-    std::string name = path.substr(path.find_last_of('/') + 1);
+    std::string name = lastPathComponent(path);
     if (const size_t dot = name.find_last_of('.'); dot != std::string::npos && dot > 0) name.erase(dot);
     std::string word = lowercased(name);
     std::erase(word, ' ');

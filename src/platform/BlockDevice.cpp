@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

@@ -5,7 +5,7 @@
 #include <map>
 #include <optional>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

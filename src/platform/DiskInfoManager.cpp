@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/BlockDevice.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "support/LogFunc.h"
 
 namespace quester {

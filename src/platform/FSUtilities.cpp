@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "platform/MountTable.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/VolumeLabel.h"
 
 namespace quester {

@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 namespace quester {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
 
 namespace quester {

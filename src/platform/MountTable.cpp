@@ -9,7 +9,7 @@
 #include <cstring>
 #include <memory>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "support/Locked.h"
 
 namespace quester {

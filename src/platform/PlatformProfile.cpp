@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "support/AppDirectories.h"
 #include "support/Locked.h"
 

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "platform/MountTable.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
 #include "platform/VolumeLabel.h"
 #include "support/AppDirectories.h"

@@ -19,6 +19,19 @@ class SearchDataSourceDelegate;
 struct QuerySearchArguments;
 struct SearchResult;
 
+// What the query itself must know of a command beyond its slots: the switches
+// of name matching, and the criteria that it orders or treats apart. Every
+// other command is a plain criterion.
+enum class CommandRole {
+    criterion,
+    caseSensitive,
+    wholeWords,
+    exactName,
+    extension,
+    contentSearch,
+    showInvisibleItems,
+};
+
 // One criterion of a query. A command belongs to one queue at a time: the search
 // manager gives each of its queues its own copies (`copy`), so nothing here is
 // synchronised. Commands are shared between copies of a query container, hence
@@ -85,6 +98,14 @@ public:
 
     // 18. The help page that explains this command, if any.
     virtual std::optional<AvailableHelpFileNames> helpFileName() const { return std::nullopt; }
+
+    // What the query must know of this command (see CommandRole).
+    virtual CommandRole commandRole() const { return CommandRole::criterion; }
+
+    // The engine this criterion needs while the program has none for it
+    // ("content search"): a search that holds it is refused before it starts,
+    // rather than run as if the criterion weren't there. None when it can run.
+    virtual std::optional<std::string> missingEngine() const { return std::nullopt; }
 
 protected:
     Command() = default;

@@ -1,7 +1,7 @@
 #include "query/NotIncludingWords.h"
 
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "query/SearchResult.h"
 
 namespace quester {

@@ -7,10 +7,9 @@
 #include <algorithm>
 
 #include "language/BooleanParser.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "language/UnicodeText.h"
-#include "platform/PathText.h"
-#include "query/CommandClassName.h"
+#include "support/PathText.h"
 #include "query/CommandWithScope.h"
 #include "query/NotIncludingWords.h"
 #include "query/Soundex.h"
@@ -66,11 +65,12 @@ bool isSplitCharacter(std::string_view character) {
 }
 
 int displayPriority(const Command& command) {
-    std::string name = commandClassName(command);
-    if (name == "CaseSensitive") return 0;
-    if (name == "ExactNameCommand") return 100;
-    if (name == "ContentSearchCommand") return 300;
-    return 200;
+    switch (command.commandRole()) {
+        case CommandRole::caseSensitive: return 0;
+        case CommandRole::exactName: return 100;
+        case CommandRole::contentSearch: return 300;
+        default: return 200;
+    }
 }
 
 std::string upToFirstPoint(const std::string& text) { return text.substr(0, text.find('.')); }
@@ -90,7 +90,7 @@ QueryContainer::QueryContainer(QueryPreferences preferences)
     : wantsDiacriticInsensitiveSearch(preferences.diacriticInsensitiveSearch),
       showAppsFromAnywhere(preferences.showAppsFoundAnywhere) {}
 
-QueryContainer::QueryContainer(std::string_view text, const LanguageParse& parser,
+QueryContainer::QueryContainer(std::string_view text, const CommandRecogniser& parser,
                                std::optional<SearchLocation> location, bool soundexMatching,
                                QueryPreferences preferences)
     : QueryContainer(preferences) {
@@ -111,9 +111,9 @@ QueryContainer::QueryContainer(std::string_view text, const LanguageParse& parse
             break;
         }
     }
-    matchIsCaseSensitive = hasCommand("CaseSensitive");
-    matchWholeWords = hasCommand("WholeWords");
-    matchExactName = hasCommand("ExactNameCommand");
+    matchIsCaseSensitive = hasCommand(CommandRole::caseSensitive);
+    matchWholeWords = hasCommand(CommandRole::wholeWords);
+    matchExactName = hasCommand(CommandRole::exactName);
     classifyWords();
     addCommandsForSearchWords();
     collectSearchWords();
@@ -124,7 +124,7 @@ QueryContainer::QueryContainer(std::string_view text, const LanguageParse& parse
     for (const auto& word : searchWords) searchWordStringsSoundexValues.push_back(Soundex::value(word));
 }
 
-void QueryContainer::parseCommands(const LanguageParse& parser) {
+void QueryContainer::parseCommands(const CommandRecogniser& parser) {
     Words commandWords;
     std::copy_if(allWords.begin(), allWords.end(), std::back_inserter(commandWords),
                  [](const SentenceComponent& word) { return word.isAfterAColon; });
@@ -137,9 +137,8 @@ void QueryContainer::parseCommands(const LanguageParse& parser) {
 // Cheap name tests first, content reading last.
 void QueryContainer::sortCommands() {
     auto rank = [](const CommandPtr& command) {
-        std::string name = commandClassName(*command);
-        if (name == "ExtensionCommand") return 0;
-        if (name == "ContentSearchCommand") return 2;
+        if (command->commandRole() == CommandRole::extension) return 0;
+        if (command->commandRole() == CommandRole::contentSearch) return 2;
         return 1;
     };
     std::stable_sort(commandsFoundInQuery.begin(), commandsFoundInQuery.end(),
@@ -282,8 +281,10 @@ std::vector<CommandPtr> QueryContainer::copyCommandsFoundInQuery() const {
 std::vector<CommandPtr> QueryContainer::commandsFoundInQueryForDisplay() const {
     std::vector<CommandPtr> shown;
     for (const auto& command : commandsFoundInQuery) {
-        std::string name = commandClassName(*command);
-        if (name != "NotIncludingWords" && name != "WildcardWords") shown.push_back(command);
+        const Command* made = command.get();
+        if (!dynamic_cast<const NotIncludingWords*>(made) && !dynamic_cast<const WildcardWords*>(made)) {
+            shown.push_back(command);
+        }
     }
     std::stable_sort(shown.begin(), shown.end(),
                      [](const CommandPtr& a, const CommandPtr& b) { return displayPriority(*a) < displayPriority(*b); });
@@ -299,9 +300,9 @@ std::string QueryContainer::searchWordsWithMinusString() const {
     return text;
 }
 
-CommandPtr QueryContainer::findCommand(std::string_view className) const {
+CommandPtr QueryContainer::findCommand(CommandRole role) const {
     for (const auto& command : commandsFoundInQuery) {
-        if (commandClassName(*command) == className) return command;
+        if (command->commandRole() == role) return command;
     }
     return nullptr;
 }
@@ -332,6 +333,15 @@ BooleanExpr::EvalContext QueryContainer::makeEvalContext(bool diacriticInsensiti
     context.wordSplitter = &QueryContainer::wholeWordsFromFileName;
     context.evaluateCommand = std::move(evaluateCommand);
     return context;
+}
+
+std::vector<UnavailableCriterion> QueryContainer::unavailableCriteria() const {
+    std::vector<UnavailableCriterion> unavailable;
+    for (const auto& command : commandsFoundInQuery) {
+        if (auto engine = command->missingEngine()) unavailable.push_back({command->commandToString(), *engine});
+    }
+    if (shortcutKeywordName) unavailable.push_back({"shortcut " + *shortcutKeywordName, "shortcuts"});
+    return unavailable;
 }
 
 bool QueryContainer::isWordBasedSearch() const {

@@ -14,7 +14,13 @@
 
 namespace quester {
 
-class LanguageParse;
+class CommandRecogniser;
+
+// A criterion of a query that the program can't run yet, and what it lacks.
+struct UnavailableCriterion {
+    std::string wording;  // as typed after the colon, or the command's canonical text
+    std::string engine;   // "content search", "shortcuts", ...
+};
 
 // The two user defaults a query reads when it is made. The caller reads them
 // from the preferences; both are off by default.
@@ -34,7 +40,7 @@ public:
     // Parses `text` with `parser`: words before the first unquoted colon are
     // search words, the sentence after it becomes commands. Never fails; words
     // that mean nothing end up in `invalidCommandAreaWords`.
-    QueryContainer(std::string_view text, const LanguageParse& parser,
+    QueryContainer(std::string_view text, const CommandRecogniser& parser,
                    std::optional<SearchLocation> whereLocation = std::nullopt, bool soundex = false,
                    QueryPreferences preferences = {});
 
@@ -77,11 +83,23 @@ public:
     // content search last.
     std::vector<CommandPtr> commandsFoundInQueryForDisplay() const;
     std::string searchWordsWithMinusString() const;
-    // The first command of a class, by its class name ("SizeCommand").
-    CommandPtr findCommand(std::string_view className) const;
+    // The first command of class `T` (or of a class derived from it).
+    template <typename T>
+    std::shared_ptr<T> findCommand() const {
+        for (const auto& command : commandsFoundInQuery) {
+            if (auto typed = std::dynamic_pointer_cast<T>(command)) return typed;
+        }
+        return nullptr;
+    }
+    // The first command with the role.
+    CommandPtr findCommand(CommandRole role) const;
     std::set<int> dataSourceLeafIndices() const;
     bool booleanExprUsesDataSourceOr() const;
     BooleanExpr::EvalContext makeEvalContext(bool diacriticInsensitive, std::function<bool(int)> evaluateCommand) const;
+
+    // The criteria that have no engine in this program, in command order; a
+    // shortcut ("word : shortcut music quiz") counts as one.
+    std::vector<UnavailableCriterion> unavailableCriteria() const;
 
     bool isWordBasedSearch() const;
     // "words or : commands": an item passes when its name matches or the commands pass.
@@ -97,7 +115,7 @@ public:
     static std::vector<std::string> wholeWordsFromFileName(std::string_view name);
 
 private:
-    void parseCommands(const LanguageParse& parser);
+    void parseCommands(const CommandRecogniser& parser);
     void sortCommands();
     void classifyWords();
     void addCommandsForSearchWords();
@@ -105,7 +123,7 @@ private:
     void buildBooleanExpr();
     void addCommandStrings();
     QuerySearchArguments computeQuerySearchArguments() const;
-    bool hasCommand(std::string_view className) const { return findCommand(className) != nullptr; }
+    bool hasCommand(CommandRole role) const { return findCommand(role) != nullptr; }
     bool isRecognised(const SentenceComponent& word) const;
 };
 

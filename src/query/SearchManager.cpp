@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/FSUtilities.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
 #include "query/NotIncludingWords.h"
 #include "query/WildcardWords.h"
@@ -122,7 +122,7 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       fileSystemSearchDataSources(std::move(environment.fileSystemSearchDataSources)),
       mainLoop(environment.mainLoop ? *environment.mainLoop : MainLoop::shared()),
       fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
-      showsHiddenItems(searchInsideSystemAndApps || searchQuery.findCommand("ShowInvisibleItems") != nullptr),
+      showsHiddenItems(searchInsideSystemAndApps || searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
       progressUpdateTimer(std::chrono::milliseconds(250), true, clock) {}
 
 SearchManager::~SearchManager() {
@@ -383,7 +383,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
         if (!searchQuery.pathIsInQueryLocation(path)) return false;
     }
     if (!searchResultPassesFiltering(candidate, *this, commands)) return false;
-    if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand("ContentSearchCommand") != nullptr) {
+    if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand(CommandRole::contentSearch) != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
     return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key); });

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 namespace quester {
 

@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <cstring>
 
-#include <unicode/utf8.h>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "stores/Preferences.h"
+#include "support/Utf8Text.h"
 
 namespace quester {
 
@@ -24,17 +24,6 @@ Error posixError(const std::string& what, const std::string& path) {
     const int code = errno;
     return makeError(ErrorCode::ioError,
                      what + " " + path + ": " + std::strerror(code) + " (errno " + std::to_string(code) + ")");
-}
-
-bool isValidUTF8(const std::string& text) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-    const auto length = static_cast<int32_t>(text.size());
-    for (int32_t i = 0; i < length;) {
-        UChar32 c = 0;
-        U8_NEXT(bytes, i, length, c);
-        if (c < 0) return false;
-    }
-    return true;
 }
 
 std::string dateField(std::int64_t seconds, const ResultDateText& dates) {

@@ -1,6 +1,6 @@
 #include "results/SearchSession.h"
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "results/QuesterURL.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
@@ -97,7 +97,7 @@ void SearchSession::doSearch() {
         notify([&](SearchSessionObserver& watching) { watching.shortcutNotFound(name); });
         return;
     }
-    (void)preferences.setValue("rankInVisible", query->findCommand("ContentSearchCommand") != nullptr);
+    (void)preferences.setValue("rankInVisible", query->findCommand(CommandRole::contentSearch) != nullptr);
     bucket.empty();
     model->clear();
     errorCount = 0;

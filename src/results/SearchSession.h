@@ -17,7 +17,7 @@
 
 namespace quester {
 
-class LanguageParse;
+class CommandRecogniser;
 class Preferences;
 
 // What a query window shows of its session: title, status, progress. Every
@@ -40,7 +40,7 @@ public:
 
 // What a session runs on. Tests hand in their own loop, timers and settings.
 struct SearchSessionEnvironment {
-    const LanguageParse* parser = nullptr;  // required
+    const CommandRecogniser* parser = nullptr;  // required
     // The location to search by its name (none: the chosen one). None when
     // the disk it needs isn't mounted.
     std::function<std::optional<SearchLocation>(const std::optional<std::string>& name)> location;

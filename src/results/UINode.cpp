@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "commands/UTIAssistant.h"
 #include "platform/FSUtilities.h"
 #include "platform/ItemAttributes.h"
-#include "platform/PathText.h"
+#include "platform/KindStrings.h"
+#include "support/PathText.h"
 #include "results/DisplayText.h"
 #include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
@@ -58,9 +58,10 @@ UINode::Kind kindForDirectory(const std::string& path) {
 }
 
 std::string displayKindFor(UINode::Kind kind, const std::string& path) {
-    auto& assistant = UTIAssistant::shared();
-    if (kind == UINode::Kind::folder) return assistant.kindStringForFolder(path);
-    return assistant.kindStringForFile(Url(path, kind == UINode::Kind::package));
+    auto& kinds = KindStrings::shared();
+    if (kind == UINode::Kind::folder) return kinds.kindStringForFolder(path);
+    return kinds.kindStringForFile(Url(path, kind == UINode::Kind::package),
+                                   Preferences::shared().boolValue("useFinderKindField"));
 }
 
 void addOnce(std::vector<VisualState>& states, VisualState state) {

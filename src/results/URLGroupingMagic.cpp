@@ -8,7 +8,7 @@
 #include <cctype>
 #include <string_view>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "results/DisplayText.h"
 
 namespace quester {

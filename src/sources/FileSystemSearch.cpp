@@ -10,7 +10,7 @@
 #include "platform/Url.h"
 #include "query/SearchDataSourceDelegate.h"
 #include "query/SearchResult.h"
-#include "results/ActivityController.h"
+#include "support/ActivityController.h"
 #include "sources/DirectoryIterator.h"
 #include "support/LogFunc.h"
 
@@ -72,7 +72,7 @@ FileSystemSearch::FileSystemSearch(ActivityController* activityController, FSUti
 
 void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDelegate& handler) {
     query = forQuery;
-    auto depthCommand = std::dynamic_pointer_cast<MaxDepth>(query->findCommand("MaxDepth"));
+    auto depthCommand = query->findCommand<MaxDepth>();
     maxDepth = depthCommand ? depthCommand->maxDepth : 0;
 
     ActivityItem::Options options;

@@ -9,7 +9,7 @@
 
 #include "query/QueryContainer.h"
 #include "query/SearchDataSource.h"
-#include "results/ActivityItem.h"
+#include "support/ActivityItem.h"
 #include "sources/FSItemAndAttrs.h"
 #include "support/DelayTimer.h"
 #include "support/Locked.h"

@@ -4,10 +4,11 @@
 #include <utility>
 
 #include "platform/FSUtilities.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
 #include "query/QueryContainer.h"
 #include "query/SearchDataSourceDelegate.h"
+#include "commands/KnownDirectoriesCommand.h"
 #include "sources/DirectoryIterator.h"
 #include "support/LogFunc.h"
 
@@ -60,8 +61,8 @@ void ShowAppsCommandDataSource::waitForStartup() {
 }
 
 void ShowAppsCommandDataSource::search(const QueryContainer& query, SearchDataSourceDelegate& handler) {
-    if (!hasLocationToSearch(query) || query.findCommand("KnownDirectoriesCommand")) return;
-    auto command = std::dynamic_pointer_cast<ShowAppsCommand>(query.findCommand("ShowAppsCommand"));
+    if (!hasLocationToSearch(query) || query.findCommand<KnownDirectoriesCommand>()) return;
+    auto command = query.findCommand<ShowAppsCommand>();
     if (command) {
         listApps(query, command->category, handler);
     } else {

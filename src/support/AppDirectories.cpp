@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/Locked.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -19,11 +20,6 @@ constexpr const char* kAppFolder = "quester";
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
     return value ? std::string(value) : std::string();
-}
-
-std::string joinPath(const std::string& folder, const std::string& name) {
-    if (!folder.empty() && folder.back() == '/') return folder + name;
-    return folder + "/" + name;
 }
 
 // The folder for one kind of files: under QUESTER_HOME when set, else the

@@ -15,6 +15,7 @@
 #include <fmt/format.h>
 
 #include "support/AppDirectories.h"
+#include "support/Utf8Text.h"
 
 namespace quester {
 namespace {
@@ -37,35 +38,7 @@ bool isSameLocalDay(Clock::TimePoint a, Clock::TimePoint b) {
     return first.tm_year == second.tm_year && first.tm_yday == second.tm_yday;
 }
 
-// Length of the UTF-8 sequence that `lead` begins and the smallest value it
-// may encode; 0 for a byte that can't begin one.
-std::pair<int, char32_t> sequenceShape(unsigned char lead) {
-    if (lead < 0x80) return {1, 0};
-    if ((lead & 0xE0) == 0xC0) return {2, 0x80};
-    if ((lead & 0xF0) == 0xE0) return {3, 0x800};
-    if ((lead & 0xF8) == 0xF0) return {4, 0x10000};
-    return {0, 0};
-}
-
 }  // namespace
-
-bool isValidUTF8(std::string_view text) {
-    std::size_t index = 0;
-    while (index < text.size()) {
-        auto lead = static_cast<unsigned char>(text[index]);
-        auto [length, smallest] = sequenceShape(lead);
-        if (length == 0 || index + length > text.size()) return false;
-        char32_t value = length == 1 ? lead : lead & (0x7F >> length);
-        for (int next = 1; next < length; ++next) {
-            auto byte = static_cast<unsigned char>(text[index + next]);
-            if ((byte & 0xC0) != 0x80) return false;
-            value = (value << 6) | (byte & 0x3F);
-        }
-        if (value < smallest || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return false;
-        index += length;
-    }
-    return true;
-}
 
 std::optional<Clock::TimePoint> fileCreationDate(const std::string& path) {
     struct statx attributes {};

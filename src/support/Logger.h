@@ -98,8 +98,4 @@ private:
 // kernel doesn't tell it.
 std::optional<Clock::TimePoint> fileCreationDate(const std::string& path);
 
-// True if `text` is well-formed UTF-8 (no overlongs, surrogates or values
-// past U+10FFFF).
-bool isValidUTF8(std::string_view text);
-
 }  // namespace quester

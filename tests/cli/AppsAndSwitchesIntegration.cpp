@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
 

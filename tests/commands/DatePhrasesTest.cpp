@@ -3,7 +3,7 @@
 
 #include "commands/DateCommand.h"
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "query/SearchResult.h"
 #include "testing/FixedCalendar.h"
@@ -28,10 +28,10 @@ Date berlin(int year, int month, int day, int hour = 0, int minute = 0) {
 const Date kNow = berlin(2026, 11, 18, 15, 30);
 
 std::shared_ptr<DateCommand> dateCommandOf(const std::string& phrase) {
-    static const LanguageParse parser(standardCommandFactories());
+    static const CommandRecogniser parser(standardCommandFactories());
     QueryContainer query("report : " + phrase, parser);
     EXPECT_TRUE(query.invalidCommandAreaWords.empty()) << phrase;
-    return std::dynamic_pointer_cast<DateCommand>(query.findCommand("DateCommand"));
+    return query.findCommand<DateCommand>();
 }
 
 struct Phrase {
@@ -116,10 +116,10 @@ TEST(DatePhrases, TodayMovesWithTheClockAndTheTimeZone) {
 
 TEST(DatePhrases, RangesThatCannotHoldAnythingMakeNoCommand) {
     testing::FixedCalendar calendar(kNow, kZone);
-    static const LanguageParse parser(standardCommandFactories());
+    static const CommandRecogniser parser(standardCommandFactories());
     for (const char* phrase : {"modified from 3/4/24 to 3/4/24", "modified from 3/4/24 to 1/2/24"}) {
         QueryContainer query(std::string("report : ") + phrase, parser);
-        EXPECT_EQ(query.findCommand("DateCommand"), nullptr) << phrase;
+        EXPECT_EQ(query.findCommand<DateCommand>(), nullptr) << phrase;
         EXPECT_FALSE(query.invalidCommandAreaWords.empty()) << phrase;
     }
 }

@@ -35,9 +35,9 @@ TEST(ExplainCommand, JSONTellsHowASampleQueryWasUnderstood) {
     EXPECT_EQ(explanation["searchWordsWithMinus"], nlohmann::ordered_json({"-work"}));
     EXPECT_EQ(explanation["orStringGroups"], nlohmann::ordered_json({{"holiday", "-work"}, {"trip"}}));
     EXPECT_EQ(explanation["commands"], nlohmann::ordered_json::parse(R"([
-        {"type": "UTICommand", "text": "is video"},
-        {"type": "SizeCommand", "text": "larger than 10mb"},
-        {"type": "NotIncludingWords", "text": "-work"}])"));
+        {"type": "UTICommand", "text": "is video", "available": true},
+        {"type": "SizeCommand", "text": "larger than 10mb", "available": true},
+        {"type": "NotIncludingWords", "text": "-work", "available": true}])"));
     EXPECT_EQ(explanation["unrecognised"], nlohmann::ordered_json({"frobnicate"}));
     EXPECT_EQ(explanation["booleanExpr"], "((\"holiday\" AND NOT \"work\") OR \"trip\") AND ([is video] AND [larger than 10mb])");
     EXPECT_TRUE(explanation["location"].is_null());

@@ -4,7 +4,7 @@
 
 #include "commands/UTIAssistant.h"
 #include "commands/UTICommand.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "query/QueryContainer.h"
 #include "query/SearchResult.h"
@@ -18,37 +18,6 @@ protected:
     Preferences preferences{""};
     UTIAssistant assistant{preferences, UniformTypeTable::shared()};
 };
-
-TEST_F(UTIAssistantTest, KindOfAnExtensionIsItsTypesDescriptionCapitalised) {
-    EXPECT_EQ(assistant.kindStringForExtension("pdf"), "PDF document");
-    EXPECT_EQ(assistant.kindStringForExtension("PDF"), "PDF document");
-    EXPECT_EQ(assistant.kindStringForExtension("py"), "Python script");
-    EXPECT_EQ(assistant.kindStringForExtension("vcf"), "VCard");
-    EXPECT_EQ(assistant.kindStringForExtension(""), std::nullopt);
-    // Asked twice, so the second answer comes from the cache, absent ones too.
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(assistant.kindStringForExtension("xyzzy"), std::nullopt);
-        EXPECT_EQ(assistant.kindStringForExtension("Docx"), "Microsoft Word document");
-    }
-}
-
-TEST_F(UTIAssistantTest, KindOfAFileFallsBackToDocumentAndOfAFolderToFolder) {
-    EXPECT_EQ(assistant.kindStringForFile(Url("/d/Report.PDF")), "PDF document");
-    EXPECT_EQ(assistant.kindStringForFile(Url("/d/data.xyzzy")), "Document");
-    EXPECT_EQ(assistant.kindStringForFile(Url("/d/README")), "Document");
-    EXPECT_EQ(assistant.kindStringForFile(Url("/d/Tool.app", true)), "Application");
-    EXPECT_EQ(assistant.kindStringForFolder("/d/Projects"), "Folder");
-    EXPECT_EQ(assistant.kindStringForFolder("/d/odd.zip"), "ZIP archive");
-}
-
-TEST_F(UTIAssistantTest, TheFileManagerKindDescribesTheItemRatherThanItsExtension) {
-    const Url zipNamedFolder("/d/odd.zip", true);
-    EXPECT_EQ(assistant.kindStringForFile(zipNamedFolder), "ZIP archive");
-    ASSERT_TRUE(preferences.setValue("useFinderKindField", true).ok());
-    EXPECT_EQ(assistant.kindStringForFile(zipNamedFolder), "Folder");
-    EXPECT_EQ(assistant.kindStringForFile(Url("/d/song.mp3")), "MP3 audio");
-    EXPECT_EQ(assistant.kindStringForFile(Url("/d/data.xyzzy")), "Document");
-}
 
 struct WordCase {
     std::string path;

@@ -3,15 +3,15 @@
 #include <set>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "language/SentenceComponent.h"
 #include "query/CommandClassName.h"
 
 namespace quester {
 namespace {
 
-const LanguageParse& parser() {
-    static const LanguageParse instance(standardCommandFactories());
+const CommandRecogniser& parser() {
+    static const CommandRecogniser instance(standardCommandFactories());
     return instance;
 }
 
@@ -85,15 +85,15 @@ namespace quester {
 namespace {
 
 // A parser that knows a scripts folder, shortcuts and remembered folders.
-const LanguageParse& parserWithUserLists() {
-    static const LanguageParse instance = [] {
+const CommandRecogniser& parserWithUserLists() {
+    static const CommandRecogniser instance = [] {
         VariableSources sources;
         sources.scriptPaths = [] { return std::vector<std::string>{"/scripts/Tidy Up.sh", "/scripts/mail.sh"}; };
         sources.shortcutNames = [] { return std::vector<std::string>{"music quiz", "music"}; };
         sources.rememberedFolders = [] {
             return std::vector<std::pair<std::string, std::string>>{{"projects", "/srv/projects"}};
         };
-        return LanguageParse(standardCommandFactories(), sources);
+        return CommandRecogniser(standardCommandFactories(), sources);
     }();
     return instance;
 }

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/CommandFactory.h"
 
 namespace quester::testing {

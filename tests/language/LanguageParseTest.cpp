@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeCommands.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "resources/ScriptResource.h"
 #include "support/Munge.h"
 
@@ -14,10 +14,10 @@ using testing::FakeFactory;
 using testing::printed;
 using testing::templateCommandNames;
 
-LanguageParse withTemplates(std::string_view lines, CommandFactories factories) {
+CommandRecogniser withTemplates(std::string_view lines, CommandFactories factories) {
     auto templates =
         std::make_shared<const std::vector<SentenceTemplate>>(LanguageParseCache::templatesFromText(lines));
-    return LanguageParse(std::move(templates), std::move(factories));
+    return CommandRecogniser(std::move(templates), std::move(factories));
 }
 
 std::shared_ptr<const CommandFactory> fake(std::vector<std::string> names, std::vector<std::string> refused = {}) {
@@ -53,52 +53,52 @@ TEST(LanguageParseScript, ScrambledRoundTripAndInvalidText) {
         << "text that isn't UTF-8 gives an empty table";
 }
 
-TEST(LanguageParse, NoWordsNoCommands) {
-    const LanguageParse parse({fake(templateCommandNames())});
+TEST(CommandRecogniser, NoWordsNoCommands) {
+    const CommandRecogniser parse({fake(templateCommandNames())});
     const auto result = parse.makeCommands({});
     EXPECT_TRUE(result.commands.empty());
     EXPECT_TRUE(result.consumedParts.empty());
 }
 
-TEST(LanguageParse, LongerMatchWinsOverlap) {
-    const LanguageParse parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"})});
+TEST(CommandRecogniser, LongerMatchWinsOverlap) {
+    const CommandRecogniser parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"})});
     EXPECT_EQ(printed(parse.makeCommands(commandArea(": modified this year"))), (std::vector<std::string>{"b"}));
     EXPECT_EQ(printed(parse.makeCommands(commandArea(": modified"))), (std::vector<std::string>{"a"}));
 }
 
-TEST(LanguageParse, EqualMatchesBothSurviveUnlessTheyPrintAlike) {
-    const LanguageParse different = withTemplates("same a\nsame b\n", {fake({"a", "b"})});
+TEST(CommandRecogniser, EqualMatchesBothSurviveUnlessTheyPrintAlike) {
+    const CommandRecogniser different = withTemplates("same a\nsame b\n", {fake({"a", "b"})});
     EXPECT_EQ(printed(different.makeCommands(commandArea(": same"))), (std::vector<std::string>{"a", "b"}));
-    const LanguageParse alike = withTemplates("same a\nsame a\n", {fake({"a"})});
+    const CommandRecogniser alike = withTemplates("same a\nsame a\n", {fake({"a"})});
     const auto result = alike.makeCommands(commandArea(": same"));
     EXPECT_EQ(printed(result), (std::vector<std::string>{"a"}));
     EXPECT_EQ(result.consumedParts.size(), 2U) << "a dropped duplicate's words still count as recognised";
 }
 
-TEST(LanguageParse, SameTemplateTwiceInOneSentence) {
-    const LanguageParse parse = withTemplates("tag ~string label\n", {fake({"label"})});
+TEST(CommandRecogniser, SameTemplateTwiceInOneSentence) {
+    const CommandRecogniser parse = withTemplates("tag ~string label\n", {fake({"label"})});
     const auto result = parse.makeCommands(commandArea(": tag red tag blue"));
     EXPECT_EQ(printed(result), (std::vector<std::string>{"label(red)", "label(blue)"}));
     EXPECT_EQ(result.commands[1]->commandConsumedParts().size(), 2U);
     EXPECT_EQ(result.commands[1]->commandConsumedParts()[1].textOriginalCase, "blue");
 }
 
-TEST(LanguageParse, RefusedMatchDoesNotBringBackTheShorterOne) {
-    const LanguageParse parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"}, {"b"})});
+TEST(CommandRecogniser, RefusedMatchDoesNotBringBackTheShorterOne) {
+    const CommandRecogniser parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"}, {"b"})});
     const auto result = parse.makeCommands(commandArea(": modified this year"));
     EXPECT_TRUE(result.commands.empty());
     EXPECT_TRUE(result.consumedParts.empty());
 }
 
-TEST(LanguageParse, FirstFactoryOfTheTableWinsAndUnknownNamesAreSkipped) {
+TEST(CommandRecogniser, FirstFactoryOfTheTableWinsAndUnknownNamesAreSkipped) {
     const auto first = fake({"a"}, {});
     const auto second = fake({"a", "b"}, {"a"});
-    const LanguageParse parse = withTemplates("x a\ny nobody\nz b\n", {first, second});
+    const CommandRecogniser parse = withTemplates("x a\ny nobody\nz b\n", {first, second});
     EXPECT_EQ(printed(parse.makeCommands(commandArea(": x y z"))), (std::vector<std::string>{"a", "b"}));
 }
 
-TEST(LanguageParse, ArgumentsInTemplateOrderAndFlags) {
-    const LanguageParse parse = withTemplates("mail ~string to ~string m/to_from=1\n", {fake({"m"})});
+TEST(CommandRecogniser, ArgumentsInTemplateOrderAndFlags) {
+    const CommandRecogniser parse = withTemplates("mail ~string to ~string m/to_from=1\n", {fake({"m"})});
     const auto result = parse.makeCommands(commandArea(": mail \"hello there\" to bob"));
     ASSERT_EQ(result.commands.size(), 1U);
     const auto& command = dynamic_cast<const FakeCommand&>(*result.commands[0]);
@@ -106,7 +106,7 @@ TEST(LanguageParse, ArgumentsInTemplateOrderAndFlags) {
     EXPECT_EQ(command.flags, (TemplateFlags{{"to_from", "1"}}));
 }
 
-TEST(LanguageParse, OverlapIsJudgedOnTheInsideOfRanges) {
+TEST(CommandRecogniser, OverlapIsJudgedOnTheInsideOfRanges) {
     std::vector<TemplateWordStatsResult> list(3);
     list[0].position = {0, 10};
     list[0].numberOfCharactersMatched = 9;
@@ -119,8 +119,8 @@ TEST(LanguageParse, OverlapIsJudgedOnTheInsideOfRanges) {
     EXPECT_EQ(consolidateOverlappingResults(list).size(), 2U);
 }
 
-TEST(LanguageParse, UnmatchedWordsAreLeftOver) {
-    const LanguageParse parse({fake(templateCommandNames())});
+TEST(CommandRecogniser, UnmatchedWordsAreLeftOver) {
+    const CommandRecogniser parse({fake(templateCommandNames())});
     const auto result = parse.makeCommands(commandArea(": frobnicate bigger than 1mb wobble"));
     EXPECT_EQ(printed(result), (std::vector<std::string>{"filesBiggerThan(1.00mb)"}));
     EXPECT_EQ(result.consumedParts.size(), 3U);

@@ -4,15 +4,15 @@
 
 #include "FakeCommands.h"
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 
 namespace quester {
 namespace {
 
 // The whole road with the program's own templates and factories.
-const LanguageParse& parser() {
-    static const LanguageParse parse(standardCommandFactories());
+const CommandRecogniser& parser() {
+    static const CommandRecogniser parse(standardCommandFactories());
     return parse;
 }
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeCommands.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 
 namespace quester {
 namespace {
@@ -10,14 +10,14 @@ namespace {
 // this pins which command each wording reaches and with which values. Commands come
 // in template order, not sentence order; "is file" also reads as a kind word here,
 // which the real commands drop as a duplicate since both print "is file".
-const LanguageParse& parser() {
-    static const LanguageParse parse = [] {
+const CommandRecogniser& parser() {
+    static const CommandRecogniser parse = [] {
         VariableSources sources;
         sources.rememberedFolders = [] {
             return std::vector<std::pair<std::string, std::string>>{{"desktop", "/home/u/Desktop/"}};
         };
         sources.shortcutNames = [] { return std::vector<std::string>{"music quiz"}; };
-        return LanguageParse(CommandFactories{std::make_shared<testing::FakeFactory>(testing::templateCommandNames())},
+        return CommandRecogniser(CommandFactories{std::make_shared<testing::FakeFactory>(testing::templateCommandNames())},
                              sources);
     }();
     return parse;

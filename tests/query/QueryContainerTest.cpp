@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/CommandClassName.h"
 #include "query/Soundex.h"
 #include "query/WildcardWords.h"
@@ -12,8 +12,8 @@
 namespace quester {
 namespace {
 
-const LanguageParse& parser() {
-    static const LanguageParse instance(standardCommandFactories());
+const CommandRecogniser& parser() {
+    static const CommandRecogniser instance(standardCommandFactories());
     return instance;
 }
 
@@ -195,7 +195,7 @@ TEST(QueryContainerWords, WordsNoCommandTookAreInvalidButOperatorsAndParentheses
 
 TEST(QueryContainerWords, WildcardWordsBecomeACommandOfTheirOwn) {
     auto parsed = query("rep* *.txt");
-    auto command = std::dynamic_pointer_cast<WildcardWords>(parsed.findCommand("WildcardWords"));
+    auto command = parsed.findCommand<WildcardWords>();
     ASSERT_NE(command, nullptr);
     EXPECT_EQ(command->prefixes(), (Strings{"rep"}));
     EXPECT_EQ(command->suffixes(), (Strings{".txt"}));

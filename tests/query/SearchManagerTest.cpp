@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "query/SearchDataSource.h"
 #include "query/SearchLocation.h"
@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 constexpr const char* kRoot = "/search-root";
 
 QueryContainer makeQuery(const std::string& text) {
-    static const LanguageParse parser(standardCommandFactories());
+    static const CommandRecogniser parser(standardCommandFactories());
     return QueryContainer(text, parser, SearchLocation::fromURLs({Url(kRoot, true)}));
 }
 

@@ -4,7 +4,7 @@
 #include <mutex>
 
 #include "ManualTimerScheduler.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "query/SearchDataSource.h"
 #include "query/SearchDataSourceDelegate.h"
 #include "results/QuesterURL.h"
@@ -124,7 +124,7 @@ protected:
     MainLoop loop;
     testing::ManualTimerScheduler timers;
     Preferences preferences{""};
-    LanguageParse parser{CommandFactories{}};
+    CommandRecogniser parser{CommandFactories{}};
     bool diskMissing = false;
     std::vector<std::string> askedLocations;
     std::vector<std::string> history;

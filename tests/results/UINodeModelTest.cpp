@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "ManualTimerScheduler.h"
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "results/UINodeModel.h"
 #include "stores/Preferences.h"
 #include "testing/TempDir.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "results/UINode.h"
 #include "stores/Preferences.h"
 

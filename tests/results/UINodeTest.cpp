@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "platform/PathText.h"
+#include "support/PathText.h"
 #include "results/UINode.h"
 #include "stores/Preferences.h"
 #include "testing/TempDir.h"

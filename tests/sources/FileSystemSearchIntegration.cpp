@@ -13,13 +13,13 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "platform/FSUtilities.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "query/SearchManager.h"
-#include "results/ActivityController.h"
+#include "support/ActivityController.h"
 #include "sources/FileSystemSearch.h"
 #include "support/MainLoop.h"
 #include "support/NotificationCenter.h"
@@ -121,7 +121,7 @@ public:
 class FileSystemSearchTest : public ::testing::Test {
 protected:
     QueryContainer queryFor(const std::string& text, const std::string& folder) const {
-        static const LanguageParse parser(standardCommandFactories());
+        static const CommandRecogniser parser(standardCommandFactories());
         return QueryContainer(text, parser, SearchLocation::fromURLs({Url(folder, true)}));
     }
 

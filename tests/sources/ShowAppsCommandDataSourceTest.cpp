@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "language/LanguageParse.h"
+#include "query/CommandRecogniser.h"
 #include "platform/FSUtilities.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
 #include "query/QueryContainer.h"
@@ -68,7 +68,7 @@ protected:
     static std::vector<SearchResult> search(ShowAppsCommandDataSource& source, const std::string& text,
                                             std::optional<std::string> location = std::string("/"),
                                             std::function<bool()> stop = {}) {
-        LanguageParse parser(standardCommandFactories());
+        CommandRecogniser parser(standardCommandFactories());
         std::optional<SearchLocation> where;
         if (location) where = SearchLocation::fromURLs({Url(*location, true)});
         QueryContainer query(text, parser, where);
@@ -143,7 +143,7 @@ TEST_F(ShowAppsCommandDataSourceTest, ListingsSkipTheLocationAndTestNamesOnlyWhe
 
 TEST_F(ShowAppsCommandDataSourceTest, ShowAppsCommandsSupplyTheSharedList) {
     auto shared = ShowAppsCommandDataSource::shared();
-    LanguageParse parser(standardCommandFactories());
+    CommandRecogniser parser(standardCommandFactories());
     auto supplied = QueryContainer("chess : show games", parser).suppliedDataSources();
     ASSERT_EQ(supplied.size(), 1u);
     EXPECT_EQ(supplied.front(), shared);

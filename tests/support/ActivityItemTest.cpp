@@ -3,8 +3,8 @@
 #include <chrono>
 #include <memory>
 
-#include "results/ActivityController.h"
-#include "results/ActivityItem.h"
+#include "support/ActivityController.h"
+#include "support/ActivityItem.h"
 #include "support/NotificationCenter.h"
 
 namespace quester {

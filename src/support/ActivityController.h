@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "results/ActivityItem.h"
+#include "support/ActivityItem.h"
 #include "support/Clock.h"
 #include "support/MainLoop.h"
 

@@ -24,6 +24,8 @@ inline std::vector<std::string> pathComponents(std::string_view path) {
 }
 // The last component; "/" for the root, empty for empty text. Trailing "/" ignored.
 std::string lastPathComponent(std::string_view path);
+// The same as a view into `path`, for loops that must not allocate.
+std::string_view lastPathComponentView(std::string_view path);
 // The text after the last "." of the last component, when the dot is neither
 // its first nor its last character; else empty.
 std::string pathExtension(std::string_view path);

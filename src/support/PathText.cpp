@@ -1,4 +1,4 @@
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -41,12 +41,14 @@ std::vector<std::string> splitNonEmpty(std::string_view text, char separator) {
     return pieces;
 }
 
-std::string lastPathComponent(std::string_view path) {
+std::string_view lastPathComponentView(std::string_view path) {
     path = withoutTrailingSlash(path);
-    if (path == "/") return "/";
+    if (path == "/") return path;
     auto slash = path.rfind('/');
-    return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
+    return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
+
+std::string lastPathComponent(std::string_view path) { return std::string(lastPathComponentView(path)); }
 
 std::string pathExtension(std::string_view path) {
     std::string name = lastPathComponent(path);

@@ -1,4 +1,4 @@
-#include "platform/PathText.h"
+#include "support/PathText.h"
 
 #include <gtest/gtest.h>
 

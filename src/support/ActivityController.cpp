@@ -1,4 +1,4 @@
-#include "results/ActivityController.h"
+#include "support/ActivityController.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,11 +1,12 @@
-#include "results/ActivityItem.h"
+#include "support/ActivityItem.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
 
-#include "results/ActivityController.h"
+#include "support/ActivityController.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -21,13 +22,6 @@ std::string decimalStyle(std::int64_t count) {
         grouped += digits[i];
     }
     return count < 0 ? "-" + grouped : grouped;
-}
-
-std::string lastPathComponent(const std::string& path) {
-    std::string_view trimmed = path;
-    while (trimmed.size() > 1 && trimmed.back() == '/') trimmed.remove_suffix(1);
-    auto slash = trimmed.rfind('/');
-    return std::string(slash == std::string_view::npos || trimmed.size() == 1 ? trimmed : trimmed.substr(slash + 1));
 }
 
 }  // namespace

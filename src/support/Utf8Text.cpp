@@ -1,0 +1,20 @@
+#include "support/Utf8Text.h"
+
+#include <unicode/utf8.h>
+
+#include <cstdint>
+
+namespace quester {
+
+bool isValidUTF8(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(text.size());
+    for (std::int32_t index = 0; index < length;) {
+        UChar32 scalar = 0;
+        U8_NEXT(bytes, index, length, scalar);
+        if (scalar < 0) return false;
+    }
+    return true;
+}
+
+}  // namespace quester

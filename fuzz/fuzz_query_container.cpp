@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const quester::CommandRecogniser parser(quester::standardCommandFactories());
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const quester::QueryContainer query(text, parser);
-    for (const auto& command : query.commandsFoundInQuery) {
+    for (const auto& command : query.commandsFoundInQuery()) {
         const quester::QueryContainer again(": " + command->commandToString(), parser);
         (void)again;
     }

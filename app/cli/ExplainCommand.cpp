@@ -33,8 +33,8 @@ std::string describe(const BooleanExpr& expr, const QueryContainer& query, bool 
         case BooleanExpr::Kind::word: return "\"" + expr.wordValue().textOriginalCase + "\"";
         case BooleanExpr::Kind::command: {
             size_t index = static_cast<size_t>(expr.commandIndex());
-            if (index >= query.commandsFoundInQuery.size()) return "[?]";
-            return "[" + query.commandsFoundInQuery[index]->commandToString() + "]";
+            if (index >= query.commandsFoundInQuery().size()) return "[?]";
+            return "[" + query.commandsFoundInQuery()[index]->commandToString() + "]";
         }
         case BooleanExpr::Kind::notExpr: return "NOT " + describe(expr.left(), query, true);
         case BooleanExpr::Kind::andExpr:
@@ -53,7 +53,7 @@ std::vector<std::string> typedTexts(const std::vector<SentenceComponent>& words)
 
 nlohmann::ordered_json explanationJSON(const QueryContainer& query) {
     nlohmann::ordered_json commands = nlohmann::ordered_json::array();
-    for (const auto& command : query.commandsFoundInQuery) {
+    for (const auto& command : query.commandsFoundInQuery()) {
         nlohmann::ordered_json entry{{"type", commandClassName(*command)}, {"text", command->commandToString()}};
         const auto engine = command->missingEngine();
         entry["available"] = !engine.has_value();
@@ -61,19 +61,19 @@ nlohmann::ordered_json explanationJSON(const QueryContainer& query) {
         commands.push_back(std::move(entry));
     }
     nlohmann::ordered_json explanation;
-    explanation["searchWords"] = query.searchWords;
-    explanation["searchWordsWithMinus"] = typedTexts(query.searchWordsWithMinus);
-    explanation["orStringGroups"] = query.orStringGroups;
+    explanation["searchWords"] = query.searchWords();
+    explanation["searchWordsWithMinus"] = typedTexts(query.searchWordsWithMinus());
+    explanation["orStringGroups"] = query.orStringGroups();
     explanation["commands"] = commands;
-    explanation["unrecognised"] = typedTexts(query.invalidCommandAreaWords);
-    explanation["booleanExpr"] = describe(query.booleanExpr, query, false);
-    explanation["location"] = query.whereLocation ? nlohmann::ordered_json(query.whereLocation->locationName) : nullptr;
+    explanation["unrecognised"] = typedTexts(query.invalidCommandAreaWords());
+    explanation["booleanExpr"] = describe(query.booleanExpr(), query, false);
+    explanation["location"] = query.whereLocation() ? nlohmann::ordered_json(query.whereLocation()->locationName) : nullptr;
     explanation["isWordBasedSearch"] = query.isWordBasedSearch();
     return explanation;
 }
 
 bool isUnrecognised(const QueryContainer& query, const SentenceComponent& word) {
-    for (const auto& invalid : query.invalidCommandAreaWords) {
+    for (const auto& invalid : query.invalidCommandAreaWords()) {
         if (invalid.position == word.position && invalid.textOriginalCase == word.textOriginalCase) return true;
     }
     return false;
@@ -83,7 +83,7 @@ bool isUnrecognised(const QueryContainer& query, const SentenceComponent& word) 
 std::string markedSentence(const QueryContainer& query, bool colour) {
     std::string text;
     bool colonWritten = false;
-    for (const auto& word : query.allWords) {
+    for (const auto& word : query.allWords()) {
         if (word.isAfterAColon && !colonWritten) {
             text += text.empty() ? ": " : " : ";
             colonWritten = true;
@@ -109,23 +109,23 @@ std::string joined(const std::vector<std::string>& texts, const char* separator)
 void printForPerson(const QueryContainer& query) {
     bool colour = isatty(STDOUT_FILENO) != 0;
     fmt::print("Query:          {}\n", markedSentence(query, colour));
-    fmt::print("Search words:   {}\n", joined(query.searchWords, ", "));
-    fmt::print("Excluded words: {}\n", joined(typedTexts(query.searchWordsWithMinus), ", "));
+    fmt::print("Search words:   {}\n", joined(query.searchWords(), ", "));
+    fmt::print("Excluded words: {}\n", joined(typedTexts(query.searchWordsWithMinus()), ", "));
     std::vector<std::string> groups;
-    for (const auto& group : query.orStringGroups) groups.push_back(joined(group, " "));
+    for (const auto& group : query.orStringGroups()) groups.push_back(joined(group, " "));
     fmt::print("OR groups:      {}\n", joined(groups, " | "));
-    fmt::print("Commands:{}\n", query.commandsFoundInQuery.empty() ? "       (none)" : "");
-    for (const auto& command : query.commandsFoundInQuery) {
+    fmt::print("Commands:{}\n", query.commandsFoundInQuery().empty() ? "       (none)" : "");
+    for (const auto& command : query.commandsFoundInQuery()) {
         const auto engine = command->missingEngine();
         fmt::print("  {:<26} {}{}\n", commandClassName(*command), command->commandToString(),
                    engine ? "  (not available: needs " + *engine + ")" : "");
     }
-    if (!query.invalidCommandAreaWords.empty()) {
-        fmt::print("Unrecognised:   {}  (marked [?...] above)\n", joined(typedTexts(query.invalidCommandAreaWords), ", "));
+    if (!query.invalidCommandAreaWords().empty()) {
+        fmt::print("Unrecognised:   {}  (marked [?...] above)\n", joined(typedTexts(query.invalidCommandAreaWords()), ", "));
     }
-    std::string expression = describe(query.booleanExpr, query, false);
+    std::string expression = describe(query.booleanExpr(), query, false);
     fmt::print("Expression:     {}\n", expression.empty() ? "(everything)" : expression);
-    fmt::print("Location:       {}\n", query.whereLocation ? query.whereLocation->locationName : "(default)");
+    fmt::print("Location:       {}\n", query.whereLocation() ? query.whereLocation()->locationName : "(default)");
     fmt::print("Word-based:     {}\n", query.isWordBasedSearch() ? "yes" : "no");
 }
 

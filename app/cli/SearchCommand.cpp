@@ -68,9 +68,9 @@ std::optional<std::string> unavailableCriterionReason(const QueryContainer& quer
 
 // What keeps a query from being searched, if anything.
 std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
-    if (!query.invalidCommandAreaWords.empty()) {
+    if (!query.invalidCommandAreaWords().empty()) {
         std::string words;
-        for (const auto& part : query.invalidCommandAreaWords) words += (words.empty() ? "" : " ") + part.textOriginalCase;
+        for (const auto& part : query.invalidCommandAreaWords()) words += (words.empty() ? "" : " ") + part.textOriginalCase;
         return "not understood after the colon: '" + words + "' (see 'quester explain')";
     }
     if (!query.isWordBasedSearch() && query.suppliedDataSources().empty()) {

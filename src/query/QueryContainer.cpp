@@ -87,51 +87,51 @@ std::string joinedTexts(const Words& words) {
 }  // namespace
 
 QueryContainer::QueryContainer(QueryPreferences preferences)
-    : wantsDiacriticInsensitiveSearch(preferences.diacriticInsensitiveSearch),
-      showAppsFromAnywhere(preferences.showAppsFoundAnywhere) {}
+    : wantsDiacriticInsensitiveSearch_(preferences.diacriticInsensitiveSearch),
+      showAppsFromAnywhere_(preferences.showAppsFoundAnywhere) {}
 
 QueryContainer::QueryContainer(std::string_view text, const CommandRecogniser& parser,
                                std::optional<SearchLocation> location, bool soundexMatching,
                                QueryPreferences preferences)
     : QueryContainer(preferences) {
-    baseString = std::string(text);
-    std::replace(baseString.begin(), baseString.end(), '\n', ' ');
-    baseStringLowercase = lowercased(baseString);
-    soundex = soundexMatching;
-    whereLocation = std::move(location);
-    allWords = SentenceComponent::parseWords(baseString, nullptr, true);
+    baseString_ = std::string(text);
+    std::replace(baseString_.begin(), baseString_.end(), '\n', ' ');
+    baseStringLowercase_ = lowercased(baseString_);
+    soundex_ = soundexMatching;
+    whereLocation_ = std::move(location);
+    allWords_ = SentenceComponent::parseWords(baseString_, nullptr, true);
 
     parseCommands(parser);
     sortCommands();
-    for (const auto& command : commandsFoundInQuery) {
+    for (const auto& command : commandsFoundInQuery_) {
         const auto* scoped = dynamic_cast<const CommandWithScope*>(command.get());
         auto path = scoped ? scoped->scopePath() : std::nullopt;
         if (path && isExistingDirectory(*path)) {
-            whereLocation = SearchLocation::fromURLs({Url(*path, true)}, lastPathComponent(*path));
+            whereLocation_ = SearchLocation::fromURLs({Url(*path, true)}, lastPathComponent(*path));
             break;
         }
     }
-    matchIsCaseSensitive = hasCommand(CommandRole::caseSensitive);
-    matchWholeWords = hasCommand(CommandRole::wholeWords);
-    matchExactName = hasCommand(CommandRole::exactName);
+    matchIsCaseSensitive_ = hasCommand(CommandRole::caseSensitive);
+    matchWholeWords_ = hasCommand(CommandRole::wholeWords);
+    matchExactName_ = hasCommand(CommandRole::exactName);
     classifyWords();
     addCommandsForSearchWords();
     collectSearchWords();
     buildBooleanExpr();
     addCommandStrings();
-    matchExpr = matchExactName ? booleanExpr.collapsedForExact() : booleanExpr;
-    querySearchArguments = computeQuerySearchArguments();
-    for (const auto& word : searchWords) searchWordStringsSoundexValues.push_back(Soundex::value(word));
+    matchExpr_ = matchExactName_ ? booleanExpr_.collapsedForExact() : booleanExpr_;
+    querySearchArguments_ = computeQuerySearchArguments();
+    for (const auto& word : searchWords_) searchWordStringsSoundexValues_.push_back(Soundex::value(word));
 }
 
 void QueryContainer::parseCommands(const CommandRecogniser& parser) {
     Words commandWords;
-    std::copy_if(allWords.begin(), allWords.end(), std::back_inserter(commandWords),
+    std::copy_if(allWords_.begin(), allWords_.end(), std::back_inserter(commandWords),
                  [](const SentenceComponent& word) { return word.isAfterAColon; });
     CommandRecogniserResult parsed = parser.makeCommands(commandWords);
-    commandsFoundInQuery = std::move(parsed.commands);
-    allRecoginsedParts = std::move(parsed.consumedParts);
-    for (const auto& command : commandsFoundInQuery) appendUnique(allRecoginsedParts, command->commandConsumedParts());
+    commandsFoundInQuery_ = std::move(parsed.commands);
+    allRecoginsedParts_ = std::move(parsed.consumedParts);
+    for (const auto& command : commandsFoundInQuery_) appendUnique(allRecoginsedParts_, command->commandConsumedParts());
 }
 
 // Cheap name tests first, content reading last.
@@ -141,82 +141,82 @@ void QueryContainer::sortCommands() {
         if (command->commandRole() == CommandRole::contentSearch) return 2;
         return 1;
     };
-    std::stable_sort(commandsFoundInQuery.begin(), commandsFoundInQuery.end(),
+    std::stable_sort(commandsFoundInQuery_.begin(), commandsFoundInQuery_.end(),
                      [&](const CommandPtr& a, const CommandPtr& b) { return rank(a) < rank(b); });
 }
 
 void QueryContainer::classifyWords() {
-    auto colon = std::find_if(allWords.begin(), allWords.end(), [](const SentenceComponent& w) { return w.isAfterAColon; });
-    Words commandArea(colon, allWords.end());
+    auto colon = std::find_if(allWords_.begin(), allWords_.end(), [](const SentenceComponent& w) { return w.isAfterAColon; });
+    Words commandArea(colon, allWords_.end());
 
     auto shortcut = std::find_if(commandArea.begin(), commandArea.end(),
                                  [](const SentenceComponent& w) { return w.textLowered == "shortcut"; });
     if (shortcut != commandArea.end() && shortcut + 1 != commandArea.end()) {
-        shortcutKeywordName = joinedTexts(Words(shortcut + 1, commandArea.end()));
+        shortcutKeywordName_ = joinedTexts(Words(shortcut + 1, commandArea.end()));
     }
-    for (const auto& word : allWords) {
-        if (word.isBooleanOperator()) booleanOperatorWords.push_back(word);
-        if (isStructuralParen(word)) structuralParenWords.push_back(word);
+    for (const auto& word : allWords_) {
+        if (word.isBooleanOperator()) booleanOperatorWords_.push_back(word);
+        if (isStructuralParen(word)) structuralParenWords_.push_back(word);
     }
 
     Words consumed;
-    for (const auto& command : commandsFoundInQuery) appendUnique(consumed, command->commandConsumedParts());
+    for (const auto& command : commandsFoundInQuery_) appendUnique(consumed, command->commandConsumedParts());
     for (const auto& word : commandArea) {
-        if (!isRecognised(word) && !word.isBooleanOperator()) unusedCommandAreaWords.push_back(word);
+        if (!isRecognised(word) && !word.isBooleanOperator()) unusedCommandAreaWords_.push_back(word);
         if (!containsPart(consumed, word) && !isStructuralParen(word) && !word.isBooleanOperator()) {
-            invalidCommandAreaWords.push_back(word);
+            invalidCommandAreaWords_.push_back(word);
         }
     }
-    for (const auto& word : allWords) {
-        if (!isRecognised(word) && !isStructuralParen(word)) searchWordParts.push_back(word);
+    for (const auto& word : allWords_) {
+        if (!isRecognised(word) && !isStructuralParen(word)) searchWordParts_.push_back(word);
     }
-    for (const auto& word : searchWordParts) {
+    for (const auto& word : searchWordParts_) {
         if (word.isAfterAColon) continue;
-        wordsBeforeColon.push_back(word);
-        (isMinusWord(word) ? searchWordsWithMinus : searchWordsWithoutMinus).push_back(word);
+        wordsBeforeColon_.push_back(word);
+        (isMinusWord(word) ? searchWordsWithMinus_ : searchWordsWithoutMinus_).push_back(word);
     }
 }
 
 void QueryContainer::addCommandsForSearchWords() {
-    if (!searchWordsWithMinus.empty()) {
+    if (!searchWordsWithMinus_.empty()) {
         std::vector<std::string> rawWords;
-        for (const auto& word : searchWordsWithMinus) rawWords.push_back(word.textLowered);
-        commandsFoundInQuery.push_back(std::make_shared<NotIncludingWords>(std::move(rawWords)));
+        for (const auto& word : searchWordsWithMinus_) rawWords.push_back(word.textLowered);
+        commandsFoundInQuery_.push_back(std::make_shared<NotIncludingWords>(std::move(rawWords)));
     }
     Words wildcardWords;
-    std::copy_if(searchWordsWithoutMinus.begin(), searchWordsWithoutMinus.end(), std::back_inserter(wildcardWords),
+    std::copy_if(searchWordsWithoutMinus_.begin(), searchWordsWithoutMinus_.end(), std::back_inserter(wildcardWords),
                  [](const SentenceComponent& w) { return w.wildcard != SentenceComponent::Wildcard::none; });
-    if (!wildcardWords.empty()) commandsFoundInQuery.push_back(std::make_shared<WildcardWords>(std::move(wildcardWords)));
+    if (!wildcardWords.empty()) commandsFoundInQuery_.push_back(std::make_shared<WildcardWords>(std::move(wildcardWords)));
 }
 
 void QueryContainer::collectSearchWords() {
-    for (const auto& word : searchWordsWithoutMinus) {
+    for (const auto& word : searchWordsWithoutMinus_) {
         if (isBareOr(word)) {
-            includesORStatement = true;
+            includesORStatement_ = true;
             continue;
         }
-        searchWords.push_back(word.textLowered);
-        searchWordsOriginalCase.push_back(word.textOriginalCase);
+        searchWords_.push_back(word.textLowered);
+        searchWordsOriginalCase_.push_back(word.textOriginalCase);
     }
-    if (includesORStatement) {
+    if (includesORStatement_) {
         std::vector<std::string> group;
-        for (const auto& word : wordsBeforeColon) {
+        for (const auto& word : wordsBeforeColon_) {
             if (!isBareOr(word)) {
                 group.push_back(lowercased(word.textOriginalCase));
                 continue;
             }
-            if (!group.empty()) orStringGroups.push_back(std::move(group));
+            if (!group.empty()) orStringGroups_.push_back(std::move(group));
             group.clear();
         }
-        if (!group.empty()) orStringGroups.push_back(std::move(group));
+        if (!group.empty()) orStringGroups_.push_back(std::move(group));
     }
-    searchWordsHighlightStrings = matchIsCaseSensitive ? searchWordsOriginalCase : searchWords;
+    searchWordsHighlightStrings_ = matchIsCaseSensitive_ ? searchWordsOriginalCase_ : searchWords_;
 }
 
 void QueryContainer::buildBooleanExpr() {
     std::vector<std::pair<SentenceComponent, int>> partMap;
-    for (size_t index = 0; index < commandsFoundInQuery.size(); ++index) {
-        const Command& command = *commandsFoundInQuery[index];
+    for (size_t index = 0; index < commandsFoundInQuery_.size(); ++index) {
+        const Command& command = *commandsFoundInQuery_[index];
         if (!isBooleanLeaf(command)) continue;
         for (const auto& part : command.commandConsumedParts()) partMap.emplace_back(part, static_cast<int>(index));
     }
@@ -227,45 +227,45 @@ void QueryContainer::buildBooleanExpr() {
         return std::nullopt;
     };
     auto recognised = [&](const SentenceComponent& word) { return isRecognised(word); };
-    booleanExpr = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords, recognised, commandForPart));
+    booleanExpr_ = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords_, recognised, commandForPart));
 }
 
 void QueryContainer::addCommandStrings() {
-    for (size_t index = 0; index < commandsFoundInQuery.size(); ++index) {
-        const Command& command = *commandsFoundInQuery[index];
-        bool underOr = isBooleanLeaf(command) && booleanExpr.hasCommandLeafUnderOr({static_cast<int>(index)});
+    for (size_t index = 0; index < commandsFoundInQuery_.size(); ++index) {
+        const Command& command = *commandsFoundInQuery_[index];
+        bool underOr = isBooleanLeaf(command) && booleanExpr_.hasCommandLeafUnderOr({static_cast<int>(index)});
         if (!underOr) {
             auto extra = command.commandImpExtraSearchStrings();
-            searchWords.insert(searchWords.end(), extra.begin(), extra.end());
+            searchWords_.insert(searchWords_.end(), extra.begin(), extra.end());
         }
         auto highlights = command.commandExtraHighlightStrings();
-        searchWordsHighlightStrings.insert(searchWordsHighlightStrings.end(), highlights.begin(), highlights.end());
+        searchWordsHighlightStrings_.insert(searchWordsHighlightStrings_.end(), highlights.begin(), highlights.end());
     }
 }
 
 QuerySearchArguments QueryContainer::computeQuerySearchArguments() const {
     QuerySearchArguments arguments;
-    if (!booleanExpr.hasCommandUnderOr()) {
-        for (const auto& command : commandsFoundInQuery) command->commandImpQuerySearchArguments(arguments);
+    if (!booleanExpr_.hasCommandUnderOr()) {
+        for (const auto& command : commandsFoundInQuery_) command->commandImpQuerySearchArguments(arguments);
     }
-    if (!arguments.word && !searchWords.empty()) arguments.word = searchWords.front();
+    if (!arguments.word && !searchWords_.empty()) arguments.word = searchWords_.front();
     return arguments;
 }
 
-bool QueryContainer::isRecognised(const SentenceComponent& word) const { return containsPart(allRecoginsedParts, word); }
+bool QueryContainer::isRecognised(const SentenceComponent& word) const { return containsPart(allRecoginsedParts_, word); }
 
 std::string QueryContainer::debugDescription() const {
-    std::string text = baseString + ": ";
-    for (size_t i = 0; i < commandsFoundInQuery.size(); ++i) {
+    std::string text = baseString_ + ": ";
+    for (size_t i = 0; i < commandsFoundInQuery_.size(); ++i) {
         if (i > 0) text += ", ";
-        text += commandsFoundInQuery[i]->debugDescription();
+        text += commandsFoundInQuery_[i]->debugDescription();
     }
     return text;
 }
 
 std::vector<std::shared_ptr<SearchDataSource>> QueryContainer::suppliedDataSources() const {
     std::vector<std::shared_ptr<SearchDataSource>> sources;
-    for (const auto& command : commandsFoundInQuery) {
+    for (const auto& command : commandsFoundInQuery_) {
         auto supplied = command->suppliedDataSources();
         sources.insert(sources.end(), supplied.begin(), supplied.end());
     }
@@ -274,13 +274,13 @@ std::vector<std::shared_ptr<SearchDataSource>> QueryContainer::suppliedDataSourc
 
 std::vector<CommandPtr> QueryContainer::copyCommandsFoundInQuery() const {
     std::vector<CommandPtr> copies;
-    for (const auto& command : commandsFoundInQuery) copies.push_back(command->copy());
+    for (const auto& command : commandsFoundInQuery_) copies.push_back(command->copy());
     return copies;
 }
 
 std::vector<CommandPtr> QueryContainer::commandsFoundInQueryForDisplay() const {
     std::vector<CommandPtr> shown;
-    for (const auto& command : commandsFoundInQuery) {
+    for (const auto& command : commandsFoundInQuery_) {
         const Command* made = command.get();
         if (!dynamic_cast<const NotIncludingWords*>(made) && !dynamic_cast<const WildcardWords*>(made)) {
             shown.push_back(command);
@@ -293,7 +293,7 @@ std::vector<CommandPtr> QueryContainer::commandsFoundInQueryForDisplay() const {
 
 std::string QueryContainer::searchWordsWithMinusString() const {
     std::string text;
-    for (const auto& word : searchWordsWithMinus) {
+    for (const auto& word : searchWordsWithMinus_) {
         if (!text.empty()) text += ' ';
         text += word.textOriginalCase.substr(1);
     }
@@ -301,7 +301,7 @@ std::string QueryContainer::searchWordsWithMinusString() const {
 }
 
 CommandPtr QueryContainer::findCommand(CommandRole role) const {
-    for (const auto& command : commandsFoundInQuery) {
+    for (const auto& command : commandsFoundInQuery_) {
         if (command->commandRole() == role) return command;
     }
     return nullptr;
@@ -309,9 +309,9 @@ CommandPtr QueryContainer::findCommand(CommandRole role) const {
 
 std::set<int> QueryContainer::dataSourceLeafIndices() const {
     std::set<int> indices;
-    for (int index : booleanExpr.commandLeafIndices()) {
-        if (index >= 0 && static_cast<size_t>(index) < commandsFoundInQuery.size() &&
-            !commandsFoundInQuery[index]->suppliedDataSources().empty()) {
+    for (int index : booleanExpr_.commandLeafIndices()) {
+        if (index >= 0 && static_cast<size_t>(index) < commandsFoundInQuery_.size() &&
+            !commandsFoundInQuery_[index]->suppliedDataSources().empty()) {
             indices.insert(index);
         }
     }
@@ -320,15 +320,15 @@ std::set<int> QueryContainer::dataSourceLeafIndices() const {
 
 bool QueryContainer::booleanExprUsesDataSourceOr() const {
     auto indices = dataSourceLeafIndices();
-    return !indices.empty() && booleanExpr.hasCommandLeafUnderOr(indices);
+    return !indices.empty() && booleanExpr_.hasCommandLeafUnderOr(indices);
 }
 
 BooleanExpr::EvalContext QueryContainer::makeEvalContext(bool diacriticInsensitive,
                                                          std::function<bool(int)> evaluateCommand) const {
     BooleanExpr::EvalContext context;
-    context.caseSensitive = matchIsCaseSensitive;
-    context.wholeWords = matchWholeWords;
-    context.exactName = matchExactName;
+    context.caseSensitive = matchIsCaseSensitive_;
+    context.wholeWords = matchWholeWords_;
+    context.exactName = matchExactName_;
     context.diacriticInsensitive = diacriticInsensitive;
     context.wordSplitter = &QueryContainer::wholeWordsFromFileName;
     context.evaluateCommand = std::move(evaluateCommand);
@@ -337,29 +337,29 @@ BooleanExpr::EvalContext QueryContainer::makeEvalContext(bool diacriticInsensiti
 
 std::vector<UnavailableCriterion> QueryContainer::unavailableCriteria() const {
     std::vector<UnavailableCriterion> unavailable;
-    for (const auto& command : commandsFoundInQuery) {
+    for (const auto& command : commandsFoundInQuery_) {
         if (auto engine = command->missingEngine()) unavailable.push_back({command->commandToString(), *engine});
     }
-    if (shortcutKeywordName) unavailable.push_back({"shortcut " + *shortcutKeywordName, "shortcuts"});
+    if (shortcutKeywordName_) unavailable.push_back({"shortcut " + *shortcutKeywordName_, "shortcuts"});
     return unavailable;
 }
 
 bool QueryContainer::isWordBasedSearch() const {
-    auto any = [&](auto predicate) { return std::any_of(commandsFoundInQuery.begin(), commandsFoundInQuery.end(), predicate); };
+    auto any = [&](auto predicate) { return std::any_of(commandsFoundInQuery_.begin(), commandsFoundInQuery_.end(), predicate); };
     if (any([](const CommandPtr& c) { return c->commandStopsWordBasedSearches(); })) return false;
     if (any([](const CommandPtr& c) { return !c->commandIsOnlyAFilter(); })) return true;
-    return !searchWords.empty();
+    return !searchWords_.empty();
 }
 
 bool QueryContainer::isORCommandSearch() const {
-    if (!includesORStatement || searchWordParts.empty()) return false;
-    const SentenceComponent& last = searchWordParts.back();
+    if (!includesORStatement_ || searchWordParts_.empty()) return false;
+    const SentenceComponent& last = searchWordParts_.back();
     return last.textLowered == "or" && !last.wasInQuotes && !last.isAfterAColon;
 }
 
 bool QueryContainer::fsItemNameStringIncludesWordsFromQuery(std::string_view name, bool diacriticInsensitive) const {
-    if (!soundex) {
-        return matchExpr.matches(name, makeEvalContext(diacriticInsensitive || wantsDiacriticInsensitiveSearch, {}));
+    if (!soundex_) {
+        return matchExpr_.matches(name, makeEvalContext(diacriticInsensitive || wantsDiacriticInsensitiveSearch_, {}));
     }
     std::string last = lastPathComponent(name);
     std::vector<std::string> values;
@@ -370,18 +370,18 @@ bool QueryContainer::fsItemNameStringIncludesWordsFromQuery(std::string_view nam
         if (end > start) values.push_back(Soundex::value(std::string_view(last).substr(start, end - start)));
         start = end + 1;
     }
-    return std::any_of(searchWordStringsSoundexValues.begin(), searchWordStringsSoundexValues.end(),
+    return std::any_of(searchWordStringsSoundexValues_.begin(), searchWordStringsSoundexValues_.end(),
                        [&](const std::string& value) { return std::find(values.begin(), values.end(), value) != values.end(); });
 }
 
 bool QueryContainer::pathIsInQueryLocation(const std::string& path) const {
-    if (showAppsFromAnywhere && pathExtension(path) == "app" &&
-        upToFirstPoint(lowercased(lastPathComponent(path))) == upToFirstPoint(baseStringLowercase)) {
+    if (showAppsFromAnywhere_ && pathExtension(path) == "app" &&
+        upToFirstPoint(lowercased(lastPathComponent(path))) == upToFirstPoint(baseStringLowercase_)) {
         return true;
     }
-    if (!whereLocation) return true;
-    if (!querySearchArguments.checkPathForResults) return true;
-    return whereLocation->pathIsInLocation(path);
+    if (!whereLocation_) return true;
+    if (!querySearchArguments_.checkPathForResults) return true;
+    return whereLocation_->pathIsInLocation(path);
 }
 
 bool QueryContainer::isPossibleMatch(std::string_view path, bool diacriticInsensitive) const {
@@ -391,11 +391,11 @@ bool QueryContainer::isPossibleMatch(std::string_view path, bool diacriticInsens
     // so then only the name is tested, as the final judgement will.
     std::string lastName;
     std::string_view tested = path;
-    if (booleanExpr.hasNegation()) tested = lastName = lastPathComponent(path);
-    if (commandsFoundInQuery.empty()) {
-        return !searchWords.empty() && fsItemNameStringIncludesWordsFromQuery(tested, diacriticInsensitive);
+    if (booleanExpr_.hasNegation()) tested = lastName = lastPathComponent(path);
+    if (commandsFoundInQuery_.empty()) {
+        return !searchWords_.empty() && fsItemNameStringIncludesWordsFromQuery(tested, diacriticInsensitive);
     }
-    if (isORCommandSearch() || booleanExpr.hasCommandUnderOr()) return true;
+    if (isORCommandSearch() || booleanExpr_.hasCommandUnderOr()) return true;
     return fsItemNameStringIncludesWordsFromQuery(tested, diacriticInsensitive);
 }
 

@@ -44,36 +44,66 @@ public:
                    std::optional<SearchLocation> whereLocation = std::nullopt, bool soundex = false,
                    QueryPreferences preferences = {});
 
-    std::optional<SearchLocation> whereLocation;
-    bool soundex = false;
-    std::vector<SentenceComponent> allWords;
-    std::vector<SentenceComponent> searchWordParts;
-    bool includesORStatement = false;
-    std::vector<SentenceComponent> wordsBeforeColon;
-    std::vector<std::string> searchWords;
-    std::vector<std::string> searchWordsOriginalCase;
-    std::vector<std::vector<std::string>> orStringGroups;
-    std::vector<std::string> searchWordsHighlightStrings;
-    std::vector<SentenceComponent> invalidCommandAreaWords;
-    std::vector<SentenceComponent> booleanOperatorWords;
-    std::vector<SentenceComponent> structuralParenWords;
-    std::optional<std::string> shortcutKeywordName;
-    QuerySearchArguments querySearchArguments;
-    std::vector<SentenceComponent> searchWordsWithMinus;
-    std::vector<SentenceComponent> searchWordsWithoutMinus;
-    std::vector<CommandPtr> commandsFoundInQuery;
-    BooleanExpr booleanExpr;
-    BooleanExpr matchExpr;
-    bool matchIsCaseSensitive = false;
-    bool matchWholeWords = false;
-    bool matchExactName = false;
-    bool wantsDiacriticInsensitiveSearch = false;
-    bool showAppsFromAnywhere = false;
-    std::string baseString;
-    std::string baseStringLowercase;
-    std::vector<std::string> searchWordStringsSoundexValues;
-    std::vector<SentenceComponent> allRecoginsedParts;
-    std::vector<SentenceComponent> unusedCommandAreaWords;
+    // The location searched: the one given, or the folder of the first `inside` criterion that exists.
+    const std::optional<SearchLocation>& whereLocation() const { return whereLocation_; }
+    // Words match names by their soundex values.
+    bool soundex() const { return soundex_; }
+    // Every word of the text, parentheses split off, in order.
+    const std::vector<SentenceComponent>& allWords() const { return allWords_; }
+    // The words no command took, without structural parentheses.
+    const std::vector<SentenceComponent>& searchWordParts() const { return searchWordParts_; }
+    // The search words hold a bare "or".
+    bool includesORStatement() const { return includesORStatement_; }
+    // `searchWordParts` before the colon.
+    const std::vector<SentenceComponent>& wordsBeforeColon() const { return wordsBeforeColon_; }
+    // The lower-case search words, then the words commands add (not under an OR).
+    const std::vector<std::string>& searchWords() const { return searchWords_; }
+    // The search words as typed, without the added ones.
+    const std::vector<std::string>& searchWordsOriginalCase() const { return searchWordsOriginalCase_; }
+    // For "a b or c": [["a","b"],["c"]], lower-case; empty without an OR.
+    const std::vector<std::vector<std::string>>& orStringGroups() const { return orStringGroups_; }
+    // What results highlight: the search words (as typed when case sensitive) and what commands add.
+    const std::vector<std::string>& searchWordsHighlightStrings() const { return searchWordsHighlightStrings_; }
+    // Words after the colon that no command consumed and that are no operator or parenthesis.
+    const std::vector<SentenceComponent>& invalidCommandAreaWords() const { return invalidCommandAreaWords_; }
+    // "and", "or" and "NOT" outside quotes.
+    const std::vector<SentenceComponent>& booleanOperatorWords() const { return booleanOperatorWords_; }
+    // "(" and ")" outside quotes.
+    const std::vector<SentenceComponent>& structuralParenWords() const { return structuralParenWords_; }
+    // The words after "shortcut" in the command area, if any.
+    const std::optional<std::string>& shortcutKeywordName() const { return shortcutKeywordName_; }
+    // What index-based sources may narrow by (dates, sizes, a word).
+    const QuerySearchArguments& querySearchArguments() const { return querySearchArguments_; }
+    // The excluded words ("-dogs"), as typed.
+    const std::vector<SentenceComponent>& searchWordsWithMinus() const { return searchWordsWithMinus_; }
+    // The other words before the colon.
+    const std::vector<SentenceComponent>& searchWordsWithoutMinus() const { return searchWordsWithoutMinus_; }
+    // The commands: extension tests first, content search last; shared by copies of the query.
+    const std::vector<CommandPtr>& commandsFoundInQuery() const { return commandsFoundInQuery_; }
+    // The whole sentence as an expression; command leaves are indices into `commandsFoundInQuery`.
+    const BooleanExpr& booleanExpr() const { return booleanExpr_; }
+    // `booleanExpr`, collapsed for an exact-name query: what name tests use.
+    const BooleanExpr& matchExpr() const { return matchExpr_; }
+    // The query has a case-sensitive criterion.
+    bool matchIsCaseSensitive() const { return matchIsCaseSensitive_; }
+    // The query has a whole-words criterion.
+    bool matchWholeWords() const { return matchWholeWords_; }
+    // The query has an exact-name criterion.
+    bool matchExactName() const { return matchExactName_; }
+    // The user default "diacriticInsensitiveSearch" when the query was made.
+    bool wantsDiacriticInsensitiveSearch() const { return wantsDiacriticInsensitiveSearch_; }
+    // The user default "showAppsFoundAnywhere" when the query was made.
+    bool showAppsFromAnywhere() const { return showAppsFromAnywhere_; }
+    // The typed text, newlines turned into blanks.
+    const std::string& baseString() const { return baseString_; }
+    // `baseString` in lower case.
+    const std::string& baseStringLowercase() const { return baseStringLowercase_; }
+    // The soundex value of each of `searchWords`.
+    const std::vector<std::string>& searchWordStringsSoundexValues() const { return searchWordStringsSoundexValues_; }
+    // The words that the parser or a command took.
+    const std::vector<SentenceComponent>& allRecoginsedParts() const { return allRecoginsedParts_; }
+    // Words after the colon not recognised and no operator (outside quotes).
+    const std::vector<SentenceComponent>& unusedCommandAreaWords() const { return unusedCommandAreaWords_; }
 
     // `baseString`, ": ", then each command's description.
     std::string debugDescription() const;
@@ -86,7 +116,7 @@ public:
     // The first command of class `T` (or of a class derived from it).
     template <typename T>
     std::shared_ptr<T> findCommand() const {
-        for (const auto& command : commandsFoundInQuery) {
+        for (const auto& command : commandsFoundInQuery_) {
             if (auto typed = std::dynamic_pointer_cast<T>(command)) return typed;
         }
         return nullptr;
@@ -125,6 +155,37 @@ private:
     QuerySearchArguments computeQuerySearchArguments() const;
     bool hasCommand(CommandRole role) const { return findCommand(role) != nullptr; }
     bool isRecognised(const SentenceComponent& word) const;
+
+    std::optional<SearchLocation> whereLocation_;
+    bool soundex_ = false;
+    std::vector<SentenceComponent> allWords_;
+    std::vector<SentenceComponent> searchWordParts_;
+    bool includesORStatement_ = false;
+    std::vector<SentenceComponent> wordsBeforeColon_;
+    std::vector<std::string> searchWords_;
+    std::vector<std::string> searchWordsOriginalCase_;
+    std::vector<std::vector<std::string>> orStringGroups_;
+    std::vector<std::string> searchWordsHighlightStrings_;
+    std::vector<SentenceComponent> invalidCommandAreaWords_;
+    std::vector<SentenceComponent> booleanOperatorWords_;
+    std::vector<SentenceComponent> structuralParenWords_;
+    std::optional<std::string> shortcutKeywordName_;
+    QuerySearchArguments querySearchArguments_;
+    std::vector<SentenceComponent> searchWordsWithMinus_;
+    std::vector<SentenceComponent> searchWordsWithoutMinus_;
+    std::vector<CommandPtr> commandsFoundInQuery_;
+    BooleanExpr booleanExpr_;
+    BooleanExpr matchExpr_;
+    bool matchIsCaseSensitive_ = false;
+    bool matchWholeWords_ = false;
+    bool matchExactName_ = false;
+    bool wantsDiacriticInsensitiveSearch_ = false;
+    bool showAppsFromAnywhere_ = false;
+    std::string baseString_;
+    std::string baseStringLowercase_;
+    std::vector<std::string> searchWordStringsSoundexValues_;
+    std::vector<SentenceComponent> allRecoginsedParts_;
+    std::vector<SentenceComponent> unusedCommandAreaWords_;
 };
 
 }  // namespace quester

@@ -113,7 +113,7 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
                              std::weak_ptr<SearchManagerDelegate> delegate, Environment environment)
     : delegate(std::move(delegate)),
       searchQuery(std::move(query)),
-      queryCommands(searchQuery.commandsFoundInQuery),
+      queryCommands(searchQuery.commandsFoundInQuery()),
       fastQueueCommands(copiesOf(queryCommands)),
       filterQueueCommands(copiesOf(queryCommands)),
       clock(environment.clock ? *environment.clock : SystemClock::shared()),
@@ -191,7 +191,7 @@ void SearchManager::runDataSourceOrSearch(OperationQueue& on) {
     std::weak_ptr<SearchManager> weakSelf = weak_from_this();
     for (int leaf : leaves) {
         std::unordered_set<std::int64_t> found;
-        for (const auto& source : searchQuery.commandsFoundInQuery[leaf]->suppliedDataSources()) {
+        for (const auto& source : searchQuery.commandsFoundInQuery()[leaf]->suppliedDataSources()) {
             if (shouldStop()) break;
             CollectingSearchDataSourceDelegate collector(showsHiddenItems, [weakSelf] {
                 auto self = weakSelf.lock();
@@ -210,7 +210,7 @@ void SearchManager::runDataSourceOrSearch(OperationQueue& on) {
     for (auto& [supplier, results] : bySupplier) {
         if (!results.empty()) enqueueFiltering(std::move(results), supplier);
     }
-    if (searchQuery.booleanExpr.needsOpenUniverse(leaves)) startDataSources(fileSystemSearchDataSources, on);
+    if (searchQuery.booleanExpr().needsOpenUniverse(leaves)) startDataSources(fileSystemSearchDataSources, on);
 }
 
 void SearchManager::searchDataSourceFinishedSearch(SearchDataSource& source) {
@@ -345,7 +345,7 @@ std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& res
     std::vector<std::string> paths{result.url.path()};
     std::string parent = parentPath(result.url.path());
     if (parent != "/") parent += '/';
-    for (auto& folder : splitPath(parent, searchQuery.searchWords)) paths.push_back(std::move(folder));
+    for (auto& folder : splitPath(parent, searchQuery.searchWords())) paths.push_back(std::move(folder));
 
     std::vector<std::int64_t> keys;
     keys.reserve(paths.size());
@@ -383,7 +383,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
         if (!searchQuery.pathIsInQueryLocation(path)) return false;
     }
     if (!searchResultPassesFiltering(candidate, *this, commands)) return false;
-    if (searchQuery.booleanExpr.hasCommandUnderOr() && searchQuery.findCommand(CommandRole::contentSearch) != nullptr) {
+    if (searchQuery.booleanExpr().hasCommandUnderOr() && searchQuery.findCommand(CommandRole::contentSearch) != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
     return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key); });
@@ -391,7 +391,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
 
 bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                                                 const std::vector<CommandPtr>& commands) {
-    if (searchQuery.booleanExpr.hasCommandUnderOr()) return passesTreeFiltering(result, feedback, commands);
+    if (searchQuery.booleanExpr().hasCommandUnderOr()) return passesTreeFiltering(result, feedback, commands);
     return passesFlatFiltering(result, feedback, commands);
 }
 
@@ -406,7 +406,7 @@ bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDe
             break;
         }
     }
-    const bool emptyExpression = searchQuery.booleanExpr.isEmpty();
+    const bool emptyExpression = searchQuery.booleanExpr().isEmpty();
     if (emptyExpression && commands.empty()) return false;
     bool nameMatches = false;
     if (!emptyExpression) {
@@ -420,7 +420,7 @@ bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDe
 
 bool SearchManager::passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                                         const std::vector<CommandPtr>& commands) {
-    const auto leaves = searchQuery.booleanExpr.commandLeafIndices();
+    const auto leaves = searchQuery.booleanExpr().commandLeafIndices();
     for (int index = 0; index < static_cast<int>(commands.size()); ++index) {
         if (isPartOfTheNameTest(*commands[index]) || leaves.count(index)) continue;
         if (feedback.shouldStop()) return false;
@@ -431,7 +431,7 @@ bool SearchManager::passesTreeFiltering(SearchResult& result, SearchDataSourceDe
     const auto dataLeaves = searchQuery.dataSourceLeafIndices();
     const std::int64_t key = crc64(result.url.path());
     bool diacriticInsensitive = result.searchResultSuppliedBy == SearchResultSupplier::spotlight ||
-                                searchQuery.wantsDiacriticInsensitiveSearch;
+                                searchQuery.wantsDiacriticInsensitiveSearch();
     auto context = searchQuery.makeEvalContext(diacriticInsensitive, [&](int index) {
         if (dataLeaves.count(index)) {
             return materializedDataSourceSets.access([&](const auto& sets) {
@@ -441,7 +441,7 @@ bool SearchManager::passesTreeFiltering(SearchResult& result, SearchDataSourceDe
         }
         return commands[index]->commandImpApply(result, &feedback, searchQuery) != CommandApplyResult::exclude;
     });
-    return searchQuery.matchExpr.matches(lastPathComponent(result.url.path()), context);
+    return searchQuery.matchExpr().matches(lastPathComponent(result.url.path()), context);
 }
 
 void SearchManager::supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) {

@@ -90,10 +90,10 @@ void SearchSession::doSearch() {
                   QueryPreferences{preferences.boolValue("diacriticInsensitiveSearch"),
                                    preferences.boolValue("showAppsFoundAnywhere")});
     // Text that starts with "/" browses a path instead.
-    if (trimmedWhitespace(query->baseString).starts_with("/")) return;
+    if (trimmedWhitespace(query->baseString()).starts_with("/")) return;
     scheduleHistoryEntry();
-    if (query->shortcutKeywordName) {
-        const std::string name = *query->shortcutKeywordName;
+    if (query->shortcutKeywordName()) {
+        const std::string name = *query->shortcutKeywordName();
         notify([&](SearchSessionObserver& watching) { watching.shortcutNotFound(name); });
         return;
     }
@@ -105,7 +105,7 @@ void SearchSession::doSearch() {
         watching.showStatus("");
         watching.showProgress({});
     });
-    if (query->searchWords.empty() && query->commandsFoundInQuery.empty()) return;
+    if (query->searchWords().empty() && query->commandsFoundInQuery().empty()) return;
     SearchManager::Environment managerEnvironment =
         environment.managerEnvironment ? environment.managerEnvironment() : SearchManager::Environment{};
     if (managerEnvironment.mainLoop == nullptr) managerEnvironment.mainLoop = &mainLoop;
@@ -135,7 +135,7 @@ void SearchSession::searchManagerIsBeginingSearches(const QueryContainer& forQue
     LOG("searchManagerIsBeginingSearches");
     notify([&](SearchSessionObserver& watching) {
         watching.showProgress({});
-        if (!forQuery.baseStringLowercase.empty()) watching.searchBegan("Find “" + forQuery.baseString + "”");
+        if (!forQuery.baseStringLowercase().empty()) watching.searchBegan("Find “" + forQuery.baseString() + "”");
     });
     flushTimer = std::make_unique<RepeatingTimer>(scheduler, flushInterval, [weak = weak_from_this()] {
         auto self = weak.lock();
@@ -152,7 +152,7 @@ void SearchSession::flushResults() {
     if (!query) return;
     const std::vector<SearchResult> items = bucket.empty();
     if (items.empty()) return;
-    const HighlightWords highlight{query->searchWordsHighlightStrings, query->matchIsCaseSensitive};
+    const HighlightWords highlight{query->searchWordsHighlightStrings(), query->matchIsCaseSensitive()};
     UINode::NodeList nodes;
     nodes.reserve(items.size());
     for (const auto& item : items) nodes.push_back(UINode::create(item, highlight, scheduler.clock()));
@@ -171,7 +171,7 @@ void SearchSession::searchManagerHasFinishedAllSearches(const QueryContainer& fo
     stopFlushTimer();
     LOG("searchManagerHasFinishedAllSearches(query:)");
     flushResults();
-    const bool completed = query && query->baseString == forQuery.baseString;
+    const bool completed = query && query->baseString() == forQuery.baseString();
     notify([&](SearchSessionObserver& watching) { watching.searchEnded(completed); });
 }
 

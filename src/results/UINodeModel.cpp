@@ -119,7 +119,7 @@ void UINodeModel::setDisplayItems(UINode::NodeList items) {
 UINodeModel::SortRequest UINodeModel::sortRequest() const {
     std::optional<std::string> queryText;
     if (const auto delegate = selectionDelegate.lock()) {
-        if (const QueryContainer* query = delegate->currentQuery()) queryText = joined(query->searchWords);
+        if (const QueryContainer* query = delegate->currentQuery()) queryText = joined(query->searchWords());
     }
     return {column, reversed, queryText};
 }

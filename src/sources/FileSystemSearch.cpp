@@ -30,7 +30,7 @@ std::string joinedWords(const std::vector<std::string>& words) {
 }
 
 std::string activityTitle(const QueryContainer& query) {
-    std::string words = joinedWords(query.searchWordsOriginalCase);
+    std::string words = joinedWords(query.searchWordsOriginalCase());
     return words.empty() ? "Searching File System" : "Searching File System for \u201C" + words + "\u201D";
 }
 
@@ -82,8 +82,8 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
     std::weak_ptr<ActivityItemCancelProtocol> cancelTarget = weak_from_this();
     activityController.mainLoop().post([item = progressItem, cancelTarget] { item->setCancelTarget(cancelTarget); });
 
-    if (query->whereLocation) {
-        for (const Url& disk : query->whereLocation->disksForLocations()) {
+    if (query->whereLocation()) {
+        for (const Url& disk : query->whereLocation()->disksForLocations()) {
             if (handler.shouldStop()) continue;
             searchDisk(disk, handler);
         }
@@ -97,8 +97,8 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
 void FileSystemSearch::searchDisk(const Url& disk, SearchDataSourceDelegate& handler) {
     const std::string diskPath = withoutTrailingSlash(disk.path());
     std::string diskKey = fsUtilities.keyForDisk(disk);
-    bool tryCatalog = isVolumeRoot(diskPath) && !query->searchWords.empty() && maxDepth == 0 &&
-                      !query->includesORStatement;
+    bool tryCatalog = isVolumeRoot(diskPath) && !query->searchWords().empty() && maxDepth == 0 &&
+                      !query->includesORStatement();
     if (tryCatalog) {
         int answer = searchfs(diskPath);
         if (answer != catalogSearchNotSupported && answer != kPermissionDenied) return;
@@ -106,7 +106,7 @@ void FileSystemSearch::searchDisk(const Url& disk, SearchDataSourceDelegate& han
     LOG("Iteration");
     addVolumeCountsToActivity(disk);
     DiskWalk walk = makeSkipPaths(diskPath, std::move(diskKey));
-    walk.offersNameMatchesOnly = nameTestDecidesAlone() && !holdsAnyWord(diskPath, query->searchWords);
+    walk.offersNameMatchesOnly = nameTestDecidesAlone() && !holdsAnyWord(diskPath, query->searchWords());
     iterate(walk, handler);
     directoryIterationQueue.waitUntilAllOperationsAreFinished();
 }
@@ -117,7 +117,7 @@ int FileSystemSearch::searchfs(const std::string&) { return catalogSearchNotSupp
 // In the flat form a result whose name fails is dropped whatever its commands
 // say, unless the query is "words or : commands" or has no words at all.
 bool FileSystemSearch::nameTestDecidesAlone() const {
-    return !query->booleanExpr.hasCommandUnderOr() && !query->isORCommandSearch() && !query->booleanExpr.isEmpty();
+    return !query->booleanExpr().hasCommandUnderOr() && !query->isORCommandSearch() && !query->booleanExpr().isEmpty();
 }
 
 bool FileSystemSearch::isVolumeRoot(const std::string& path) const {

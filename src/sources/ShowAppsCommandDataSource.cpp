@@ -25,7 +25,7 @@ std::vector<SearchResult> resultsOf(const std::vector<ShowAppsCommandDataSource:
 }
 
 bool hasLocationToSearch(const QueryContainer& query) {
-    return query.whereLocation && !query.whereLocation->locationURLs().empty();
+    return query.whereLocation() && !query.whereLocation()->locationURLs().empty();
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ const Date kNow = berlin(2026, 11, 18, 15, 30);
 std::shared_ptr<DateCommand> dateCommandOf(const std::string& phrase) {
     static const CommandRecogniser parser(standardCommandFactories());
     QueryContainer query("report : " + phrase, parser);
-    EXPECT_TRUE(query.invalidCommandAreaWords.empty()) << phrase;
+    EXPECT_TRUE(query.invalidCommandAreaWords().empty()) << phrase;
     return query.findCommand<DateCommand>();
 }
 
@@ -120,7 +120,7 @@ TEST(DatePhrases, RangesThatCannotHoldAnythingMakeNoCommand) {
     for (const char* phrase : {"modified from 3/4/24 to 3/4/24", "modified from 3/4/24 to 1/2/24"}) {
         QueryContainer query(std::string("report : ") + phrase, parser);
         EXPECT_EQ(query.findCommand<DateCommand>(), nullptr) << phrase;
-        EXPECT_FALSE(query.invalidCommandAreaWords.empty()) << phrase;
+        EXPECT_FALSE(query.invalidCommandAreaWords().empty()) << phrase;
     }
 }
 

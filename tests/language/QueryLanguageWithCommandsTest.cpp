@@ -41,17 +41,17 @@ class CommandRoundTrip : public ::testing::TestWithParam<std::string_view> {};
 
 TEST_P(CommandRoundTrip, CommandToStringParsesBackToAnEqualCommand) {
     const QueryContainer query(std::string(": ") + std::string(GetParam()), parser());
-    ASSERT_FALSE(query.commandsFoundInQuery.empty()) << GetParam();
-    EXPECT_TRUE(query.invalidCommandAreaWords.empty())
-        << GetParam() << ": " << ::testing::PrintToString(texts(query.invalidCommandAreaWords));
-    for (const CommandPtr& command : query.commandsFoundInQuery) {
+    ASSERT_FALSE(query.commandsFoundInQuery().empty()) << GetParam();
+    EXPECT_TRUE(query.invalidCommandAreaWords().empty())
+        << GetParam() << ": " << ::testing::PrintToString(texts(query.invalidCommandAreaWords()));
+    for (const CommandPtr& command : query.commandsFoundInQuery()) {
         const std::string text = command->commandToString();
         const QueryContainer again(": " + text, parser());
-        ASSERT_EQ(again.commandsFoundInQuery.size(), 1U) << text;
-        const CommandPtr& back = again.commandsFoundInQuery.front();
+        ASSERT_EQ(again.commandsFoundInQuery().size(), 1U) << text;
+        const CommandPtr& back = again.commandsFoundInQuery().front();
         EXPECT_EQ(back->commandToString(), text);
         EXPECT_TRUE(command->isReplaceableWith(*back)) << text;
-        EXPECT_TRUE(again.invalidCommandAreaWords.empty()) << text;
+        EXPECT_TRUE(again.invalidCommandAreaWords().empty()) << text;
     }
 }
 
@@ -65,8 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(QueryLanguageWithCommands, RefusedArgumentsLeaveTheWordsUnrecognised) {
     const QueryContainer query(": regex \"a(b\"", parser());
-    EXPECT_TRUE(query.commandsFoundInQuery.empty());
-    EXPECT_EQ(texts(query.invalidCommandAreaWords), (std::vector<std::string>{"regex", "a(b"}));
+    EXPECT_TRUE(query.commandsFoundInQuery().empty());
+    EXPECT_EQ(texts(query.invalidCommandAreaWords()), (std::vector<std::string>{"regex", "a(b"}));
 }
 
 }  // namespace

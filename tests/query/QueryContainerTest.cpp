@@ -102,11 +102,11 @@ TEST(QueryContainerSamples, EachSampleGivesItsWordsCommandsAndExpressionAndNothi
     for (const auto& sample : kSamples) {
         SCOPED_TRACE(sample.text);
         auto parsed = query(sample.text);
-        EXPECT_EQ(parsed.searchWords, sample.searchWords);
-        EXPECT_EQ(parsed.booleanExpr.debugDescription(), sample.expression);
-        EXPECT_TRUE(parsed.invalidCommandAreaWords.empty()) << ::testing::PrintToString(texts(parsed.invalidCommandAreaWords));
-        EXPECT_TRUE(parsed.unusedCommandAreaWords.empty());
-        auto commands = described(parsed.commandsFoundInQuery);
+        EXPECT_EQ(parsed.searchWords(), sample.searchWords);
+        EXPECT_EQ(parsed.booleanExpr().debugDescription(), sample.expression);
+        EXPECT_TRUE(parsed.invalidCommandAreaWords().empty()) << ::testing::PrintToString(texts(parsed.invalidCommandAreaWords()));
+        EXPECT_TRUE(parsed.unusedCommandAreaWords().empty());
+        auto commands = described(parsed.commandsFoundInQuery());
         ASSERT_EQ(commands.size(), sample.commands.size()) << ::testing::PrintToString(commands);
         for (size_t i = 0; i < commands.size(); ++i) {
             const std::string& wanted = sample.commands[i];
@@ -120,58 +120,58 @@ TEST(QueryContainerSamples, EachSampleGivesItsWordsCommandsAndExpressionAndNothi
 }
 
 TEST(QueryContainerSamples, OrGroupsMinusWordsAndParenthesesOfTheSamples) {
-    EXPECT_EQ(query("invoice OR receipt : after 2023").orStringGroups, (std::vector<Strings>{{"invoice"}, {"receipt"}}));
+    EXPECT_EQ(query("invoice OR receipt : after 2023").orStringGroups(), (std::vector<Strings>{{"invoice"}, {"receipt"}}));
     EXPECT_TRUE(query("screenshot OR : tag red").isORCommandSearch());
 
     auto minus = query("holiday -work : is video");
-    EXPECT_EQ(texts(minus.searchWordsWithMinus), (Strings{"-work"}));
+    EXPECT_EQ(texts(minus.searchWordsWithMinus()), (Strings{"-work"}));
     EXPECT_EQ(minus.searchWordsWithMinusString(), "work");
     EXPECT_FALSE(minus.fsItemNameStringIncludesWordsFromQuery("/p/holiday work.mov", false));
     EXPECT_TRUE(minus.fsItemNameStringIncludesWordsFromQuery("/p/holiday beach.mov", false));
 
     auto grouped = query("invoice (2023 OR 2024) : is pdf");
-    EXPECT_EQ(texts(grouped.structuralParenWords), (Strings{"(", ")"}));
+    EXPECT_EQ(texts(grouped.structuralParenWords()), (Strings{"(", ")"}));
     EXPECT_TRUE(grouped.fsItemNameStringIncludesWordsFromQuery("/d/invoice 2024.pdf", false));
     EXPECT_FALSE(grouped.fsItemNameStringIncludesWordsFromQuery("/d/invoice 2022.pdf", false));
 }
 
 TEST(QueryContainerWords, WithoutAColonEveryWordIsASearchWord) {
     auto parsed = query("bigger than 1mb");
-    EXPECT_TRUE(parsed.commandsFoundInQuery.empty());
-    EXPECT_EQ(parsed.searchWords, (Strings{"bigger", "than", "1mb"}));
-    EXPECT_TRUE(parsed.invalidCommandAreaWords.empty());
+    EXPECT_TRUE(parsed.commandsFoundInQuery().empty());
+    EXPECT_EQ(parsed.searchWords(), (Strings{"bigger", "than", "1mb"}));
+    EXPECT_TRUE(parsed.invalidCommandAreaWords().empty());
 }
 
 TEST(QueryContainerWords, AMinusExcludesUnlessQuoted) {
     auto excluded = query("cats -dogs");
-    EXPECT_EQ(excluded.searchWords, (Strings{"cats"}));
-    EXPECT_EQ(described(excluded.commandsFoundInQuery), (Strings{"NotIncludingWords: -dogs"}));
+    EXPECT_EQ(excluded.searchWords(), (Strings{"cats"}));
+    EXPECT_EQ(described(excluded.commandsFoundInQuery()), (Strings{"NotIncludingWords: -dogs"}));
 
     auto quoted = query("cats \"-dogs\"");
-    EXPECT_EQ(quoted.searchWords, (Strings{"cats", "-dogs"}));
-    EXPECT_TRUE(quoted.searchWordsWithMinus.empty());
-    EXPECT_TRUE(quoted.commandsFoundInQuery.empty());
+    EXPECT_EQ(quoted.searchWords(), (Strings{"cats", "-dogs"}));
+    EXPECT_TRUE(quoted.searchWordsWithMinus().empty());
+    EXPECT_TRUE(quoted.commandsFoundInQuery().empty());
 }
 
 TEST(QueryContainerWords, ABareOrSplitsTheWordsIntoGroups) {
     auto parsed = query("a b OR c");
-    EXPECT_TRUE(parsed.includesORStatement);
-    EXPECT_EQ(parsed.searchWords, (Strings{"a", "b", "c"}));
-    EXPECT_EQ(parsed.searchWordsOriginalCase, (Strings{"a", "b", "c"}));
-    EXPECT_EQ(parsed.orStringGroups, (std::vector<Strings>{{"a", "b"}, {"c"}}));
+    EXPECT_TRUE(parsed.includesORStatement());
+    EXPECT_EQ(parsed.searchWords(), (Strings{"a", "b", "c"}));
+    EXPECT_EQ(parsed.searchWordsOriginalCase(), (Strings{"a", "b", "c"}));
+    EXPECT_EQ(parsed.orStringGroups(), (std::vector<Strings>{{"a", "b"}, {"c"}}));
     EXPECT_FALSE(parsed.isORCommandSearch());
 
     auto quoted = query("this \"or\" that");
-    EXPECT_FALSE(quoted.includesORStatement);
-    EXPECT_EQ(quoted.searchWords, (Strings{"this", "or", "that"}));
-    EXPECT_TRUE(quoted.orStringGroups.empty());
+    EXPECT_FALSE(quoted.includesORStatement());
+    EXPECT_EQ(quoted.searchWords(), (Strings{"this", "or", "that"}));
+    EXPECT_TRUE(quoted.orStringGroups().empty());
 }
 
 TEST(QueryContainerWords, WordsOrColonCommandsIsAnORCommandSearch) {
     auto parsed = query("cats or : bigger than 1mb");
     EXPECT_TRUE(parsed.isORCommandSearch());
     EXPECT_TRUE(parsed.isPossibleMatch("/x/dogs.jpg", false));
-    EXPECT_FALSE(parsed.querySearchArguments.fileSize.has_value());
+    EXPECT_FALSE(parsed.querySearchArguments().fileSize.has_value());
 
     auto plain = query("cats : bigger than 1mb");
     EXPECT_FALSE(plain.isORCommandSearch());
@@ -180,17 +180,17 @@ TEST(QueryContainerWords, WordsOrColonCommandsIsAnORCommandSearch) {
 }
 
 TEST(QueryContainerWords, TheShortcutKeywordNameIsWhatFollowsTheWord) {
-    EXPECT_EQ(query("word : shortcut music quiz").shortcutKeywordName, "music quiz");
-    EXPECT_FALSE(query("word : shortcut").shortcutKeywordName.has_value());
-    EXPECT_FALSE(query("shortcut music").shortcutKeywordName.has_value());
+    EXPECT_EQ(query("word : shortcut music quiz").shortcutKeywordName(), "music quiz");
+    EXPECT_FALSE(query("word : shortcut").shortcutKeywordName().has_value());
+    EXPECT_FALSE(query("shortcut music").shortcutKeywordName().has_value());
 }
 
 TEST(QueryContainerWords, WordsNoCommandTookAreInvalidButOperatorsAndParenthesesAreNot) {
     auto parsed = query("report : bigger than 1mb frobnicate AND ( zork )");
-    EXPECT_EQ(texts(parsed.invalidCommandAreaWords), (Strings{"frobnicate", "zork"}));
-    EXPECT_EQ(texts(parsed.unusedCommandAreaWords), (Strings{"frobnicate", "(", "zork", ")"}));
-    EXPECT_EQ(texts(parsed.booleanOperatorWords), (Strings{"AND"}));
-    EXPECT_EQ(described(parsed.commandsFoundInQuery), (Strings{"SizeCommand: larger than 1mb"}));
+    EXPECT_EQ(texts(parsed.invalidCommandAreaWords()), (Strings{"frobnicate", "zork"}));
+    EXPECT_EQ(texts(parsed.unusedCommandAreaWords()), (Strings{"frobnicate", "(", "zork", ")"}));
+    EXPECT_EQ(texts(parsed.booleanOperatorWords()), (Strings{"AND"}));
+    EXPECT_EQ(described(parsed.commandsFoundInQuery()), (Strings{"SizeCommand: larger than 1mb"}));
 }
 
 TEST(QueryContainerWords, WildcardWordsBecomeACommandOfTheirOwn) {
@@ -205,7 +205,7 @@ TEST(QueryContainerWords, WildcardWordsBecomeACommandOfTheirOwn) {
 
 TEST(QueryContainerCommands, ExtensionsComeFirstAndContentLast) {
     auto parsed = query(": content \"x\" bigger than 1mb .pdf");
-    EXPECT_EQ(described(parsed.commandsFoundInQuery),
+    EXPECT_EQ(described(parsed.commandsFoundInQuery()),
               (Strings{"ExtensionCommand: .pdf", "SizeCommand: larger than 1mb", "ContentSearchCommand: content \"x\""}));
 }
 
@@ -214,56 +214,56 @@ TEST(QueryContainerCommands, TheDisplayOrderPutsCaseSensitivityFirstAndContentLa
     EXPECT_EQ(described(parsed.commandsFoundInQueryForDisplay()),
               (Strings{"CaseSensitive: case sensitive", "ExactNameCommand: exact", "SizeCommand: larger than 1mb",
                        "ContentSearchCommand: content \"x\""}));
-    EXPECT_TRUE(parsed.matchIsCaseSensitive);
-    EXPECT_TRUE(parsed.matchExactName);
-    EXPECT_FALSE(parsed.matchWholeWords);
+    EXPECT_TRUE(parsed.matchIsCaseSensitive());
+    EXPECT_TRUE(parsed.matchExactName());
+    EXPECT_FALSE(parsed.matchWholeWords());
 }
 
 TEST(QueryContainerCommands, AnExtensionAddsItsWordUnlessItStandsUnderAnOr) {
     auto single = query("report : .pdf");
-    EXPECT_EQ(single.searchWords, (Strings{"report", "pdf"}));
-    EXPECT_EQ(single.searchWordsHighlightStrings, (Strings{"report", ".pdf"}));
-    EXPECT_EQ(single.querySearchArguments.word, "report");
+    EXPECT_EQ(single.searchWords(), (Strings{"report", "pdf"}));
+    EXPECT_EQ(single.searchWordsHighlightStrings(), (Strings{"report", ".pdf"}));
+    EXPECT_EQ(single.querySearchArguments().word, "report");
 
     auto either = query(": .pdf OR .txt");
-    EXPECT_TRUE(either.searchWords.empty());
-    EXPECT_EQ(either.searchWordsHighlightStrings, (Strings{".pdf", ".txt"}));
-    EXPECT_FALSE(either.querySearchArguments.word.has_value());
+    EXPECT_TRUE(either.searchWords().empty());
+    EXPECT_EQ(either.searchWordsHighlightStrings(), (Strings{".pdf", ".txt"}));
+    EXPECT_FALSE(either.querySearchArguments().word.has_value());
 }
 
 TEST(QueryContainerCommands, SearchArgumentsNarrowOnlyWithoutAnOrOverCommands) {
     auto sized = query("x : bigger than 1mb");
-    ASSERT_TRUE(sized.querySearchArguments.fileSize.has_value());
-    EXPECT_EQ(sized.querySearchArguments.fileSize->lowerBound, 1000000);
-    EXPECT_EQ(sized.querySearchArguments.word, "x");
-    EXPECT_TRUE(sized.querySearchArguments.checkPathForResults);
+    ASSERT_TRUE(sized.querySearchArguments().fileSize.has_value());
+    EXPECT_EQ(sized.querySearchArguments().fileSize->lowerBound, 1000000);
+    EXPECT_EQ(sized.querySearchArguments().word, "x");
+    EXPECT_TRUE(sized.querySearchArguments().checkPathForResults);
 
     auto dated = query(": modified today");
-    EXPECT_TRUE(dated.querySearchArguments.modificationDate.has_value());
-    EXPECT_FALSE(dated.querySearchArguments.creationDate.has_value());
+    EXPECT_TRUE(dated.querySearchArguments().modificationDate.has_value());
+    EXPECT_FALSE(dated.querySearchArguments().creationDate.has_value());
 
     auto either = query("x : bigger than 1mb OR modified today");
-    EXPECT_FALSE(either.querySearchArguments.fileSize.has_value());
-    EXPECT_FALSE(either.querySearchArguments.modificationDate.has_value());
+    EXPECT_FALSE(either.querySearchArguments().fileSize.has_value());
+    EXPECT_FALSE(either.querySearchArguments().modificationDate.has_value());
 }
 
 TEST(QueryContainerCommands, TwoEqualCommandsAreKeptOnceButDifferentOnesTwice) {
-    EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery), (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
+    EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery()), (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
     // The repeat is recognised, so not unused, but no kept command took its words.
     auto twice = query(": is folder is folder");
-    EXPECT_EQ(described(twice.commandsFoundInQuery), (Strings{"FileOrFolderCommand: is folder"}));
-    EXPECT_TRUE(twice.unusedCommandAreaWords.empty());
-    EXPECT_EQ(texts(twice.invalidCommandAreaWords), (Strings{"is", "folder"}));
+    EXPECT_EQ(described(twice.commandsFoundInQuery()), (Strings{"FileOrFolderCommand: is folder"}));
+    EXPECT_TRUE(twice.unusedCommandAreaWords().empty());
+    EXPECT_EQ(texts(twice.invalidCommandAreaWords()), (Strings{"is", "folder"}));
 }
 
 TEST(QueryContainerCommands, CopiesAreNewObjects) {
     auto parsed = query("a : bigger than 1mb is file");
     auto copies = parsed.copyCommandsFoundInQuery();
-    ASSERT_EQ(copies.size(), parsed.commandsFoundInQuery.size());
+    ASSERT_EQ(copies.size(), parsed.commandsFoundInQuery().size());
     for (size_t i = 0; i < copies.size(); ++i) {
-        EXPECT_NE(copies[i], parsed.commandsFoundInQuery[i]);
-        EXPECT_NE(copies[i]->id(), parsed.commandsFoundInQuery[i]->id());
-        EXPECT_EQ(copies[i]->commandToString(), parsed.commandsFoundInQuery[i]->commandToString());
+        EXPECT_NE(copies[i], parsed.commandsFoundInQuery()[i]);
+        EXPECT_NE(copies[i]->id(), parsed.commandsFoundInQuery()[i]->id());
+        EXPECT_EQ(copies[i]->commandToString(), parsed.commandsFoundInQuery()[i]->commandToString());
     }
 }
 
@@ -289,14 +289,14 @@ TEST(QueryContainerLocation, AnInsideFolderThatExistsBecomesTheLocation) {
     auto given = SearchLocation::fromURLs({Url("/srv", true)}, "given");
 
     auto existing = query("plan : inside " + folder.string(), given);
-    ASSERT_TRUE(existing.whereLocation.has_value());
-    EXPECT_EQ(existing.whereLocation->locationName, "Projects");
+    ASSERT_TRUE(existing.whereLocation().has_value());
+    EXPECT_EQ(existing.whereLocation()->locationName, "Projects");
     EXPECT_TRUE(existing.pathIsInQueryLocation(folder.string() + "/plan.txt"));
     EXPECT_FALSE(existing.pathIsInQueryLocation("/srv/plan.txt"));
 
     auto missing = query("plan : inside " + dir.str() + "/NoSuchFolder", given);
-    ASSERT_TRUE(missing.whereLocation.has_value());
-    EXPECT_EQ(missing.whereLocation->locationName, "given");
+    ASSERT_TRUE(missing.whereLocation().has_value());
+    EXPECT_EQ(missing.whereLocation()->locationName, "given");
     EXPECT_TRUE(missing.pathIsInQueryLocation("/srv/plan.txt"));
 
     EXPECT_TRUE(query("plan").pathIsInQueryLocation("/anywhere/plan.txt"));
@@ -314,7 +314,7 @@ TEST(QueryContainerNameTest, MarkersChangeHowWordsMeetNames) {
     auto caseSensitive = query("Report : case sensitive");
     EXPECT_TRUE(caseSensitive.fsItemNameStringIncludesWordsFromQuery("/d/Report.pdf", false));
     EXPECT_FALSE(caseSensitive.fsItemNameStringIncludesWordsFromQuery("/d/report.pdf", false));
-    EXPECT_EQ(caseSensitive.searchWordsHighlightStrings, (Strings{"Report"}));
+    EXPECT_EQ(caseSensitive.searchWordsHighlightStrings(), (Strings{"Report"}));
 
     auto whole = query("report : whole words");
     EXPECT_TRUE(whole.fsItemNameStringIncludesWordsFromQuery("/d/report.pdf", false));
@@ -333,7 +333,7 @@ TEST(QueryContainerNameTest, DiacriticsFoldWhenThePreferenceOrTheCallerAsks) {
 
 TEST(QueryContainerNameTest, SoundexMatchesAnyWordBySound) {
     auto parsed = query("robert zzz", std::nullopt, true);
-    EXPECT_EQ(parsed.searchWordStringsSoundexValues, (Strings{"R163", "Z000"}));
+    EXPECT_EQ(parsed.searchWordStringsSoundexValues(), (Strings{"R163", "Z000"}));
     EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery("/people/Rupert.vcf", false));
     EXPECT_FALSE(parsed.fsItemNameStringIncludesWordsFromQuery("/people/Alice.vcf", false));
 }
@@ -355,11 +355,11 @@ TEST(QueryContainerNameTest, NamesSplitAtBlanksPunctuationAndSymbols) {
 
 TEST(QueryContainerDefaults, AnEmptyQueryHasNothingAndMatchesAll) {
     QueryContainer empty;
-    EXPECT_TRUE(empty.allWords.empty());
-    EXPECT_TRUE(empty.commandsFoundInQuery.empty());
-    EXPECT_TRUE(empty.booleanExpr.isEmpty());
+    EXPECT_TRUE(empty.allWords().empty());
+    EXPECT_TRUE(empty.commandsFoundInQuery().empty());
+    EXPECT_TRUE(empty.booleanExpr().isEmpty());
     EXPECT_TRUE(empty.fsItemNameStringIncludesWordsFromQuery("/x", false));
-    EXPECT_EQ(query("a\nb").baseString, "a b");
+    EXPECT_EQ(query("a\nb").baseString(), "a b");
 }
 
 }  // namespace

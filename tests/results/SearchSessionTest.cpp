@@ -141,7 +141,7 @@ TEST_F(SessionTest, theSearchStartsTheTypingDelayAfterTheLastKey) {
     EXPECT_FALSE(session->currentQuery());
     timers.advance(10ms);
     ASSERT_TRUE(session->currentQuery());
-    EXPECT_EQ(session->currentQuery()->baseString, "budg");
+    EXPECT_EQ(session->currentQuery()->baseString(), "budg");
     ASSERT_TRUE(session->currentSearchManager());
     EXPECT_EQ(observer->titles, std::vector<std::string>{"Find “budg”"});
 }
@@ -267,7 +267,7 @@ TEST_F(SessionTest, aQuesterURLRunsItsSearchAtOnceInItsLocation) {
     EXPECT_FALSE(session->openURL("https://example.com/?q=x"));
     ASSERT_TRUE(session->openURL("quester:?q=tax%20report&location=Home"));
     ASSERT_TRUE(session->currentQuery());
-    EXPECT_EQ(session->currentQuery()->baseString, "tax report");
+    EXPECT_EQ(session->currentQuery()->baseString(), "tax report");
     EXPECT_EQ(askedLocations.back(), "Home");
     EXPECT_TRUE(session->currentSearchManager());
 }

@@ -36,7 +36,7 @@ TEST_F(QueryStatisticsTest, addGroupsByQueryAndRunStart) {
     EXPECT_NE(all[0].id, all[1].id);
 }
 
-TEST_F(QueryStatisticsTest, fileRoundTripsThroughPrettyJSON) {
+TEST_F(QueryStatisticsTest, fileRoundTripsThroughPrettyJSONAndClearEmptiesIt) {
     controller.add(march1, "budget .xlsx", 12, 7);
     ASSERT_TRUE(controller.save().ok());
     const auto saved = controller.all();
@@ -51,40 +51,34 @@ TEST_F(QueryStatisticsTest, fileRoundTripsThroughPrettyJSON) {
     // Adding to a reloaded run finds it by its start.
     reread.add(march1 + 200ms, "budget .xlsx", 1, 1);
     EXPECT_EQ(reread.all()[0].results.size(), 1u);
+    reread.clear();
+    EXPECT_EQ(testing::readFile(path), "[]");
 }
 
-TEST_F(QueryStatisticsTest, anyDefectInTheFileStartsEmpty) {
-    controller.add(march1, "x", 1, 1);
-    for (const std::string& bad : {
-             std::string("not json"),
-             std::string(R"({"id":"a"})"),
-             std::string(R"([{"id":"a","rawQuery":"q"}])"),
-             std::string(R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"yesterday","durations":[]}]}])"),
-             std::string(R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T09:30:00Z",)"
-                         R"("durations":[{"id":"d","supplier":13,"durationInSeconds":1}]}]}])"),
-         }) {
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << bad;
-        controller.load();
-        EXPECT_TRUE(controller.all().empty()) << bad;
-    }
-    std::remove(path.c_str());
-    controller.load();
-    EXPECT_TRUE(controller.all().empty());
-}
-
-TEST_F(QueryStatisticsTest, datesWithAnOffsetAreRead) {
+TEST_F(QueryStatisticsTest, loadHonoursDateOffsetsAndAnyDefectInTheFileStartsEmpty) {
     std::ofstream(path) << R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T11:30:00+02:00",)"
                            R"("durations":[{"id":"d","supplier":0,"durationInSeconds":4}]}]}])";
     controller.load();
     ASSERT_EQ(controller.all().size(), 1u);
     EXPECT_EQ(controller.all()[0].results[0].date, march1);
-}
 
-TEST_F(QueryStatisticsTest, clearEmptiesTheFileToo) {
+    for (const char* bad : {
+             "not json",
+             R"({"id":"a"})",
+             R"([{"id":"a","rawQuery":"q"}])",
+             R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"yesterday","durations":[]}]}])",
+             R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T09:30:00Z",)"
+             R"("durations":[{"id":"d","supplier":13,"durationInSeconds":1}]}]}])",
+         }) {
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << bad;
+        controller.add(march1, "x", 1, 1);
+        controller.load();
+        EXPECT_TRUE(controller.all().empty()) << bad;
+    }
+    std::remove(path.c_str());
     controller.add(march1, "x", 1, 1);
-    controller.clear();
+    controller.load();
     EXPECT_TRUE(controller.all().empty());
-    EXPECT_EQ(testing::readFile(path), "[]");
 }
 
 TEST_F(QueryStatisticsTest, saveFailureKeepsTheListInMemory) {

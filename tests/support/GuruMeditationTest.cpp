@@ -30,7 +30,7 @@ TEST(GuruMeditation, DetailedStringHasTheSevenLinesInOrder) {
                                                       "/a/b/SearchManager.cpp", 42);
     auto lines = splitLines(text);
     ASSERT_EQ(lines.size(), 7u) << text;
-    EXPECT_TRUE(lines[0].ends_with(" v0.1.0 error details:")) << lines[0];
+    EXPECT_TRUE(lines[0].ends_with(" error details:")) << lines[0];
     EXPECT_EQ(lines[1], "File: SearchManager  Line: 42");
     EXPECT_EQ(lines[2], "Trace: GuruMeditationTest:" + std::to_string(line) + " opened cache,GuruMeditationTest:" +
                             std::to_string(line + 1) + " searched");
@@ -40,12 +40,10 @@ TEST(GuruMeditation, DetailedStringHasTheSevenLinesInOrder) {
     EXPECT_NE(lines[5].find("  Arch: "), std::string::npos);
     EXPECT_EQ(lines[6], std::string(39, '-'));
     EXPECT_FALSE(text.ends_with("\n"));
-}
 
-TEST(GuruMeditation, WithoutCrumbsTheTraceIsEmpty) {
-    auto lines = splitLines(GuruMeditation::errorToDetailedString(makeError(ErrorCode::internal, ""), nullptr, "X.cpp", 1));
+    lines = splitLines(GuruMeditation::errorToDetailedString(makeError(ErrorCode::internal, ""), nullptr, "X.cpp", 1));
     ASSERT_EQ(lines.size(), 7u);
-    EXPECT_EQ(lines[2], "Trace: ");
+    EXPECT_EQ(lines[2], "Trace: ") << "without crumbs";
     EXPECT_EQ(lines[3], "internal");
 }
 

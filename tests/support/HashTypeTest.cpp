@@ -26,7 +26,6 @@ TEST(HashType, HexDigestsOfAbcMatchThePublishedVectors) {
         auto text = hashed("abc", type, HashOutputType::hex);
         ASSERT_TRUE(text.has_value()) << static_cast<int>(type);
         EXPECT_EQ(*text, expected);
-        EXPECT_EQ(text->size(), 2 * digestLength(type));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/Locked.h"
+#include "support/Semaphore.h"
 
 namespace quester {
 namespace {
@@ -30,14 +31,6 @@ TEST(Locked, IsAlreadyAquiredLeavesAFreeLockFree) {
     EXPECT_FALSE(value.isAlreadyAquired());
 }
 
-TEST(Locked, GenericLambdasReachTheMutableValue) {
-    Locked<std::vector<int>> values;
-    values.access([](auto& list) { list.push_back(7); });
-    const auto& readOnly = values;
-    EXPECT_EQ(readOnly.access([](const auto& list) { return list.size(); }), 1u);
-    EXPECT_EQ(values.value(), std::vector<int>{7});
-}
-
 // A binary semaphore, not a mutex: a waiter parked on a held lock must wake when
 // another thread, not the holder, releases it. The flag helpers hand a lock
 // across threads this way.
@@ -59,6 +52,28 @@ TEST(Lock, ReleaseFromAnotherThreadWakesAWaiter) {
     EXPECT_FALSE(lock.isAlreadyAquired());
     EXPECT_TRUE(lock.tryLock());
     lock.unlock();
+}
+
+TEST(Semaphore, FlagIsSetOnlyAfterSetAndTestingChangesNothing) {
+    Semaphore flag = SemaphoreNotBusy();
+    EXPECT_FALSE(flag.isSet());
+    EXPECT_FALSE(flag.isSet());
+    flag.set();
+    EXPECT_TRUE(flag.isSet());
+    EXPECT_TRUE(flag.isSet());
+    flag.set();
+    EXPECT_TRUE(flag.isSet()) << "setting a set flag keeps it set";
+}
+
+TEST(Semaphore, BusyAndIdleTakeTheSemaphoreAndNolongerBusyGivesItBackFromAnyThread) {
+    Semaphore gate = SemaphoreNotBusy();
+    EXPECT_FALSE(gate.isBusy()) << "a false answer has taken it";
+    EXPECT_TRUE(gate.isBusy());
+    EXPECT_FALSE(gate.isIdle());
+    std::thread other([&] { gate.nolongerBusy(); });
+    other.join();
+    EXPECT_TRUE(gate.isIdle());
+    EXPECT_FALSE(gate.isIdle());
 }
 
 }  // namespace

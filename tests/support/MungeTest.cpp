@@ -33,9 +33,6 @@ TEST(Munge, BytesAfterTheLastWholeWordStay) {
               std::vector<std::uint8_t>(original.begin(), original.begin() + 16));
     EXPECT_EQ(std::vector<std::uint8_t>(data.begin() + 16, data.end()),
               std::vector<std::uint8_t>(original.begin() + 16, original.end()));
-    std::vector<std::uint8_t> short_ = {1, 2, 3};
-    Munge::munge(short_, 1);
-    EXPECT_EQ(short_, (std::vector<std::uint8_t>{1, 2, 3}));
 }
 
 TEST(Munge, TableRestartsAndMultiplierScales) {
@@ -43,9 +40,6 @@ TEST(Munge, TableRestartsAndMultiplierScales) {
     Munge::munge(zeros, 1);
     EXPECT_TRUE(std::equal(zeros.begin(), zeros.begin() + 8, zeros.begin() + 26 * 8))
         << "word 26 uses the first constant again";
-    std::vector<std::uint8_t> unchanged(16, 7);
-    Munge::munge(unchanged, 0);
-    EXPECT_EQ(unchanged, std::vector<std::uint8_t>(16, 7));
     std::vector<std::uint8_t> once(8, 0);
     std::vector<std::uint8_t> twice(8, 0);
     Munge::munge(once, 1);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,9 +12,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(NotificationCenter, ObserversOfTheNameRunOnTheLoopInOrderOfAdding) {
+class NotificationCenterTest : public ::testing::Test {
+protected:
     MainLoop loop;
-    NotificationCenter center(loop);
+    NotificationCenter center{loop};
+};
+
+TEST_F(NotificationCenterTest, ObserversOfTheNameRunOnTheLoopInOrderOfAdding) {
     std::vector<std::string> calls;
     center.addObserver("preferencesDidChange", [&] { calls.push_back("first"); });
     center.addObserver("RebuildLocationPopup", [&] { calls.push_back("other name"); });
@@ -27,9 +30,7 @@ TEST(NotificationCenter, ObserversOfTheNameRunOnTheLoopInOrderOfAdding) {
     EXPECT_EQ(calls, (std::vector<std::string>{"first", "second"}));
 }
 
-TEST(NotificationCenter, RemovedObserversAreNotCalledEvenForPendingPosts) {
-    MainLoop loop;
-    NotificationCenter center(loop);
+TEST_F(NotificationCenterTest, RemovedObserversAreNotCalledEvenForPendingPosts) {
     int calls = 0;
     auto token = center.addObserver("changed", [&] { ++calls; });
     center.post("changed");
@@ -39,9 +40,7 @@ TEST(NotificationCenter, RemovedObserversAreNotCalledEvenForPendingPosts) {
     EXPECT_EQ(calls, 0);
 }
 
-TEST(NotificationCenter, AnObserverMayRemoveTheNextOneDuringDelivery) {
-    MainLoop loop;
-    NotificationCenter center(loop);
+TEST_F(NotificationCenterTest, AnObserverMayRemoveTheNextOneDuringDelivery) {
     int secondCalls = 0;
     NotificationCenter::Token second = 0;
     center.addObserver("changed", [&] { center.removeObserver(second); });
@@ -51,9 +50,7 @@ TEST(NotificationCenter, AnObserverMayRemoveTheNextOneDuringDelivery) {
     EXPECT_EQ(secondCalls, 0);
 }
 
-TEST(NotificationCenter, PostsFromOtherThreadsAreDeliveredOnTheLoopThread) {
-    MainLoop loop;
-    NotificationCenter center(loop);
+TEST_F(NotificationCenterTest, PostsFromOtherThreadsAreDeliveredOnTheLoopThread) {
     int calls = 0;
     bool allOnLoopThread = true;
     auto loopThread = std::this_thread::get_id();
@@ -68,13 +65,12 @@ TEST(NotificationCenter, PostsFromOtherThreadsAreDeliveredOnTheLoopThread) {
     EXPECT_TRUE(allOnLoopThread);
 }
 
-TEST(NotificationCenter, APostOutlivingItsCenterIsHarmless) {
-    MainLoop loop;
+TEST_F(NotificationCenterTest, APostOutlivingItsCenterIsHarmless) {
     int calls = 0;
     {
-        NotificationCenter center(loop);
-        center.addObserver("changed", [&] { ++calls; });
-        center.post("changed");
+        NotificationCenter passing(loop);
+        passing.addObserver("changed", [&] { ++calls; });
+        passing.post("changed");
     }
     loop.runPending();
     EXPECT_EQ(calls, 1);

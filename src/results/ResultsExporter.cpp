@@ -8,9 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include <unicode/utf8.h>
-
 #include "platform/PathText.h"
+#include "results/DisplayText.h"
 #include "stores/Preferences.h"
 
 namespace quester {
@@ -24,17 +23,6 @@ Error posixError(const std::string& what, const std::string& path) {
     const int code = errno;
     return makeError(ErrorCode::ioError,
                      what + " " + path + ": " + std::strerror(code) + " (errno " + std::to_string(code) + ")");
-}
-
-bool isValidUTF8(const std::string& text) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-    const auto length = static_cast<int32_t>(text.size());
-    for (int32_t i = 0; i < length;) {
-        UChar32 c = 0;
-        U8_NEXT(bytes, i, length, c);
-        if (c < 0) return false;
-    }
-    return true;
 }
 
 std::string dateField(std::int64_t seconds, const ResultDateText& dates) {
@@ -59,7 +47,8 @@ std::string joinedLine(const std::vector<std::string>& fields, ResultsExporter::
     std::string line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (i > 0) line += separator;
-        line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(fields[i]) : fields[i];
+        const std::string text = withReplacementCharacters(fields[i]);
+        line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(text) : ResultsExporter::tsvField(text);
     }
     return line + "\n";
 }
@@ -109,6 +98,21 @@ std::string ResultsExporter::csvField(const std::string& field) {
     return quoted + "\"";
 }
 
+std::string ResultsExporter::tsvField(const std::string& field) {
+    if (field.find_first_of("\\\t\n\r") == std::string::npos) return field;
+    std::string escaped;
+    for (char c : field) {
+        switch (c) {
+            case '\\': escaped += "\\\\"; break;
+            case '\t': escaped += "\\t"; break;
+            case '\n': escaped += "\\n"; break;
+            case '\r': escaped += "\\r"; break;
+            default: escaped += c;
+        }
+    }
+    return escaped;
+}
+
 Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
                                             const std::optional<std::string>& testingPath,
                                             const ResultDateText& dates) {
@@ -128,10 +132,7 @@ Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
 std::string ResultsExporter::exportedText(Format format, const UINode::NodeList& results,
                                           const ResultDateText& dates) {
     std::string text = joinedLine({headerNames.begin(), headerNames.end()}, format);
-    for (const auto& node : results) {
-        std::string line = joinedLine(rowFields(*node, dates), format);
-        if (isValidUTF8(line)) text += line;
-    }
+    for (const auto& node : results) text += joinedLine(rowFields(*node, dates), format);
     return text;
 }
 

@@ -19,7 +19,7 @@ const CLI::Option* namedOption(const CLI::App& command, const std::string& argum
 }
 
 bool takesSeparateValue(const CLI::Option& option, const std::string& argument) {
-    return option.get_type_size_min() > 0 && argument.find('=') == std::string::npos;
+    return option.get_items_expected_min() > 0 && argument.find('=') == std::string::npos;
 }
 
 bool looksLikeMinusWords(const std::string& argument) {

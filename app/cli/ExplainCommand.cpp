@@ -1,7 +1,5 @@
 #include "ExplainCommand.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
@@ -17,12 +15,16 @@
 #include "query/QueryContainer.h"
 #include "stores/Preferences.h"
 
+#include "ExitStatus.h"
+#include "Terminal.h"
+
 namespace quester::cli {
 namespace {
 
 struct ExplainOptions {
     std::string query;
     bool json = false;
+    std::string color = "auto";
 };
 
 // A readable infix form: words as typed, commands in brackets by their wording.
@@ -106,8 +108,7 @@ std::string joined(const std::vector<std::string>& texts, const char* separator)
     return text.empty() ? "(none)" : text;
 }
 
-void printForPerson(const QueryContainer& query) {
-    bool colour = isatty(STDOUT_FILENO) != 0;
+void printForPerson(const QueryContainer& query, bool colour) {
     fmt::print("Query:          {}\n", markedSentence(query, colour));
     fmt::print("Search words:   {}\n", joined(query.searchWords(), ", "));
     fmt::print("Excluded words: {}\n", joined(typedTexts(query.searchWordsWithMinus()), ", "));
@@ -136,9 +137,10 @@ void runExplain(const ExplainOptions& options) {
                                       preferences.boolValue("showAppsFoundAnywhere")};
     QueryContainer query(options.query, parser, std::nullopt, false, queryPreferences);
     if (options.json) {
-        std::puts(explanationJSON(query).dump(2).c_str());
+        // Words that aren't UTF-8 are written with U+FFFD: JSON holds text only.
+        std::puts(explanationJSON(query).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
     } else {
-        printForPerson(query);
+        printForPerson(query, Terminal::wantsColour(options.color, STDOUT_FILENO));
     }
 }
 
@@ -147,11 +149,16 @@ void runExplain(const ExplainOptions& options) {
 void addExplainCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<ExplainOptions>();
     CLI::App* explain = app.add_subcommand("explain", "Show how a query is understood, without searching");
-    explain->add_option("query", options->query, "The query, as typed in the query field")->required();
+    explain->footer(exitStatusHelp);
+    explain->add_option("query,--query", options->query,
+                        "The query, as typed in the query field; one that begins with a minus word may stand "
+                        "anywhere, or after --")
+        ->required();
     explain->add_flag("--json", options->json, "Print the explanation as JSON");
+    Terminal::addColorOption(*explain, options->color);
     explain->callback([options, &exitStatus] {
         runExplain(*options);
-        exitStatus = 0;
+        exitStatus = ExitStatus::found;
     });
 }
 

@@ -6,8 +6,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -22,14 +23,12 @@
 #include "sources/ShowAppsCommandDataSource.h"
 #include "support/Result.h"
 
+#include "ExitStatus.h"
 #include "SessionSearch.h"
+#include "Terminal.h"
 
 namespace quester::cli {
 namespace {
-
-constexpr int kUnusable = 1;
-constexpr int kUnavailable = 2;
-constexpr int kInterrupted = 130;
 
 // The session's options, with the folders as typed until they are checked.
 struct SearchOptions {
@@ -79,25 +78,27 @@ std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
     return std::nullopt;
 }
 
-// Turns Ctrl-C and SIGTERM into a clean stop: the signals are blocked in every
-// thread (made after this object) and one thread waits for them and calls
-// `onInterrupt` there. A second signal ends the process at once.
-// The signals stay blocked after the watcher has gone: unblocking them would
-// let one that comes while the command is finishing kill the process by the
-// default action instead of letting it exit with its own status.
+// Ends the command at Ctrl-C or SIGTERM, at once and by its own exit status:
+// the signals are blocked in every thread (made after this object) and one
+// thread waits for them. Nothing more is printed, whether the walk is under
+// way or the list is being written, and the process doesn't wait for the
+// walk's threads to finish their folders: `_exit` runs no destructor that
+// those threads could still be using. An export file being written is left
+// as far as it got. The signals stay blocked after the watcher has gone:
+// unblocking them would let one that comes while the command is finishing
+// kill the process by the default action instead of its own status.
 class InterruptWatcher {
 public:
-    explicit InterruptWatcher(std::function<void()> onInterrupt) {
+    InterruptWatcher() {
         sigemptyset(&signals);
         for (int signal : {SIGINT, SIGTERM, SIGUSR1}) sigaddset(&signals, signal);
         pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-        watcher = std::thread([this, onInterrupt = std::move(onInterrupt)] {
-            for (;;) {
-                int signal = 0;
-                if (sigwait(&signals, &signal) != 0 || signal == SIGUSR1) return;
-                if (interrupted.exchange(true)) ::_exit(kInterrupted);
-                onInterrupt();
-            }
+        watcher = std::thread([this] {
+            int signal = 0;
+            if (sigwait(&signals, &signal) != 0 || signal == SIGUSR1) return;
+            // The progress line would stay behind the shell's prompt.
+            if (Terminal::takesCursorMovement(STDERR_FILENO)) (void)!::write(STDERR_FILENO, "\r\033[K", 4);
+            ::_exit(ExitStatus::interrupted);
         });
     }
 
@@ -109,11 +110,8 @@ public:
     InterruptWatcher(const InterruptWatcher&) = delete;
     InterruptWatcher& operator=(const InterruptWatcher&) = delete;
 
-    bool wasInterrupted() const { return interrupted.load(); }
-
 private:
     sigset_t signals{};
-    std::atomic<bool> interrupted{false};
     std::thread watcher;
 };
 
@@ -121,13 +119,13 @@ int runSearch(const SearchOptions& options) {
     auto folders = searchFolders(options.locations);
     if (!folders) {
         complain(folders.error().message);
-        return kUnusable;
+        return ExitStatus::failed;
     }
     SessionSearchOptions sorted = options.session;
     sorted.folders = std::move(folders).value();
     if (auto problem = SessionSearch::prepare(sorted)) {
         complain(*problem);
-        return kUnusable;
+        return ExitStatus::failed;
     }
     // What a "show apps" query supplies, which the check below asks for. Its
     // list is read by the first search that wants it, on a thread made after
@@ -137,17 +135,30 @@ int runSearch(const SearchOptions& options) {
     QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders), sorted.soundex);
     if (auto reason = unavailableCriterionReason(query)) {
         complain(*reason);
-        return kUnavailable;
+        return ExitStatus::failed;
     }
     if (auto reason = unusableQueryReason(query)) {
         complain(*reason);
-        return kUnusable;
+        return ExitStatus::failed;
     }
 
     SessionSearch search(std::move(sorted));
-    InterruptWatcher interrupts([&search] { search.interrupt(); });
-    const int status = search.run();
-    return interrupts.wasInterrupted() ? kInterrupted : status;
+    InterruptWatcher interrupts;
+    return search.run();
+}
+
+// CLI11's own check prints the range of a double for 0. CLI11 puts the
+// option's name before the message.
+CLI::Validator positiveWholeNumber() {
+    return CLI::Validator(
+        [](std::string& text) {
+            char* end = nullptr;
+            errno = 0;
+            const long long value = std::strtoll(text.c_str(), &end, 10);
+            const bool whole = !text.empty() && end != nullptr && *end == '\0' && errno == 0;
+            return whole && value > 0 ? std::string() : "must be a positive whole number, not '" + text + "'";
+        },
+        "POSITIVE");
 }
 
 }  // namespace
@@ -155,28 +166,36 @@ int runSearch(const SearchOptions& options) {
 void addSearchCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<SearchOptions>();
     CLI::App* search = app.add_subcommand("search", "Search names (and criteria after a colon) and print what is found");
-    search->add_option("query", options->session.query,
+    search->footer(exitStatusHelp);
+    search->add_option("query,--query", options->session.query,
                        "The query, as in 'budget .xlsx : modified today', or a quester: URL "
-                       "('quester:?q=budget&location=home')")
+                       "('quester:?q=budget+report&location=home'); one that begins with a minus word may "
+                       "stand anywhere, or after --")
         ->required();
-    search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)");
+    search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)")
+        ->allow_extra_args(false);
     search->add_flag("--hidden", options->session.hidden, "Include hidden, system and in-package items");
     search->add_flag("--sounds-like", options->session.soundex,
                      "Match names with a word that sounds like one of the query's (slower)");
     search->add_option("--limit", options->session.limit, "Print the first this many of the sorted results")
-        ->check(CLI::PositiveNumber);
+        ->check(positiveWholeNumber());
     search->add_option("--format", options->session.format,
-                       "Output: table (the default on a terminal), paths (one a line), json (JSON Lines), csv or tsv")
-        ->check(CLI::IsMember({"table", "paths", "json", "csv", "tsv"}));
+                       "Output: table (the default on a terminal), paths (one a line), json (one record a line, "
+                       "see doc/json-output.md), csv or tsv. On a terminal, control characters and bytes that "
+                       "aren't UTF-8 in names show as '?'")
+        ->transform(CLI::IsMember({"table", "paths", "json", "csv", "tsv"}, CLI::ignore_case));
     search->add_flag("-0,--null", options->session.nulSeparated, "Separate paths with NUL instead of newline");
     search->add_option("--sort", options->session.sortColumn,
                        "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
                        "image (as found)")
-        ->check(CLI::IsMember({"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside",
-                               "tags", "path", "rank"}));
+        ->transform(CLI::IsMember({"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside",
+                               "tags", "path", "rank"},
+                              CLI::ignore_case));
     search->add_flag("--reverse", options->session.reverse, "Sort in descending order");
+    Terminal::addColorOption(*search, options->session.color);
     search->add_option("--export", options->session.exportPath,
-                       "Write the sorted results to a .csv file or a tab-delimited .tsv or .txt file");
+                       "Write the sorted results to a .csv file or a tab-delimited .tsv or .txt file (the header "
+                       "alone when nothing is found)");
     search->callback([options, &exitStatus] { exitStatus = runSearch(*options); });
 }
 

@@ -1,12 +1,9 @@
 #include "SessionSearch.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <nlohmann/json.hpp>
-
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 
 #include "commands/StandardCommandFactories.h"
 #include "query/CommandRecogniser.h"
@@ -14,8 +11,10 @@
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "results/Column.h"
+#include "results/DisplayText.h"
 #include "results/QuesterURL.h"
 #include "results/ResultDateText.h"
+#include "results/ResultRecord.h"
 #include "results/ResultsExporter.h"
 #include "results/ResultsTable.h"
 #include "results/SearchSession.h"
@@ -23,26 +22,19 @@
 #include "sources/ShowAppsCommandDataSource.h"
 #include "stores/Preferences.h"
 
+#include "ExitStatus.h"
+#include "Terminal.h"
+
 namespace quester::cli {
 
 namespace {
 
-constexpr int kUnusable = 1;
-
 void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
 
-std::size_t terminalWidth() {
-    winsize size{};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-    if (const char* columns = std::getenv("COLUMNS")) {
-        const long value = std::strtol(columns, nullptr, 10);
-        if (value > 0) return static_cast<std::size_t>(value);
-    }
-    return 80;
-}
-
 std::optional<ResultsExporter::Format> exportFormatFor(const std::string& path) {
-    const std::string extension = pathExtension(path);
+    std::string extension = pathExtension(path);
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (extension == "csv") return ResultsExporter::Format::csv;
     if (extension == "tsv" || extension == "txt") return ResultsExporter::Format::text;
     return std::nullopt;
@@ -58,7 +50,8 @@ void copySearchPreferences(Preferences& into) {
     }
 }
 
-// "N folders, M results" on standard error while searching, on a terminal only.
+// "N folders, M results" on standard error while searching, on a terminal
+// that takes cursor movement only.
 class ProgressLine final : public SearchSessionObserver {
 public:
     explicit ProgressLine(std::function<void()> onEnd) : onEnd(std::move(onEnd)) {}
@@ -80,7 +73,7 @@ public:
     bool wasQueryInvalid() const { return invalid; }
 
 private:
-    const bool enabled = ::isatty(STDERR_FILENO) == 1;
+    const bool enabled = Terminal::takesCursorMovement(STDERR_FILENO);
     bool shown = false;
     bool invalid = false;
     std::function<void()> onEnd;
@@ -107,25 +100,20 @@ private:
 };
 
 void printJSONLines(const UINode::NodeList& rows) {
-    for (const auto& row : rows) {
-        const auto result = row->searchResult();
-        if (!result) continue;
-        auto object = result->toJSONObject();
-        object["path"] = result->url.path();
-        const std::string line = object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-        std::fprintf(stdout, "%s\n", line.c_str());
-    }
+    std::string text;
+    for (const auto& row : rows) text += ResultRecord::jsonLine(*row) + "\n";
+    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 // Written in one piece: a hundred thousand paths cost a hundred thousand
-// locked stdio calls otherwise.
-void printPaths(const UINode::NodeList& rows, char separator) {
+// locked stdio calls otherwise. A terminal gets them shown safely.
+void printPaths(const UINode::NodeList& rows, char separator, bool forTerminal) {
     std::size_t length = 0;
     for (const auto& row : rows) length += row->fileURL.path().size() + 1;
     std::string text;
     text.reserve(length);
     for (const auto& row : rows) {
-        text += row->fileURL.path();
+        text += forTerminal ? terminalSafeText(row->fileURL.path()) : row->fileURL.path();
         text += separator;
     }
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -186,7 +174,9 @@ SessionSearch::~SessionSearch() {
 }
 
 std::optional<std::string> SessionSearch::prepare(SessionSearchOptions& options) {
-    if (const auto url = QuesterURL::parse(options.query)) {
+    const auto url = QuesterURL::parse(options.query);
+    if (!url && !url.isNotFound()) return url.error().message;
+    if (url) {
         if (!url->q) return "the quester: URL has no q item with the query";
         options.query = *url->q;
         if (url->location) {
@@ -195,6 +185,10 @@ std::optional<std::string> SessionSearch::prepare(SessionSearchOptions& options)
             options.folders = SearchLocation::preset(*preset, url->location).locationURLs();
         }
     }
+    // A query field keeps only its first line; on the command line a line
+    // break is one more blank, as it is to the shell.
+    std::replace_if(
+        options.query.begin(), options.query.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     if (!columnFromIdentifier(options.sortColumn)) return "unknown sort column '" + options.sortColumn + "'";
     if (options.exportPath && !exportFormatFor(*options.exportPath)) {
         return "--export writes .csv, .tsv or .txt files, not '" + *options.exportPath + "'";
@@ -217,12 +211,12 @@ int SessionSearch::run() {
     state->session->doSearch();
     if (!state->session->currentSearchManager()) {
         complain("the query has nothing to search for: put a word before the colon");
-        return kUnusable;
+        return ExitStatus::failed;
     }
     state->loop.run();
     if (state->progress->wasQueryInvalid()) {
         complain("a search source found the query unusable");
-        return kUnusable;
+        return ExitStatus::failed;
     }
 
     UINode::NodeList rows = model->displayItems();
@@ -235,30 +229,29 @@ int SessionSearch::run() {
                                                               *options.exportPath, dates);
         if (!written) {
             complain(written.error().message);
-            return kUnusable;
+            return ExitStatus::failed;
         }
-        if (options.format.empty()) return 0;
+        if (options.format.empty()) return rows.empty() ? ExitStatus::nothingFound : ExitStatus::found;
     }
+    const bool onTerminal = Terminal::isTerminal(STDOUT_FILENO);
+    if (rows.empty() && Terminal::isTerminal(STDERR_FILENO)) std::fputs("No results\n", stderr);
     std::string format = options.format;
-    if (format.empty()) format = (::isatty(STDOUT_FILENO) == 1 && !options.nulSeparated) ? "table" : "paths";
+    if (format.empty()) format = (onTerminal && !options.nulSeparated) ? "table" : "paths";
     if (format == "table") {
-        std::fputs(ResultsTable::render(rows, terminalWidth(), dates).c_str(), stdout);
+        if (rows.empty()) return ExitStatus::nothingFound;
+        const std::string table = ResultsTable::render(rows, Terminal::outputWidth(), dates,
+                                                       Terminal::wantsColour(options.color, STDOUT_FILENO));
+        std::fputs(table.c_str(), stdout);
     } else if (format == "json") {
         printJSONLines(rows);
     } else if (format == "csv" || format == "tsv") {
         const auto exportFormat = format == "csv" ? ResultsExporter::Format::csv : ResultsExporter::Format::text;
         std::fputs(ResultsExporter::exportedText(exportFormat, rows, dates).c_str(), stdout);
     } else {
-        printPaths(rows, options.nulSeparated ? '\0' : '\n');
+        printPaths(rows, options.nulSeparated ? '\0' : '\n', onTerminal && !options.nulSeparated);
     }
     std::fflush(stdout);
-    return 0;
-}
-
-void SessionSearch::interrupt() {
-    state->loop.post([current = state.get()] {
-        if (const auto& manager = current->session->currentSearchManager()) manager->stop();
-    });
+    return rows.empty() ? ExitStatus::nothingFound : ExitStatus::found;
 }
 
 }  // namespace quester::cli

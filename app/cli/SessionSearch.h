@@ -20,13 +20,17 @@ struct SessionSearchOptions {
     bool nulSeparated = false;      // paths apart by NUL
     std::string sortColumn = "name";
     bool reverse = false;
-    std::optional<std::string> exportPath;  // .csv, .tsv or .txt
+    std::optional<std::string> exportPath;  // .csv, .tsv or .txt, in any case
+    std::string color = "auto";             // auto, always or never
 };
 
 // Runs one query through a search session and its results model, as a query
 // window would, and prints the sorted list when the search has ended: as a
 // table fitted to the terminal, as paths, JSON Lines, CSV or tab-delimited
-// text, or into an export file. Progress goes to standard error on a terminal.
+// text, or into an export file. Progress goes to standard error on a terminal
+// that takes cursor movement. Names shown on a terminal have their control
+// characters and bytes that aren't UTF-8 as "?"; paths piped are written as
+// they are.
 class SessionSearch {
 public:
     explicit SessionSearch(SessionSearchOptions options);
@@ -35,15 +39,14 @@ public:
     SessionSearch& operator=(const SessionSearch&) = delete;
 
     // Reads a "quester:" URL given as the query ("quester:?q=budget&location=home")
-    // into the query text and the preset location's folders, and checks the
-    // options. The message says what is wrong.
+    // into the query text and the preset location's folders, makes line
+    // breaks in the query blanks, and checks the options. The message says
+    // what is wrong.
     static std::optional<std::string> prepare(SessionSearchOptions& options);
 
-    // Runs the main loop until the list is ready and prints it. 0 after a
-    // search, 1 for an unusable query or an export that failed.
+    // Runs the main loop until the list is ready and prints it. An ExitStatus:
+    // found, nothingFound, or failed for an unusable query or an export that failed.
     int run();
-    // Stops the search; what was found so far is still printed. Any thread.
-    void interrupt();
 
 private:
     struct State;

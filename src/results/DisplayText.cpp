@@ -2,6 +2,7 @@
 
 #include <unicode/locid.h>
 #include <unicode/numberformatter.h>
+#include <unicode/utf8.h>
 
 #include <array>
 
@@ -38,6 +39,29 @@ std::string formatNumber(double value, int fractionDigits) {
     return utf8;
 }
 
+bool isControlCharacter(UChar32 c) { return c < 0x20 || (c >= 0x7f && c < 0xa0); }
+
+// `text` with each ill-formed sequence, and each scalar that `replaced`
+// answers true for, as `replacement`.
+template <typename Replaced>
+std::string withReplacements(std::string_view text, std::string_view replacement, Replaced replaced) {
+    std::string result;
+    result.reserve(text.size());
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    const auto length = static_cast<int32_t>(text.size());
+    for (int32_t i = 0; i < length;) {
+        const int32_t start = i;
+        UChar32 c = 0;
+        U8_NEXT(bytes, i, length, c);
+        if (c < 0 || replaced(c)) {
+            result += replacement;
+        } else {
+            result.append(text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start)));
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
 std::string nameWithoutExtension(std::string_view path) {
@@ -57,5 +81,11 @@ std::string fileSizeText(std::uint64_t bytes) {
 }
 
 std::string displaySizeText(std::uint64_t bytes) { return bytes == 0 ? "--" : fileSizeText(bytes); }
+
+std::string withReplacementCharacters(std::string_view text) {
+    return withReplacements(text, "\uFFFD", [](UChar32) { return false; });
+}
+
+std::string terminalSafeText(std::string_view text) { return withReplacements(text, "?", isControlCharacter); }
 
 }  // namespace quester

@@ -18,4 +18,12 @@ std::string fileSizeText(std::uint64_t bytes);
 // The size column's text: `fileSizeText`, or "--" for 0.
 std::string displaySizeText(std::uint64_t bytes);
 
+// `text` with each sequence that isn't UTF-8 replaced by U+FFFD, so that a
+// name of any bytes fits a UTF-8 file as one row.
+std::string withReplacementCharacters(std::string_view text);
+// `text` as a terminal may show it: each control character (C0, DEL, C1) and
+// each sequence that isn't UTF-8 becomes "?", so that a name can neither move
+// the cursor, recolour the screen nor break a line.
+std::string terminalSafeText(std::string_view text);
+
 }  // namespace quester

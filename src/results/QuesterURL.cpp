@@ -15,14 +15,20 @@ int hexValue(char c) {
     return -1;
 }
 
-std::string percentDecoded(std::string_view text) {
+Result<std::string> formDecoded(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 && hexValue(text[i + 2]) >= 0) {
+        if (text[i] == '+') {
+            decoded += ' ';
+        } else if (text[i] != '%') {
+            decoded += text[i];
+        } else if (i + 2 < text.size() && hexValue(text[i + 1]) >= 0 && hexValue(text[i + 2]) >= 0) {
             decoded += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
             i += 2;
         } else {
-            decoded += text[i];
+            return makeError(ErrorCode::invalidArgument,
+                             "bad percent escape '" + std::string(text.substr(i, 3)) +
+                                 "' in the quester: URL (write a % sign as %25)");
         }
     }
     return decoded;
@@ -39,8 +45,8 @@ bool hasQuesterScheme(std::string_view text) {
 
 }  // namespace
 
-std::optional<QuesterURL> QuesterURL::parse(std::string_view text) {
-    if (!hasQuesterScheme(text)) return std::nullopt;
+Result<QuesterURL> QuesterURL::parse(std::string_view text) {
+    if (!hasQuesterScheme(text)) return makeError(ErrorCode::notFound, "not a quester: URL");
     QuesterURL url;
     const auto question = text.find('?');
     if (question == std::string_view::npos) return url;
@@ -48,10 +54,12 @@ std::optional<QuesterURL> QuesterURL::parse(std::string_view text) {
     if (const auto fragment = items.find('#'); fragment != std::string_view::npos) items = items.substr(0, fragment);
     for (const std::string& item : splitNonEmpty(items, '&')) {
         const auto equals = item.find('=');
-        const std::string name = percentDecoded(item.substr(0, equals));
-        const std::string value = equals == std::string::npos ? "" : percentDecoded(item.substr(equals + 1));
-        if (name == "q") url.q = value;
-        if (name == "location") url.location = value;
+        auto name = formDecoded(item.substr(0, equals));
+        if (!name) return name.error();
+        auto value = formDecoded(equals == std::string::npos ? "" : item.substr(equals + 1));
+        if (!value) return value.error();
+        if (*name == "q") url.q = std::move(value).value();
+        if (*name == "location") url.location = std::move(value).value();
     }
     return url;
 }

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "support/Result.h"
+
 namespace quester {
 
 // A "quester:" URL, which asks for a search: the query items "q" (the query
@@ -13,8 +15,10 @@ struct QuesterURL {
     std::optional<std::string> q;
     std::optional<std::string> location;
 
-    // None for text of another scheme; items are percent-decoded, unknown ones ignored.
-    static std::optional<QuesterURL> parse(std::string_view text);
+    // Items are decoded as a form's query is ("+" is a blank, "%2B" a plus);
+    // unknown ones are ignored. Fails with `notFound` for text of another
+    // scheme, and with `invalidArgument` for a "%" not followed by two hex digits.
+    static Result<QuesterURL> parse(std::string_view text);
 };
 
 }  // namespace quester

@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <cstring>
 
-
-#include "support/PathText.h"
+#include "results/DisplayText.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 #include "support/Utf8Text.h"
 
 namespace quester {
@@ -48,7 +48,8 @@ std::string joinedLine(const std::vector<std::string>& fields, ResultsExporter::
     std::string line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (i > 0) line += separator;
-        line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(fields[i]) : fields[i];
+        const std::string text = withReplacementCharacters(fields[i]);
+        line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(text) : ResultsExporter::tsvField(text);
     }
     return line + "\n";
 }
@@ -98,6 +99,21 @@ std::string ResultsExporter::csvField(const std::string& field) {
     return quoted + "\"";
 }
 
+std::string ResultsExporter::tsvField(const std::string& field) {
+    if (field.find_first_of("\\\t\n\r") == std::string::npos) return field;
+    std::string escaped;
+    for (char c : field) {
+        switch (c) {
+            case '\\': escaped += "\\\\"; break;
+            case '\t': escaped += "\\t"; break;
+            case '\n': escaped += "\\n"; break;
+            case '\r': escaped += "\\r"; break;
+            default: escaped += c;
+        }
+    }
+    return escaped;
+}
+
 Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
                                             const std::optional<std::string>& testingPath,
                                             const ResultDateText& dates) {
@@ -117,10 +133,7 @@ Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
 std::string ResultsExporter::exportedText(Format format, const UINode::NodeList& results,
                                           const ResultDateText& dates) {
     std::string text = joinedLine({headerNames.begin(), headerNames.end()}, format);
-    for (const auto& node : results) {
-        std::string line = joinedLine(rowFields(*node, dates), format);
-        if (isValidUTF8(line)) text += line;
-    }
+    for (const auto& node : results) text += joinedLine(rowFields(*node, dates), format);
     return text;
 }
 

@@ -15,8 +15,9 @@ class Preferences;
 
 // Writes listed results to a text file, one row per item under a header:
 // comma-separated (", " between fields, spreadsheet formulas defused, quoting
-// where needed) or tab-delimited. UTF-8 without a byte order mark, "\n" line
-// ends. Not thread-safe; the application runs it on the main loop.
+// where needed) or tab-delimited (tabs, line breaks and backslashes escaped).
+// UTF-8 without a byte order mark, "\n" line ends; bytes of a name that aren't
+// UTF-8 become U+FFFD, so every item gets its row. Not thread-safe; the application runs it on the main loop.
 class ResultsExporter {
 public:
     enum class Format { text, csv };
@@ -51,8 +52,7 @@ public:
     Status exportResultsAction(const UINode::NodeList& results, const std::optional<std::string>& testingPath,
                                const ResultDateText& dates);
 
-    // The header and one line per node, as the file holds them. A node whose
-    // line isn't valid UTF-8 is left out.
+    // The header and one line per node, as the file holds them.
     static std::string exportedText(Format format, const UINode::NodeList& results, const ResultDateText& dates);
     // Creates or replaces `output` and writes `exportedText` to it.
     // Fails with the system's reason when the file can't be made or written.
@@ -63,6 +63,10 @@ public:
     // carriage return gets an apostrophe; a quote, comma or line break puts
     // the field in quotes with its quotes doubled.
     static std::string csvField(const std::string& field);
+    // One tab-delimited field: a backslash, tab, line feed or carriage return
+    // is written "\\", "\t", "\n" or "\r", so that a field never adds a
+    // column or a row.
+    static std::string tsvField(const std::string& field);
 
     Format currentFormat = Format::csv;
 

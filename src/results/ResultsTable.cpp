@@ -1,10 +1,14 @@
 #include "results/ResultsTable.h"
 
+#include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
 #include <vector>
+
+#include "language/UnicodeText.h"
+#include "results/DisplayText.h"
 
 namespace quester {
 
@@ -17,18 +21,45 @@ using Row = std::array<std::string, columnCount>;
 constexpr std::size_t gap = 2;
 constexpr std::size_t narrowest = 6;
 
-// The byte offsets of each code point's start, and the end.
-std::vector<std::size_t> characterStarts(std::string_view text) {
-    std::vector<std::size_t> starts;
-    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-    const auto length = static_cast<int32_t>(text.size());
+bool isASCII(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Wide and full-width characters take two columns, marks and format
+// characters none.
+std::size_t scalarWidth(UChar32 c) {
+    const auto width = static_cast<UEastAsianWidth>(u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH));
+    if (width == U_EA_WIDE || width == U_EA_FULLWIDTH) return 2;
+    const auto category = u_charType(c);
+    if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK || category == U_FORMAT_CHAR) return 0;
+    return 1;
+}
+
+// A user-perceived character is as wide as its widest scalar: a letter with
+// combining accents takes the letter's column.
+std::size_t clusterWidth(std::string_view cluster) {
+    std::size_t width = 0;
+    const auto* bytes = reinterpret_cast<const uint8_t*>(cluster.data());
+    const auto length = static_cast<int32_t>(cluster.size());
     for (int32_t i = 0; i < length;) {
-        starts.push_back(static_cast<std::size_t>(i));
         UChar32 c = 0;
         U8_NEXT(bytes, i, length, c);
+        width = std::max(width, c < 0 ? std::size_t{1} : scalarWidth(c));
     }
-    starts.push_back(text.size());
-    return starts;
+    return width;
+}
+
+// The clusters from the front (or the back) of `clusters` that fit `width` columns, as bytes and columns.
+template <typename Iterator>
+std::pair<std::size_t, std::size_t> fittingClusters(Iterator begin, Iterator end, std::size_t width) {
+    std::size_t bytes = 0, columns = 0;
+    for (auto cluster = begin; cluster != end; ++cluster) {
+        const std::size_t next = clusterWidth(*cluster);
+        if (columns + next > width) break;
+        columns += next;
+        bytes += cluster->size();
+    }
+    return {bytes, columns};
 }
 
 std::string padded(const std::string& text, std::size_t width, bool alignRight) {
@@ -55,26 +86,31 @@ void fitWidths(std::array<std::size_t, columnCount>& widths, std::size_t termina
 
 }  // namespace
 
-std::size_t ResultsTable::displayWidth(std::string_view text) { return characterStarts(text).size() - 1; }
+std::size_t ResultsTable::displayWidth(std::string_view text) {
+    if (isASCII(text)) return text.size();
+    std::size_t width = 0;
+    for (std::string_view cluster : graphemes(text)) width += clusterWidth(cluster);
+    return width;
+}
 
 std::string ResultsTable::shortenedInTheMiddle(std::string_view text, std::size_t width) {
-    const std::vector<std::size_t> starts = characterStarts(text);
-    const std::size_t characters = starts.size() - 1;
-    if (characters <= width) return std::string(text);
+    if (displayWidth(text) <= width) return std::string(text);
     if (width == 0) return "";
-    const std::size_t kept = width - 1;
-    const std::size_t head = (kept + 1) / 2;
-    const std::size_t tail = kept - head;
-    return std::string(text.substr(0, starts[head])) + "…" + std::string(text.substr(starts[characters - tail]));
+    const std::size_t kept = width - 1;  // "…" takes one column
+    const std::vector<std::string_view> clusters = graphemes(text);
+    const auto [headBytes, headColumns] = fittingClusters(clusters.begin(), clusters.end(), (kept + 1) / 2);
+    const auto [tailBytes, tailColumns] = fittingClusters(clusters.rbegin(), clusters.rend(), kept - headColumns);
+    return std::string(text.substr(0, headBytes)) + "…" + std::string(text.substr(text.size() - tailBytes));
 }
 
 std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t terminalWidth,
-                                 const ResultDateText& dates) {
+                                 const ResultDateText& dates, bool boldHeader) {
     std::vector<Row> table{{"Name", "Folder", "Size", "Modified", "Kind"}};
     for (const auto& node : rows) {
         const UINode::Changable changes = node->dynamic();
-        table.push_back({node->displayName(), node->displayPath, changes.displayTotalSize,
-                         dates.dateToString(node->modificationDate), changes.displayKind});
+        table.push_back({terminalSafeText(node->displayName()), terminalSafeText(node->displayPath),
+                         changes.displayTotalSize, dates.dateToString(node->modificationDate),
+                         terminalSafeText(changes.displayKind)});
     }
     std::array<std::size_t, columnCount> widths{};
     for (const auto& row : table) {
@@ -91,7 +127,7 @@ std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t termi
             const std::string cell = shortenedInTheMiddle(row[column], widths[column]);
             line += column == kindColumn ? cell : padded(cell, widths[column], column == sizeColumn);
         }
-        text += line + "\n";
+        text += text.empty() && boldHeader ? "\033[1m" + line + "\033[0m\n" : line + "\n";
     }
     return text;
 }

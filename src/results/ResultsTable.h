@@ -13,14 +13,19 @@ namespace quester {
 // and kind, one row an item under a header, columns aligned (sizes to the
 // right) and two blanks apart. Rows wider than the terminal lose characters
 // from the middle of the folder and the name, the wider one first, and then
-// of the kind, shown as "…". Widths count characters, not bytes.
+// of the kind, shown as "…". Widths count terminal columns: a wide (East
+// Asian) character takes two, a combining mark none. Control characters and
+// bytes that aren't UTF-8 in names, folders and kinds show as "?".
 class ResultsTable {
 public:
-    static std::string render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates);
+    // `boldHeader` sets the header line in bold with terminal escapes.
+    static std::string render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates,
+                              bool boldHeader = false);
 
-    // `text` cut to `width` characters by replacing its middle with "…".
+    // `text` cut to at most `width` columns by replacing its middle with "…";
+    // user-perceived characters are never split.
     static std::string shortenedInTheMiddle(std::string_view text, std::size_t width);
-    // Characters (code points) in UTF-8 text.
+    // The terminal columns of UTF-8 text without control characters.
     static std::size_t displayWidth(std::string_view text);
 };
 

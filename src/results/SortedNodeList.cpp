@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "language/UnicodeText.h"
+#include "platform/ItemAttributes.h"
 #include "results/DisplayText.h"
 #include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
@@ -68,7 +69,10 @@ std::string columnText(const UINode& node, const UINode::Changable& changes, Col
     switch (column) {
         case Column::kind: return LocalizedCollation::standardKey(changes.displayKind);
         case Column::inside: return node.displayInside;
-        case Column::tags: return LocalizedCollation::caseInsensitiveKey(tagsKey(changes.tagNames));
+        case Column::tags:
+            // Rows learn their tags once on screen; a sort by tags can't wait for that.
+            return LocalizedCollation::caseInsensitiveKey(
+                tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL.path())));
         case Column::path: return node.displayPath;
         default: return {};
     }
@@ -90,12 +94,18 @@ Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules) {
     return key;
 }
 
+// Rows of the same name (in different folders, or in different case) go by
+// their paths, so that a tree always lists the same way, however the walk's
+// threads delivered its items.
+bool byPath(const Key& a, const Key& b) { return a.node->fileURL.path() < b.node->fileURL.path(); }
+
 // a before b by one value in the sort direction; equal values fall back to
-// ascending names whatever the direction.
+// ascending names, then paths, whatever the direction.
 template <typename T>
 bool inDirectionThenByName(const T& a, const T& b, bool forward, const Key& keyA, const Key& keyB) {
     if (a != b) return forward ? a < b : b < a;
-    return keyA.name < keyB.name;
+    if (keyA.name != keyB.name) return keyA.name < keyB.name;
+    return byPath(keyA, keyB);
 }
 
 bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
@@ -103,7 +113,8 @@ bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
         case Column::image: return false;
         case Column::name:
             if (a.sortScore != b.sortScore) return forward ? a.sortScore < b.sortScore : a.sortScore > b.sortScore;
-            return forward ? a.name < b.name : b.name < a.name;
+            if (a.name != b.name) return forward ? a.name < b.name : b.name < a.name;
+            return byPath(a, b);
         case Column::size: return inDirectionThenByName(a.totalSize, b.totalSize, forward, a, b);
         case Column::modDate: return inDirectionThenByName(a.modDate, b.modDate, forward, a, b);
         case Column::created: return inDirectionThenByName(a.created, b.created, forward, a, b);

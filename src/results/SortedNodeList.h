@@ -14,8 +14,8 @@ class Preferences;
 
 // Rows kept in the order of one sort (column, direction, query text) while
 // batches come: each batch is sorted and merged in, and every row's sort key
-// is made once, when its batch comes. The order is always the one a stable
-// sort of all rows in the order they were added would give, ties included.
+// is made once, when its batch comes. Rows equal in the column and in name go
+// by path, so the order doesn't depend on the order the rows came in.
 //
 // A row is placed by the values it had when it was added; a row that changes
 // afterwards needs a sort from scratch. The preferences that steer the name

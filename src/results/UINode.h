@@ -90,7 +90,7 @@ public:
     // The same, logging a failure and answering no rows.
     static NodeList nodesForContentsOfFolderIgnoringError(const Url& folder);
 
-    // A new sorted list: by the column (ties by ascending name), stable. A
+    // A new sorted list: by the column (ties by ascending name, then path), stable. A
     // query text (its name words joined) lets the name column lift items that
     // start with it, by the preferences "moveFoldersToTop" and
     // "moveItemsStartingWithQueryToTop"; without one the preferences aren't read.

@@ -68,11 +68,28 @@ TEST_F(ExportTest, emptyListWritesTheHeaderAloneOverAnExistingFile) {
     EXPECT_EQ(testing::readFile(path), "name, path, size, mod date, creation date, kind, parent name\n");
 }
 
-TEST_F(ExportTest, rowThatIsNoValidTextIsSkipped) {
+// Such a row used to be dropped without a word.
+TEST_F(ExportTest, aNameThatIsNoValidTextKeepsItsRowWithReplacementCharacters) {
     nodes = {node("/d/bad\xff.txt", 1, july2023, july2023), node("/d/good.txt", 1, july2023, july2023)};
+    for (Format format : {Format::text, Format::csv}) {
+        const char* separator = format == Format::text ? "\t" : ", ";
+        const std::string text = exported(format);
+        EXPECT_NE(text.find(std::string("bad\uFFFD.txt") + separator + "/d/bad\uFFFD.txt" + separator), std::string::npos)
+            << text;
+        EXPECT_NE(text.find("good.txt"), std::string::npos);
+    }
+}
+
+// A tab or line break in a name shifted the columns or split the row.
+TEST_F(ExportTest, tabsAndLineBreaksInNamesNeitherAddColumnsNorRows) {
+    nodes = {node("/d/tab\there.txt", 1, july2023, july2023), node("/d/line\nbreak\\x.txt", 1, july2023, july2023)};
     EXPECT_EQ(exported(Format::text),
               "name\tpath\tsize\tmod date\tcreation date\tkind\tparent name\n"
-              "good.txt\t/d/good.txt\t1\t04/07/2023  09:30\t04/07/2023  09:30\tPlain text document\td\n");
+              "tab\\there.txt\t/d/tab\\there.txt\t1\t04/07/2023  09:30\t04/07/2023  09:30\tPlain text document\td\n"
+              "line\\nbreak\\\\x.txt\t/d/line\\nbreak\\\\x.txt\t1\t04/07/2023  09:30\t04/07/2023  09:30\t"
+              "Plain text document\td\n");
+    const std::string csv = exported(Format::csv);
+    EXPECT_NE(csv.find("\"line\nbreak\\x.txt\", \"/d/line\nbreak\\x.txt\", 1,"), std::string::npos) << csv;
 }
 
 TEST_F(ExportTest, unwritablePlaceFailsWithTheSystemsReason) {

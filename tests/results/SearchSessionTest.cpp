@@ -278,8 +278,17 @@ TEST(QuesterURLTest, readsTheQueryItems) {
     EXPECT_EQ(url->q, "a+b");
     EXPECT_EQ(url->location, "My Disk");
     EXPECT_FALSE(QuesterURL::parse("quester:")->q);
-    EXPECT_FALSE(QuesterURL::parse("file:///x?q=1"));
-    EXPECT_EQ(QuesterURL::parse("quester:?q=100%")->q, "100%");
+    EXPECT_TRUE(QuesterURL::parse("file:///x?q=1").isNotFound());
+}
+
+TEST(QuesterURLTest, plusIsABlankAndABadPercentEscapeIsRefused) {
+    EXPECT_EQ(QuesterURL::parse("quester:?q=tax+report%2B1")->q, "tax report+1");
+    for (const char* bad : {"quester:?q=100%", "quester:?q=%zz", "quester:?q=a%4"}) {
+        const auto url = QuesterURL::parse(bad);
+        ASSERT_FALSE(url) << bad;
+        EXPECT_EQ(url.error().code, ErrorCode::invalidArgument) << bad;
+        EXPECT_NE(url.error().message.find("percent"), std::string::npos) << url.error().message;
+    }
 }
 
 }  // namespace

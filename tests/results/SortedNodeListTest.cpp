@@ -27,16 +27,18 @@ UINode::NodeList rowsWithTies(std::size_t count) {
     return rows;
 }
 
-// The order spelled out: a stable sort of all rows by the column's value in
-// its direction, then by ascending names, comparing one row with another.
+// The order spelled out: a sort of all rows by the column's value in its
+// direction, then by ascending names, then by ascending paths, comparing one
+// row with another.
 UINode::NodeList obviouslySorted(UINode::NodeList rows, Column column, bool reversed) {
-    std::stable_sort(rows.begin(), rows.end(), [&](const UINodePtr& a, const UINodePtr& b) {
+    std::sort(rows.begin(), rows.end(), [&](const UINodePtr& a, const UINodePtr& b) {
         const int names = LocalizedCollation::localizedStandardCompare(a->displayName(), b->displayName());
-        if (column == Column::name) return reversed ? names > 0 : names < 0;
+        const bool byPath = a->fileURL.path() < b->fileURL.path();
+        if (column == Column::name) return names != 0 ? (reversed ? names > 0 : names < 0) : byPath;
         const auto sizeA = a->dynamic().totalSize;
         const auto sizeB = b->dynamic().totalSize;
         if (sizeA != sizeB) return reversed ? sizeA > sizeB : sizeA < sizeB;
-        return names < 0;
+        return names != 0 ? names < 0 : byPath;
     });
     return rows;
 }

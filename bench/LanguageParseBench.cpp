@@ -3,6 +3,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
+#include <string>
+
 #include "commands/StandardCommandFactories.h"
 #include "language/LanguageParse.h"
 #include "query/QueryContainer.h"
@@ -38,6 +41,21 @@ void buildQueryContainer(benchmark::State& state) {
     }
 }
 BENCHMARK(buildQueryContainer);
+
+// A pasted or generated sentence of many criteria: the parse must grow with its
+// length, not with its square. The argument is the number of criteria.
+void parseLongSentence(benchmark::State& state) {
+    const LanguageParse& parse = parser();
+    std::string sentence = ":";
+    for (int64_t i = 0; i < state.range(0); ++i) sentence += " modified today AND bigger than 5mb";
+    const auto words = SentenceComponent::parseWords(sentence, nullptr, true);
+    for (auto _ : state) {
+        CommandRecogniserResult result = parse.makeCommands(words);
+        benchmark::DoNotOptimize(result);
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(parseLongSentence)->Arg(200)->Arg(800)->Arg(3200)->Unit(benchmark::kMillisecond)->Complexity();
 
 void tokeniseOnly(benchmark::State& state) {
     for (auto _ : state) {

@@ -4,10 +4,13 @@
 #include <unicode/utf8.h>
 #include <sys/stat.h>
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
 #include "language/BooleanParser.h"
 #include "language/LanguageParse.h"
+#include "language/QueryLimits.h"
 #include "language/UnicodeText.h"
 #include "platform/PathText.h"
 #include "query/CommandClassName.h"
@@ -99,7 +102,7 @@ QueryContainer::QueryContainer(std::string_view text, const LanguageParse& parse
     baseStringLowercase = lowercased(baseString);
     soundex = soundexMatching;
     whereLocation = std::move(location);
-    allWords = SentenceComponent::parseWords(baseString, nullptr, true);
+    if (refusedForItsSize()) return;
 
     parseCommands(parser);
     sortCommands();
@@ -122,6 +125,20 @@ QueryContainer::QueryContainer(std::string_view text, const LanguageParse& parse
     matchExpr = matchExactName ? booleanExpr.collapsedForExact() : booleanExpr;
     querySearchArguments = computeQuerySearchArguments();
     for (const auto& word : searchWords) searchWordStringsSoundexValues.push_back(Soundex::value(word));
+}
+
+bool QueryContainer::refusedForItsSize() {
+    if (baseString.size() > QueryLimits::maximumTextBytes) {
+        refusalReason = fmt::format("the query is {} bytes long; at most {} are read", baseString.size(),
+                                    QueryLimits::maximumTextBytes);
+        return true;
+    }
+    allWords = SentenceComponent::parseWords(baseString, nullptr, true);
+    if (allWords.size() <= QueryLimits::maximumWords) return false;
+    refusalReason = fmt::format("the query has {} words; at most {} are read", allWords.size(),
+                                QueryLimits::maximumWords);
+    allWords.clear();
+    return true;
 }
 
 void QueryContainer::parseCommands(const LanguageParse& parser) {
@@ -228,7 +245,23 @@ void QueryContainer::buildBooleanExpr() {
         return std::nullopt;
     };
     auto recognised = [&](const SentenceComponent& word) { return isRecognised(word); };
-    booleanExpr = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords, recognised, commandForPart));
+    BooleanParser::Reading reading;
+    booleanExpr = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords, recognised, commandForPart), &reading);
+    refuseUnreadableExpression(reading);
+}
+
+void QueryContainer::refuseUnreadableExpression(const BooleanParser::Reading& reading) {
+    const bool onlyOperators = !allWords.empty() && std::all_of(allWords.begin(), allWords.end(), [](const auto& word) {
+        return word.isBooleanOperator() || isStructuralParen(word);
+    });
+    if (reading.deepestNesting > QueryLimits::maximumNesting) {
+        refusalReason = fmt::format("the query nests parentheses and NOTs {} deep; at most {} are read",
+                                    reading.deepestNesting, QueryLimits::maximumNesting);
+    } else if (onlyOperators) {
+        refusalReason = "the query holds only operators and parentheses: put a word or a criterion in it";
+    } else if (reading.unreadTokens > 0) {
+        refusalReason = "a ')' closes no '(', so the rest of the query would be ignored: remove it or add its '('";
+    }
 }
 
 void QueryContainer::addCommandStrings() {

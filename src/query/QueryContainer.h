@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "language/BooleanExpr.h"
+#include "language/BooleanParser.h"
 #include "language/SentenceComponent.h"
 #include "query/Command.h"
 #include "query/QuerySearchArguments.h"
@@ -68,6 +69,11 @@ public:
     std::vector<std::string> searchWordStringsSoundexValues;
     std::vector<SentenceComponent> allRecoginsedParts;
     std::vector<SentenceComponent> unusedCommandAreaWords;
+    // Why the query must not be searched, in words for the person who typed it:
+    // too long or too deeply nested to be read at all (QueryLimits; nothing of
+    // it is then parsed), only operators and parentheses, or a ")" that closes
+    // nothing and would leave the rest of the sentence unread. None when usable.
+    std::optional<std::string> refusalReason;
 
     // `baseString`, ": ", then each command's description.
     std::string debugDescription() const;
@@ -102,7 +108,9 @@ private:
     void classifyWords();
     void addCommandsForSearchWords();
     void collectSearchWords();
+    bool refusedForItsSize();
     void buildBooleanExpr();
+    void refuseUnreadableExpression(const BooleanParser::Reading& reading);
     void addCommandStrings();
     QuerySearchArguments computeQuerySearchArguments() const;
     bool hasCommand(std::string_view className) const { return findCommand(className) != nullptr; }

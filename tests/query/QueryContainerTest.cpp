@@ -249,11 +249,20 @@ TEST(QueryContainerCommands, SearchArgumentsNarrowOnlyWithoutAnOrOverCommands) {
 
 TEST(QueryContainerCommands, TwoEqualCommandsAreKeptOnceButDifferentOnesTwice) {
     EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery), (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
-    // The repeat is recognised, so not unused, but no kept command took its words.
-    auto twice = query(": is folder is folder");
-    EXPECT_EQ(described(twice.commandsFoundInQuery), (Strings{"FileOrFolderCommand: is folder"}));
-    EXPECT_TRUE(twice.unusedCommandAreaWords.empty());
-    EXPECT_EQ(texts(twice.invalidCommandAreaWords), (Strings{"is", "folder"}));
+}
+
+// A repeated criterion was refused as not understood: the kept command now
+// takes the repeat's words, and the expression names the command once.
+TEST(QueryContainerCommands, ARepeatedCriterionIsUnderstood) {
+    for (const char* text : {": is folder is folder", "x : bigger than 1kb bigger than 1kb", "x : is pdf OR is pdf"}) {
+        SCOPED_TRACE(text);
+        auto twice = query(text);
+        EXPECT_EQ(twice.commandsFoundInQuery.size(), 1U);
+        EXPECT_TRUE(twice.unusedCommandAreaWords.empty());
+        EXPECT_TRUE(twice.invalidCommandAreaWords.empty())
+            << ::testing::PrintToString(texts(twice.invalidCommandAreaWords));
+    }
+    EXPECT_EQ(query("x : is pdf OR is pdf").booleanExpr.debugDescription(), "and(word(x), cmd(0))");
 }
 
 TEST(QueryContainerCommands, CopiesAreNewObjects) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "commands/StandardCommandFactories.h"
 #include "language/LanguageParse.h"
@@ -56,6 +57,25 @@ void parseLongSentence(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 BENCHMARK(parseLongSentence)->Arg(200)->Arg(800)->Arg(3200)->Unit(benchmark::kMillisecond)->Complexity();
+
+// The name test, which a walk runs on every entry it meets: plain ASCII names,
+// and names with accents (composed and decomposed alike).
+void nameTest(benchmark::State& state, std::vector<std::string> names) {
+    const QueryContainer query("report 2024", parser());
+    for (auto _ : state) {
+        int matched = 0;
+        for (const std::string& name : names) matched += query.fsItemNameStringIncludesWordsFromQuery(name, false);
+        benchmark::DoNotOptimize(matched);
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(names.size()));
+}
+BENCHMARK_CAPTURE(nameTest, ascii,
+                  std::vector<std::string>{"Quarterly Report 2024.pdf", "IMG_2041.JPG", "notes.txt", "report-2023.docx",
+                                           "build.ninja", "Makefile", "README.md", "2024 budget.xlsx"});
+BENCHMARK_CAPTURE(nameTest, accented,
+                  std::vector<std::string>{"Résumé report 2024.pdf", "Caf\u00e9 menu.txt", "Cafe\u0301 report 2024.txt",
+                                           "Übersicht.ods", "naïve 2024 report.md", "Ångström.txt", "déjà vu.mp3",
+                                           "Straße 2024.pdf"});
 
 void tokeniseOnly(benchmark::State& state) {
     for (auto _ : state) {

@@ -130,7 +130,13 @@ BooleanParser::BooleanParser(std::vector<BoolToken> tokens) : tokens(std::move(t
 BooleanExpr BooleanParser::parse(std::vector<BoolToken> tokens, Reading* reading) {
     BooleanParser parser(std::move(tokens));
     BooleanExpr expr = parser.parseExpr(0);
-    if (reading) *reading = Reading{parser.deepest, parser.tokens.size() - parser.position};
+    if (reading) {
+        const auto unread = parser.tokens.begin() + static_cast<std::ptrdiff_t>(parser.position);
+        const auto unreadOperands = std::count_if(unread, parser.tokens.end(), [](const BoolToken& token) {
+            return token.kind == Kind::word || token.kind == Kind::command;
+        });
+        *reading = Reading{parser.deepest, static_cast<size_t>(unreadOperands)};
+    }
     return expr;
 }
 

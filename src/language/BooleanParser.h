@@ -37,7 +37,7 @@ public:
     // What a parse met beyond the expression itself.
     struct Reading {
         int deepestNesting = 0;   // parentheses and NOTs inside one another
-        size_t unreadTokens = 0;  // left behind by a ")" that closes nothing
+        size_t unreadOperands = 0;  // words and commands after a ")" that closes nothing
     };
 
     // The whole sentence: parseExpr(0) from the first token.

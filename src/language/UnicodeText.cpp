@@ -64,6 +64,20 @@ std::string toUtf8(const icu::UnicodeString& text) {
     return out;
 }
 
+// Canonically equal texts in one form (NFC): an "é" typed as one character and
+// one stored as "e" and a combining accent, as some file systems and copies
+// leave names, compare equal.
+// Canonically equal texts in one form (NFC): an "é" typed as one character and
+// one stored as "e" and a combining accent, as some file systems and copies
+// leave names, compare equal. Text already composed, nearly all, isn't copied.
+void compose(icu::UnicodeString& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    static const icu::Normalizer2* const nfc = icu::Normalizer2::getNFCInstance(status);
+    if (nfc == nullptr || nfc->isNormalized(text, status) || U_FAILURE(status)) return;
+    icu::UnicodeString normal = nfc->normalize(text, status);
+    if (U_SUCCESS(status)) text = std::move(normal);
+}
+
 }  // namespace
 
 std::vector<std::string_view> graphemes(std::string_view text) {
@@ -106,7 +120,27 @@ void lowercaseInto(std::string_view text, std::string& out) {
     }
     icu::UnicodeString unicode =
         icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    out = toUtf8(unicode.toLower(icu::Locale::getRoot()));
+    compose(unicode.toLower(icu::Locale::getRoot()));
+    out.clear();
+    unicode.toUTF8String(out);
+}
+
+std::string composed(std::string_view text) {
+    std::string out;
+    composeInto(text, out);
+    return out;
+}
+
+void composeInto(std::string_view text, std::string& out) {
+    if (isAscii(text)) {
+        out.assign(text);
+        return;
+    }
+    icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    compose(unicode);
+    out.clear();
+    unicode.toUTF8String(out);
 }
 
 std::string folded(std::string_view text, bool foldCase) {

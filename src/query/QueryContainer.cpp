@@ -259,7 +259,7 @@ void QueryContainer::refuseUnreadableExpression(const BooleanParser::Reading& re
                                     reading.deepestNesting, QueryLimits::maximumNesting);
     } else if (onlyOperators) {
         refusalReason = "the query holds only operators and parentheses: put a word or a criterion in it";
-    } else if (reading.unreadTokens > 0) {
+    } else if (reading.unreadOperands > 0) {
         refusalReason = "a ')' closes no '(', so the rest of the query would be ignored: remove it or add its '('";
     }
 }

@@ -340,6 +340,58 @@ TEST(QueryContainerNameTest, DiacriticsFoldWhenThePreferenceOrTheCallerAsks) {
     EXPECT_TRUE(query("cafe", std::nullopt, false, {true, false}).fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
 }
 
+// "café" typed composed missed a name stored with "e" and a combining accent,
+// and the other way round.
+TEST(QueryContainerNameTest, CanonicallyEqualNamesMatchHoweverComposed) {
+    const std::string composedName = "/d/Caf\u00e9 menu.txt";
+    const std::string decomposedName = "/d/Cafe\u0301 menu.txt";
+    for (const std::string& typed : Strings{"caf\u00e9", "cafe\u0301", "Caf\u00e9 : case sensitive", "Cafe\u0301 : case sensitive",
+                                    "caf\u00e9* : whole words"}) {
+        SCOPED_TRACE(typed);
+        const QueryContainer parsed = query(typed);
+        EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery(composedName, false));
+        EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery(decomposedName, false));
+        EXPECT_FALSE(parsed.fsItemNameStringIncludesWordsFromQuery("/d/Cafe menu.txt", false));
+    }
+    EXPECT_TRUE(query("cafe").fsItemNameStringIncludesWordsFromQuery(decomposedName, true));
+}
+
+// Queries that stopped the program or were silently read as something else:
+// too long, too deeply nested, only operators, or cut short by a stray ")".
+TEST(QueryContainerRefusal, OversizedOrUnreadableQueriesAreRefused) {
+    struct Refusal {
+        std::string text;
+        std::string reasonHolds;
+    };
+    std::string manyWords;
+    for (int i = 0; i < 2001; ++i) manyWords += "a ";
+    std::string nots;
+    for (int i = 0; i < 50; ++i) nots += "NOT ";
+    const std::vector<Refusal> refused = {
+        {std::string(20001, 'a'), "at most 20000"},
+        {manyWords, "at most 2000 are read"},
+        {std::string(101, '(') + "a", "at most 100"},
+        {std::string(60, '(') + nots + "a", "at most 100"},
+        {"AND", "only operators"},
+        {"NOT", "only operators"},
+        {"( OR )", "only operators"},
+        {": and OR", "only operators"},
+        {") report", "closes no '('"},
+        {"a) b : is pdf", "closes no '('"},
+    };
+    for (const auto& [text, reasonHolds] : refused) {
+        SCOPED_TRACE(text.substr(0, 40));
+        const QueryContainer parsed = query(text);
+        ASSERT_TRUE(parsed.refusalReason.has_value());
+        EXPECT_NE(parsed.refusalReason->find(reasonHolds), std::string::npos) << *parsed.refusalReason;
+    }
+    EXPECT_TRUE(query(std::string(20001, 'a')).allWords.empty()) << "too long to be read at all";
+    for (const std::string& text : Strings{"", "a", "(a OR b", "a b)", "report : is pdf AND NOT bigger than 1mb", "\"AND\"",
+                                   std::string(100, '(') + "a", manyWords.substr(2)}) {
+        EXPECT_FALSE(query(text).refusalReason.has_value()) << text.substr(0, 40);
+    }
+}
+
 TEST(QueryContainerNameTest, SoundexMatchesAnyWordBySound) {
     auto parsed = query("robert zzz", std::nullopt, true);
     EXPECT_EQ(parsed.searchWordStringsSoundexValues, (Strings{"R163", "Z000"}));

@@ -104,6 +104,21 @@ int graphemeCount(std::string_view text) {
     return static_cast<int>(graphemes(text).size());
 }
 
+namespace {
+
+// Non-ASCII `text` read by ICU, lowered when asked, composed, and written to
+// `out`, whose room is reused.
+void composeThroughICU(std::string_view text, bool lower, std::string& out) {
+    icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    if (lower) unicode.toLower(icu::Locale::getRoot());
+    compose(unicode);
+    out.clear();
+    unicode.toUTF8String(out);
+}
+
+}  // namespace
+
 std::string lowercased(std::string_view text) {
     std::string out;
     lowercaseInto(text, out);
@@ -111,18 +126,11 @@ std::string lowercased(std::string_view text) {
 }
 
 void lowercaseInto(std::string_view text, std::string& out) {
-    if (isAscii(text)) {
-        out.assign(text);
-        for (char& c : out) {
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        }
-        return;
+    if (!isAscii(text)) return composeThroughICU(text, true, out);
+    out.assign(text);
+    for (char& c : out) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
-    icu::UnicodeString unicode =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    compose(unicode.toLower(icu::Locale::getRoot()));
-    out.clear();
-    unicode.toUTF8String(out);
 }
 
 std::string composed(std::string_view text) {
@@ -132,15 +140,8 @@ std::string composed(std::string_view text) {
 }
 
 void composeInto(std::string_view text, std::string& out) {
-    if (isAscii(text)) {
-        out.assign(text);
-        return;
-    }
-    icu::UnicodeString unicode =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    compose(unicode);
-    out.clear();
-    unicode.toUTF8String(out);
+    if (!isAscii(text)) return composeThroughICU(text, false, out);
+    out.assign(text);
 }
 
 std::string folded(std::string_view text, bool foldCase) {

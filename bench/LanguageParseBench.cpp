@@ -3,6 +3,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "commands/StandardCommandFactories.h"
 #include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
@@ -38,6 +42,40 @@ void buildQueryContainer(benchmark::State& state) {
     }
 }
 BENCHMARK(buildQueryContainer);
+
+// A pasted or generated sentence of many criteria: the parse must grow with its
+// length, not with its square. The argument is the number of criteria.
+void parseLongSentence(benchmark::State& state) {
+    const LanguageParse& parse = parser();
+    std::string sentence = ":";
+    for (int64_t i = 0; i < state.range(0); ++i) sentence += " modified today AND bigger than 5mb";
+    const auto words = SentenceComponent::parseWords(sentence, nullptr, true);
+    for (auto _ : state) {
+        CommandRecogniserResult result = parse.makeCommands(words);
+        benchmark::DoNotOptimize(result);
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(parseLongSentence)->Arg(200)->Arg(800)->Arg(3200)->Unit(benchmark::kMillisecond)->Complexity();
+
+// The name test, which a walk runs on every entry it meets: plain ASCII names,
+// and names with accents (composed and decomposed alike).
+void nameTest(benchmark::State& state, std::vector<std::string> names) {
+    const QueryContainer query("report 2024", parser());
+    for (auto _ : state) {
+        int matched = 0;
+        for (const std::string& name : names) matched += query.fsItemNameStringIncludesWordsFromQuery(name, false);
+        benchmark::DoNotOptimize(matched);
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(names.size()));
+}
+BENCHMARK_CAPTURE(nameTest, ascii,
+                  std::vector<std::string>{"Quarterly Report 2024.pdf", "IMG_2041.JPG", "notes.txt", "report-2023.docx",
+                                           "build.ninja", "Makefile", "README.md", "2024 budget.xlsx"});
+BENCHMARK_CAPTURE(nameTest, accented,
+                  std::vector<std::string>{"Résumé report 2024.pdf", "Caf\u00e9 menu.txt", "Cafe\u0301 report 2024.txt",
+                                           "Übersicht.ods", "naïve 2024 report.md", "Ångström.txt", "déjà vu.mp3",
+                                           "Straße 2024.pdf"});
 
 void tokeniseOnly(benchmark::State& state) {
     for (auto _ : state) {

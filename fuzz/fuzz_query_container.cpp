@@ -1,5 +1,8 @@
 // Any bytes as the text of a query, through the whole road to a QueryContainer,
 // then through the name test, so that the boolean expression is evaluated too.
+// Run it with long inputs and the language's words, as fuzz_query_container.options
+// says: -max_len=200000 (long word lists and pasted sentences, past the query
+// size limit) -dict=fuzz_query_container.dict (template keywords, operators).
 
 #include <cstddef>
 #include <cstdint>
@@ -18,5 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)again;
     }
     (void)query.fsItemNameStringIncludesWordsFromQuery("/home/user/My Report 2024.pdf", false);
+    (void)query.isPossibleMatch("/home/user/Caf\u00e9 menu.txt", true);
+    (void)query.booleanExpr().commandLeafIndices();
     return 0;
 }

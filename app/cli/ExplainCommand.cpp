@@ -27,24 +27,52 @@ struct ExplainOptions {
     std::string color = "auto";
 };
 
-// A readable infix form: words as typed, commands in brackets by their wording.
-std::string describe(const BooleanExpr& expr, const QueryContainer& query, bool nested) {
-    auto group = [nested](std::string text) { return nested ? "(" + text + ")" : text; };
-    switch (expr.kind()) {
-        case BooleanExpr::Kind::empty: return "";
-        case BooleanExpr::Kind::word: return "\"" + expr.wordValue().textOriginalCase + "\"";
+std::string leafText(const BooleanExpr& leaf, const QueryContainer& query) {
+    switch (leaf.kind()) {
+        case BooleanExpr::Kind::word: return "\"" + leaf.wordValue().textOriginalCase + "\"";
         case BooleanExpr::Kind::command: {
-            size_t index = static_cast<size_t>(expr.commandIndex());
+            size_t index = static_cast<size_t>(leaf.commandIndex());
             if (index >= query.commandsFoundInQuery().size()) return "[?]";
             return "[" + query.commandsFoundInQuery()[index]->commandToString() + "]";
         }
-        case BooleanExpr::Kind::notExpr: return "NOT " + describe(expr.left(), query, true);
-        case BooleanExpr::Kind::andExpr:
-            return group(describe(expr.left(), query, true) + " AND " + describe(expr.right(), query, true));
-        case BooleanExpr::Kind::orExpr:
-            return group(describe(expr.left(), query, true) + " OR " + describe(expr.right(), query, true));
+        default: return "";
     }
-    return "";
+}
+
+// A readable infix form: words as typed, commands in brackets by their wording,
+// every inner join in parentheses. Walked with a list of its own rather than by
+// recursion, so that no tree can exhaust the stack.
+std::string describe(const BooleanExpr& root, const QueryContainer& query) {
+    struct Step {
+        const BooleanExpr* expr;
+        bool nested;
+        bool operandsDone;
+    };
+    std::vector<Step> steps{{&root, false, false}};
+    std::vector<std::string> texts;
+    while (!steps.empty()) {
+        const Step step = steps.back();
+        steps.pop_back();
+        const BooleanExpr& expr = *step.expr;
+        const bool isNot = expr.kind() == BooleanExpr::Kind::notExpr;
+        const bool isJoin = expr.kind() == BooleanExpr::Kind::andExpr || expr.kind() == BooleanExpr::Kind::orExpr;
+        if (!isNot && !isJoin) {
+            texts.push_back(leafText(expr, query));
+        } else if (!step.operandsDone) {
+            steps.push_back({step.expr, step.nested, true});
+            if (isJoin) steps.push_back({&expr.right(), true, false});
+            steps.push_back({&expr.left(), true, false});
+        } else if (isNot) {
+            texts.back() = "NOT " + texts.back();
+        } else {
+            std::string right = std::move(texts.back());
+            texts.pop_back();
+            const char* join = expr.kind() == BooleanExpr::Kind::andExpr ? " AND " : " OR ";
+            std::string joined = texts.back() + join + right;
+            texts.back() = step.nested ? "(" + joined + ")" : std::move(joined);
+        }
+    }
+    return texts.back();
 }
 
 std::vector<std::string> typedTexts(const std::vector<SentenceComponent>& words) {
@@ -68,7 +96,7 @@ nlohmann::ordered_json explanationJSON(const QueryContainer& query) {
     explanation["orStringGroups"] = query.orStringGroups();
     explanation["commands"] = commands;
     explanation["unrecognised"] = typedTexts(query.invalidCommandAreaWords());
-    explanation["booleanExpr"] = describe(query.booleanExpr(), query, false);
+    explanation["booleanExpr"] = describe(query.booleanExpr(), query);
     explanation["location"] = query.whereLocation() ? nlohmann::ordered_json(query.whereLocation()->locationName) : nullptr;
     explanation["isWordBasedSearch"] = query.isWordBasedSearch();
     return explanation;
@@ -124,24 +152,34 @@ void printForPerson(const QueryContainer& query, bool colour) {
     if (!query.invalidCommandAreaWords().empty()) {
         fmt::print("Unrecognised:   {}  (marked [?...] above)\n", joined(typedTexts(query.invalidCommandAreaWords()), ", "));
     }
-    std::string expression = describe(query.booleanExpr(), query, false);
+    std::string expression = describe(query.booleanExpr(), query);
     fmt::print("Expression:     {}\n", expression.empty() ? "(everything)" : expression);
     fmt::print("Location:       {}\n", query.whereLocation() ? query.whereLocation()->locationName : "(default)");
     fmt::print("Word-based:     {}\n", query.isWordBasedSearch() ? "yes" : "no");
 }
 
-void runExplain(const ExplainOptions& options) {
+// A query refused for its size was not read, so there is nothing to explain:
+// the reason and a failing status. Any other refusal is explained in full, and
+// the reason follows on standard error.
+int runExplain(const ExplainOptions& options) {
     CommandRecogniser parser(standardCommandFactories());
     Preferences& preferences = Preferences::shared();
     QueryPreferences queryPreferences{preferences.boolValue("diacriticInsensitiveSearch"),
                                       preferences.boolValue("showAppsFoundAnywhere")};
     QueryContainer query(options.query, parser, std::nullopt, false, queryPreferences);
-    if (options.json) {
+    const bool wasRead = !query.allWords().empty() || !query.refusalReason();
+    if (wasRead && options.json) {
         // Words that aren't UTF-8 are written with U+FFFD: JSON holds text only.
         std::puts(explanationJSON(query).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
-    } else {
+    } else if (wasRead) {
         printForPerson(query, Terminal::wantsColour(options.color, STDOUT_FILENO));
     }
+    if (query.refusalReason()) {
+        std::fflush(stdout);
+        std::fprintf(stderr, "quester: %s%s\n", wasRead ? "a search would refuse this query: " : "",
+                     query.refusalReason()->c_str());
+    }
+    return wasRead ? ExitStatus::found : ExitStatus::failed;
 }
 
 }  // namespace
@@ -156,10 +194,7 @@ void addExplainCommand(CLI::App& app, int& exitStatus) {
         ->required();
     explain->add_flag("--json", options->json, "Print the explanation as JSON");
     Terminal::addColorOption(*explain, options->color);
-    explain->callback([options, &exitStatus] {
-        runExplain(*options);
-        exitStatus = ExitStatus::found;
-    });
+    explain->callback([options, &exitStatus] { exitStatus = runExplain(*options); });
 }
 
 }  // namespace quester::cli

@@ -67,6 +67,7 @@ std::optional<std::string> unavailableCriterionReason(const QueryContainer& quer
 
 // What keeps a query from being searched, if anything.
 std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
+    if (query.refusalReason()) return query.refusalReason();
     if (!query.invalidCommandAreaWords().empty()) {
         std::string words;
         for (const auto& part : query.invalidCommandAreaWords()) words += (words.empty() ? "" : " ") + part.textOriginalCase;

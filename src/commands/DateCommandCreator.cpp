@@ -16,6 +16,9 @@ namespace {
 using Span = std::optional<DateRange>;
 using std::chrono::seconds;
 
+// 1 January of the year 1, in the Gregorian calendar.
+constexpr Date earliestDate{seconds(-62135596800)};
+
 // The values behind `what`, read by type and position.
 class DateArguments {
 public:
@@ -42,6 +45,15 @@ Span untilToday(const DayComponents& from) { return DateCalendar::dateRange(from
 
 Span fromDayToDay(Date from, Date to) {
     return DateCalendar::dateRange(DateCalendar::components(from), DateCalendar::components(to));
+}
+
+// A span typed as "from ... to ...": written the wrong way round it holds
+// nothing, and is no sentence the language understands rather than a search
+// that silently finds nothing.
+Span typedSpan(const DayComponents& from, const DayComponents& to) {
+    Span span = DateCalendar::dateRange(from, to);
+    if (span && !(span->lowerBound < span->upperBound)) return std::nullopt;
+    return span;
 }
 
 Span thisTimeUnit(const DateArguments& a) {
@@ -79,11 +91,15 @@ std::optional<seconds> unitLength(TimeUnit unit) {
 Span lastNDateUnit(const DateArguments& a) {
     auto count = a.integer(0);
     auto unit = a.unit(1);
-    if (!count || !unit) return std::nullopt;
+    if (!count || *count < 0 || !unit) return std::nullopt;
     auto length = unitLength(*unit);
     if (!length) return std::nullopt;
     Date now = DateCalendar::now();
-    return DateRange{now - *count * *length, now};
+    Date lower = now - *count * *length;
+    // Further back than the calendar's first year is no date a file can have,
+    // and no calendar prints it.
+    if (lower < earliestDate) return std::nullopt;
+    return DateRange{lower, now};
 }
 
 // Works out the span of one sentence from the values behind `what`.
@@ -138,22 +154,22 @@ const std::map<std::string, Builder, std::less<>>& builders() {
         {"month", fromIntegers<1>([](const I1& v) { return DateCalendar::wholeMonthRange(v[0], std::nullopt); })},
         {"monthYear", fromIntegers<2>([](const I2& v) { return DateCalendar::wholeMonthRange(v[0], v[1]); })},
         {"dayMonth", fromIntegers<2>([](const I2& v) { return DateCalendar::dateRange({v[0], v[1], {}}, {v[0] + 1, v[1], {}}); })},
-        {"monthToMonth", fromIntegers<2>([](const I2& v) { return DateCalendar::dateRange({1, v[0], {}}, {1, v[1] + 1, {}}); })},
+        {"monthToMonth", fromIntegers<2>([](const I2& v) { return typedSpan({1, v[0], {}}, {1, v[1] + 1, {}}); })},
         {"monthYearToMonth", fromIntegers<3>([](const I3& v) {
              auto today = nowComponents().day;
-             return DateCalendar::dateRange({today, v[0], v[1]}, {today, v[2] + 1, {}});
+             return typedSpan({today, v[0], v[1]}, {today, v[2] + 1, {}});
          })},
         {"monthToMonthYear",
-         fromIntegers<3>([](const I3& v) { return DateCalendar::dateRange({1, v[0], v[2]}, {1, v[1] + 1, v[2]}); })},
+         fromIntegers<3>([](const I3& v) { return typedSpan({1, v[0], v[2]}, {1, v[1] + 1, v[2]}); })},
         {"monthYearToMonthYear",
-         fromIntegers<4>([](const I4& v) { return DateCalendar::dateRange({1, v[0], v[1]}, {1, v[2] + 1, v[3]}); })},
+         fromIntegers<4>([](const I4& v) { return typedSpan({1, v[0], v[1]}, {1, v[2] + 1, v[3]}); })},
         {"monthYearToYear",
-         fromIntegers<3>([](const I3& v) { return DateCalendar::dateRange({1, v[0], v[1]}, {1, 1, v[2]}); })},
+         fromIntegers<3>([](const I3& v) { return typedSpan({1, v[0], v[1]}, {1, 1, v[2]}); })},
         {"yearMonthToMonth",
-         fromIntegers<3>([](const I3& v) { return DateCalendar::dateRange({1, v[1], v[0]}, {1, v[2] + 1, v[0]}); })},
+         fromIntegers<3>([](const I3& v) { return typedSpan({1, v[1], v[0]}, {1, v[2] + 1, v[0]}); })},
         {"monthDayToMonth",
-         fromIntegers<3>([](const I3& v) { return DateCalendar::dateRange({v[1], v[0], {}}, {1, v[2] + 1, {}}); })},
-        {"yearToYear", fromIntegers<2>([](const I2& v) { return DateCalendar::dateRange({1, 1, v[0]}, {31, 12, v[1]}); })},
+         fromIntegers<3>([](const I3& v) { return typedSpan({v[1], v[0], {}}, {1, v[2] + 1, {}}); })},
+        {"yearToYear", fromIntegers<2>([](const I2& v) { return typedSpan({1, 1, v[0]}, {31, 12, v[1]}); })},
         {"year", fromIntegers<1>([](const I1& v) { return DateCalendar::wholeYearRange(v[0]); })},
         {"afterDate", withSpecificDay([](Date day) { return untilToday(DateCalendar::components(day)); })},
         {"afterYear", fromIntegers<1>([](const I1& v) { return untilToday({1, 1, v[0]}); })},

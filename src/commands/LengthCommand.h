@@ -13,10 +13,11 @@ namespace quester {
 template <typename Derived>
 class LengthCommand : public CommandBase<Derived> {
 public:
-    // "<what>MaxLength" or "<what>MinLength"; args[0] is the integer count.
+    // "<what>MaxLength" or "<what>MinLength"; args[0] is the integer count. A
+    // negative count measures nothing, so the words stay not understood.
     static CommandPtr create(std::string_view commandName, const VariableArguments& args, const TemplateFlags&) {
         const auto* count = argumentAt<int>(args, 0);
-        if (!count) return nullptr;
+        if (!count || *count < 0) return nullptr;
         std::string what = Derived::what;
         if (commandName == what + "MaxLength") return std::make_shared<Derived>(LengthChoice::max, *count);
         if (commandName == what + "MinLength") return std::make_shared<Derived>(LengthChoice::min, *count);

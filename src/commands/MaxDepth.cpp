@@ -9,6 +9,7 @@ namespace quester {
 
 CommandPtr MaxDepth::create(std::string_view, const VariableArguments& args, const TemplateFlags&) {
     const auto* limit = argumentAt<int>(args, 0);
+    if (limit && *limit < 0) return nullptr;
     return std::make_shared<MaxDepth>(limit ? *limit : 0);
 }
 

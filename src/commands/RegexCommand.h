@@ -14,7 +14,8 @@ namespace quester {
 
 // A regular expression searched anywhere in the lower-cased name: "regex ^a.*z$",
 // negated "regex ^tmp not". A pattern that doesn't compile makes the command
-// neutral.
+// neutral. One name costs a bounded amount of matching (a name that needs more
+// doesn't match), and a stopped search ends a match under way.
 class RegexCommand final : public CommandBase<RegexCommand> {
 public:
     // "regex" or "regexNot" (or the flag not=1); args[0] is the pattern's word.

@@ -31,6 +31,13 @@ std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) {
     return sum;
 }
 
+// A size a person can mean: not negative, and a byte count that a signed
+// 64-bit integer holds, so that the number is never read as another one.
+bool isTypableSize(const FileSizeArgs& size) {
+    if (!std::isfinite(size.value) || size.value < 0) return false;
+    return size.value * std::pow(1000.0, static_cast<int>(size.units)) < static_cast<double>(kMaxBytes);
+}
+
 }  // namespace
 
 std::string shortestNumberText(double value) {
@@ -52,7 +59,7 @@ CommandPtr SizeCommand::create(std::string_view commandName, const VariableArgum
     const auto* size = argumentAt<FileSizeArgs>(args, 0);
     const auto& names = commandNames();
     auto found = std::find(names.begin(), names.end(), commandName);
-    if (!size || found == names.end()) return nullptr;
+    if (!size || found == names.end() || !isTypableSize(*size)) return nullptr;
     auto type = static_cast<SizeCommandType>(found - names.begin());
     return std::make_shared<SizeCommand>(type, size->value, size->units);
 }

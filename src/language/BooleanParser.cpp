@@ -1,6 +1,8 @@
 #include "language/BooleanParser.h"
 
+#include <algorithm>
 #include <set>
+#include <span>
 #include <string>
 
 #include "language/UnicodeText.h"
@@ -11,7 +13,8 @@ namespace {
 
 using Kind = BoolToken::Kind;
 
-// Deeper nesting than this is read flat, so that no text can exhaust the stack.
+// Deeper nesting than this is read flat, so that no token list can exhaust the
+// stack; a query refuses far less (QueryLimits).
 constexpr int maximumNesting = 200;
 
 class Tokens {
@@ -74,6 +77,17 @@ struct Join {
     bool isOr = false;
 };
 
+// The operands joined left to right, halves first: three operands give
+// ((a, b), c) as a left-to-right reading does.
+BooleanExpr joinedBalanced(std::span<const BooleanExpr> operands, bool isOr) {
+    if (operands.size() == 1) return operands.front();
+    const size_t half = (operands.size() + 1) / 2;
+    BooleanExpr left = joinedBalanced(operands.first(half), isOr);
+    BooleanExpr right = joinedBalanced(operands.subspan(half), isOr);
+    return isOr ? BooleanExpr::makeOr(std::move(left), std::move(right))
+                : BooleanExpr::makeAnd(std::move(left), std::move(right));
+}
+
 Join joinFor(Kind kind) {
     switch (kind) {
         case Kind::andOp:
@@ -113,25 +127,38 @@ std::vector<BoolToken> BooleanParser::tokenizeUnified(
 
 BooleanParser::BooleanParser(std::vector<BoolToken> tokens) : tokens(std::move(tokens)) {}
 
-BooleanExpr BooleanParser::parse(std::vector<BoolToken> tokens) {
-    return BooleanParser(std::move(tokens)).parseExpr(0);
+BooleanExpr BooleanParser::parse(std::vector<BoolToken> tokens, Reading* reading) {
+    BooleanParser parser(std::move(tokens));
+    BooleanExpr expr = parser.parseExpr(0);
+    if (reading) {
+        const auto unread = parser.tokens.begin() + static_cast<std::ptrdiff_t>(parser.position);
+        const auto unreadOperands = std::count_if(unread, parser.tokens.end(), [](const BoolToken& token) {
+            return token.kind == Kind::word || token.kind == Kind::command;
+        });
+        *reading = Reading{parser.deepest, static_cast<size_t>(unreadOperands)};
+    }
+    return expr;
 }
 
 BooleanExpr BooleanParser::parseExpr(int minPrecedence) {
-    BooleanExpr left = parsePrefix();
+    // Operands joined one after the other by the same operator are gathered and
+    // joined as a balanced tree, so that a list of thousands of words nests only
+    // as deep as the logarithm of its length.
+    std::vector<BooleanExpr> run{parsePrefix()};
+    bool runIsOr = false;
     while (!atEnd()) {
         const Kind next = tokens[position].kind;
-        if (next == Kind::rparen) return left;
+        if (next == Kind::rparen) break;
         const Join join = joinFor(next);
-        if (join.precedence < minPrecedence) return left;
+        if (join.precedence < minPrecedence) break;
         if (join.consumed) ++position;
         BooleanExpr right = parseExpr(join.precedence + 1);
-        if (!right.isEmpty()) {
-            left = join.isOr ? BooleanExpr::makeOr(std::move(left), std::move(right))
-                             : BooleanExpr::makeAnd(std::move(left), std::move(right));
-        }
+        if (right.isEmpty()) continue;
+        if (run.size() > 1 && join.isOr != runIsOr) run = {joinedBalanced(run, runIsOr)};
+        runIsOr = join.isOr;
+        run.push_back(std::move(right));
     }
-    return left;
+    return joinedBalanced(run, runIsOr);
 }
 
 BooleanExpr BooleanParser::parsePrefix() {
@@ -166,7 +193,7 @@ BooleanExpr BooleanParser::parsePrefix() {
 
 BooleanExpr BooleanParser::parseNot() {
     ++position;
-    ++depth;
+    deepest = std::max(deepest, ++depth);
     BooleanExpr operand = parseExpr(3);
     --depth;
     return operand.isEmpty() ? operand : BooleanExpr::makeNot(std::move(operand));
@@ -174,7 +201,7 @@ BooleanExpr BooleanParser::parseNot() {
 
 BooleanExpr BooleanParser::parseParenthesised() {
     ++position;
-    ++depth;
+    deepest = std::max(deepest, ++depth);
     BooleanExpr inner = parseExpr(0);
     --depth;
     if (!atEnd() && tokens[position].kind == Kind::rparen) ++position;

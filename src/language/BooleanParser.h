@@ -34,8 +34,14 @@ public:
 
     explicit BooleanParser(std::vector<BoolToken> tokens);
 
+    // What a parse met beyond the expression itself.
+    struct Reading {
+        int deepestNesting = 0;   // parentheses and NOTs inside one another
+        size_t unreadOperands = 0;  // words and commands after a ")" that closes nothing
+    };
+
     // The whole sentence: parseExpr(0) from the first token.
-    static BooleanExpr parse(std::vector<BoolToken> tokens);
+    static BooleanExpr parse(std::vector<BoolToken> tokens, Reading* reading = nullptr);
 
     BooleanExpr parseExpr(int minPrecedence);
 
@@ -48,6 +54,7 @@ private:
     std::vector<BoolToken> tokens;
     size_t position = 0;
     int depth = 0;
+    int deepest = 0;
 };
 
 }  // namespace quester

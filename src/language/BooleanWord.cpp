@@ -23,7 +23,7 @@ bool affixMatches(std::string_view candidate, std::string_view needle, SentenceC
 
 BooleanWord::BooleanWord(std::string text, SentenceComponent::Wildcard wildcard)
     : textLowered(lowercased(text)),
-      textOriginalCase(std::move(text)),
+      textOriginalCase(composed(text)),
       wildcard(wildcard),
       textFoldedCI(folded(textOriginalCase, true)) {}
 
@@ -41,7 +41,8 @@ bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) 
         haystack = lowered;
     } else if (ctx.caseSensitive) {
         needle = textOriginalCase;
-        haystack = name;
+        composeInto(name, lowered);
+        haystack = lowered;
     } else {
         needle = textLowered;
         lowercaseInto(name, lowered);

@@ -21,7 +21,9 @@ struct BooleanEvalContext {
 };
 
 // A search word of the boolean expression, with the forms that matching needs
-// worked out once: lower case and folded for case, diacritics and width.
+// worked out once: lower case and folded for case, diacritics and width. Every
+// form is composed (NFC), and so is a name before it is searched, so that a
+// word and a name written with differently composed accents still meet.
 struct BooleanWord {
     BooleanWord(std::string text, SentenceComponent::Wildcard wildcard);
 

@@ -1,6 +1,7 @@
 #include "language/LanguageParse.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "language/VariableParsers.h"
 #include "resources/ScriptResource.h"
@@ -16,26 +17,70 @@ bool isSkipped(std::string_view line) {
     return line.starts_with("//") || line.find(pencil) != std::string_view::npos;
 }
 
-bool overlaps(const CharacterRange& a, const CharacterRange& b) {
-    const int aLow = a.lowerBound + 1;
-    const int aHigh = a.upperBound - 1;
-    const int bLow = b.lowerBound + 1;
-    const int bHigh = b.upperBound - 1;
-    if (aLow > aHigh || bLow > bHigh) return false;
-    return std::max(aLow, bLow) <= std::min(aHigh, bHigh);
+// The largest count among the entries at positions 1 … p, for entries that
+// only ever grow (a Fenwick tree of maxima).
+class PrefixMaximum {
+public:
+    explicit PrefixMaximum(size_t size) : tree(size + 1, std::numeric_limits<int>::min()) {}
+
+    void raise(size_t position, int value) {
+        for (; position < tree.size(); position += position & (~position + 1)) tree[position] = std::max(tree[position], value);
+    }
+
+    int maximum(size_t position) const {
+        int found = std::numeric_limits<int>::min();
+        for (; position > 0; position -= position & (~position + 1)) found = std::max(found, tree[position]);
+        return found;
+    }
+
+private:
+    std::vector<int> tree;
+};
+
+// Which matches overlap a match that explains strictly more characters. Two
+// matches overlap when the insides of their ranges (lower + 1 … upper - 1)
+// meet. A sweep over the insides by their upper end, with the longer matches
+// that began by then kept by their own upper end: n log n rather than every
+// pair, since a pasted sentence can give thousands of matches.
+std::vector<bool> overlappedByLongerMatches(const std::vector<TemplateWordStatsResult>& list) {
+    struct Inside {
+        int low;
+        int high;
+        int characters;
+        size_t index;
+    };
+    std::vector<Inside> insides;
+    for (size_t i = 0; i < list.size(); ++i) {
+        const Inside inside{list[i].position.lowerBound + 1, list[i].position.upperBound - 1,
+                            list[i].numberOfCharactersMatched, i};
+        if (inside.low <= inside.high) insides.push_back(inside);
+    }
+    std::vector<int> highs;
+    for (const Inside& inside : insides) highs.push_back(inside.high);
+    std::sort(highs.begin(), highs.end());
+    highs.erase(std::unique(highs.begin(), highs.end()), highs.end());
+    // Position 1 is the largest upper end, so that "reaches at least x" is a prefix.
+    auto positionReaching = [&](int high) {
+        return highs.size() - static_cast<size_t>(std::lower_bound(highs.begin(), highs.end(), high) - highs.begin());
+    };
+    std::vector<Inside> byLow = insides;
+    std::sort(byLow.begin(), byLow.end(), [](const Inside& a, const Inside& b) { return a.low < b.low; });
+    std::sort(insides.begin(), insides.end(), [](const Inside& a, const Inside& b) { return a.high < b.high; });
+    PrefixMaximum started(highs.size());
+    std::vector<bool> dropped(list.size(), false);
+    size_t next = 0;
+    for (const Inside& candidate : insides) {
+        for (; next < byLow.size() && byLow[next].low <= candidate.high; ++next)
+            started.raise(positionReaching(byLow[next].high), byLow[next].characters);
+        if (started.maximum(positionReaching(candidate.low)) > candidate.characters) dropped[candidate.index] = true;
+    }
+    return dropped;
 }
 
 }  // namespace
 
 std::vector<TemplateWordStatsResult> consolidateOverlappingResults(std::vector<TemplateWordStatsResult> list) {
-    std::vector<bool> dropped(list.size(), false);
-    for (size_t a = 0; a < list.size(); ++a) {
-        for (size_t b = 0; b < list.size(); ++b) {
-            if (dropped[b] || a == b) continue;
-            const bool beaten = list[a].numberOfCharactersMatched > list[b].numberOfCharactersMatched;
-            if (beaten && overlaps(list[a].position, list[b].position)) dropped[b] = true;
-        }
-    }
+    const std::vector<bool> dropped = overlappedByLongerMatches(list);
     std::vector<TemplateWordStatsResult> kept;
     for (size_t i = 0; i < list.size(); ++i) {
         if (!dropped[i]) kept.push_back(std::move(list[i]));

@@ -1,6 +1,7 @@
 #include "language/SentenceComponent.h"
 
 #include <functional>
+#include <limits>
 
 #include "language/UnicodeText.h"
 
@@ -174,19 +175,30 @@ std::string toString(const std::vector<SentenceComponent>& words) {
     return out;
 }
 
-std::vector<SentenceComponent> expandedQuotedItems(const std::vector<SentenceComponent>& words) {
+namespace {
+
+// Expands words from the front until `enough` single words are there, or the
+// list is done.
+std::vector<SentenceComponent> expandedFront(std::span<const SentenceComponent> words, size_t enough) {
     std::vector<SentenceComponent> expanded;
-    for (const SentenceComponent& word : words) {
-        std::vector<SentenceComponent> pieces = SentenceComponent::parseWords(word.textOriginalCase, &word, false);
+    for (size_t i = 0; i < words.size() && expanded.size() < enough; ++i) {
+        std::vector<SentenceComponent> pieces = SentenceComponent::parseWords(words[i].textOriginalCase, &words[i], false);
         expanded.insert(expanded.end(), std::make_move_iterator(pieces.begin()), std::make_move_iterator(pieces.end()));
     }
     return expanded;
 }
 
-SentenceCompareResult compare(const std::vector<SentenceComponent>& words,
-                              const std::vector<SentenceComponent>& other) {
-    const std::vector<SentenceComponent> mine = expandedQuotedItems(words);
+}  // namespace
+
+std::vector<SentenceComponent> expandedQuotedItems(const std::vector<SentenceComponent>& words) {
+    return expandedFront(words, std::numeric_limits<size_t>::max());
+}
+
+SentenceCompareResult compare(std::span<const SentenceComponent> words, const std::vector<SentenceComponent>& other) {
     const std::vector<SentenceComponent> theirs = expandedQuotedItems(other);
+    // Only the front of `words` that `other` can cover is expanded: the list is
+    // often the whole rest of a long sentence.
+    const std::vector<SentenceComponent> mine = expandedFront(words, theirs.size());
     if (theirs.empty() || theirs.size() > mine.size()) return {};
     std::vector<const SentenceComponent*> parents;
     for (size_t i = 0; i < theirs.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -63,7 +64,7 @@ std::string toString(const std::vector<SentenceComponent>& words);
 std::vector<SentenceComponent> expandedQuotedItems(const std::vector<SentenceComponent>& words);
 
 // Whether `words` starts with `other`, word by word, after expanding quotes on both.
-SentenceCompareResult compare(const std::vector<SentenceComponent>& words, const std::vector<SentenceComponent>& other);
+SentenceCompareResult compare(std::span<const SentenceComponent> words, const std::vector<SentenceComponent>& other);
 
 // Each word's position as (start, length).
 std::vector<std::pair<int, int>> partLocationsToRanges(const std::vector<SentenceComponent>& words);

@@ -64,6 +64,20 @@ std::string toUtf8(const icu::UnicodeString& text) {
     return out;
 }
 
+// Canonically equal texts in one form (NFC): an "é" typed as one character and
+// one stored as "e" and a combining accent, as some file systems and copies
+// leave names, compare equal.
+// Canonically equal texts in one form (NFC): an "é" typed as one character and
+// one stored as "e" and a combining accent, as some file systems and copies
+// leave names, compare equal. Text already composed, nearly all, isn't copied.
+void compose(icu::UnicodeString& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    static const icu::Normalizer2* const nfc = icu::Normalizer2::getNFCInstance(status);
+    if (nfc == nullptr || nfc->isNormalized(text, status) || U_FAILURE(status)) return;
+    icu::UnicodeString normal = nfc->normalize(text, status);
+    if (U_SUCCESS(status)) text = std::move(normal);
+}
+
 }  // namespace
 
 std::vector<std::string_view> graphemes(std::string_view text) {
@@ -90,6 +104,21 @@ int graphemeCount(std::string_view text) {
     return static_cast<int>(graphemes(text).size());
 }
 
+namespace {
+
+// Non-ASCII `text` read by ICU, lowered when asked, composed, and written to
+// `out`, whose room is reused.
+void composeThroughICU(std::string_view text, bool lower, std::string& out) {
+    icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    if (lower) unicode.toLower(icu::Locale::getRoot());
+    compose(unicode);
+    out.clear();
+    unicode.toUTF8String(out);
+}
+
+}  // namespace
+
 std::string lowercased(std::string_view text) {
     std::string out;
     lowercaseInto(text, out);
@@ -97,16 +126,22 @@ std::string lowercased(std::string_view text) {
 }
 
 void lowercaseInto(std::string_view text, std::string& out) {
-    if (isAscii(text)) {
-        out.assign(text);
-        for (char& c : out) {
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        }
-        return;
+    if (!isAscii(text)) return composeThroughICU(text, true, out);
+    out.assign(text);
+    for (char& c : out) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
-    icu::UnicodeString unicode =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    out = toUtf8(unicode.toLower(icu::Locale::getRoot()));
+}
+
+std::string composed(std::string_view text) {
+    std::string out;
+    composeInto(text, out);
+    return out;
+}
+
+void composeInto(std::string_view text, std::string& out) {
+    if (!isAscii(text)) return composeThroughICU(text, false, out);
+    out.assign(text);
 }
 
 std::string folded(std::string_view text, bool foldCase) {

@@ -17,11 +17,17 @@ std::vector<std::string_view> graphemes(std::string_view text);
 // How many user-perceived characters `text` has.
 int graphemeCount(std::string_view text);
 
-// Lower case by the root locale, so that no user locale changes a keyword.
+// Lower case by the root locale, so that no user locale changes a keyword, and
+// composed (NFC), so that canonically equal texts lower to the same bytes.
 std::string lowercased(std::string_view text);
 // The same into `out`, whose room is reused: for a caller that lowers one
 // name after another, such as a walk testing every entry.
 void lowercaseInto(std::string_view text, std::string& out);
+
+// Composed (NFC), case kept. ASCII text is returned as it is.
+std::string composed(std::string_view text);
+// The same into `out`, whose room is reused.
+void composeInto(std::string_view text, std::string& out);
 
 // Folded for diacritics and width (compatibility decomposition, marks removed)
 // and, with `foldCase`, for case too.

@@ -278,9 +278,8 @@ std::optional<VariableParserResult> scriptNameVariable(std::span<const SentenceC
         if (scriptWord(path) == words.front().textLowered)
             return consumed(ScriptTarget{ScriptTarget::Kind::appleScript, path}, 1);
     }
-    const std::vector<SentenceComponent> input(words.begin(), words.end());
     for (const std::string& name : listFrom(sources.shortcutNames)) {
-        const SentenceCompareResult match = compare(input, SentenceComponent::parseWords(name));
+        const SentenceCompareResult match = compare(words, SentenceComponent::parseWords(name));
         if (match.matched && match.numberOfWordsUsed > 0) {
             return consumed(ScriptTarget{ScriptTarget::Kind::shortcut, name},
                             static_cast<size_t>(match.numberOfWordsUsed));
@@ -291,14 +290,14 @@ std::optional<VariableParserResult> scriptNameVariable(std::span<const SentenceC
 
 std::optional<VariableParserResult> contentSearchVariable(std::span<const SentenceComponent> words) {
     std::vector<ContentSearchFlag> flags;
-    std::vector<SentenceComponent> rest(words.begin(), words.end());
+    std::span<const SentenceComponent> rest = words;
     size_t used = 0;
     for (const auto& [phrase, flag] : contentSearchPhrases()) {
         const SentenceCompareResult match = compare(rest, phrase);
         if (!match.matched) continue;
         flags.push_back(flag);
         used += static_cast<size_t>(match.numberOfWordsUsed);
-        rest.erase(rest.begin(), rest.begin() + match.numberOfWordsUsed);
+        rest = rest.subspan(static_cast<size_t>(match.numberOfWordsUsed));
     }
     return consumed(flags, used);
 }

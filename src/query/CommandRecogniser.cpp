@@ -1,6 +1,6 @@
 #include "query/CommandRecogniser.h"
 
-#include <set>
+#include <map>
 
 namespace quester {
 
@@ -47,9 +47,18 @@ CommandRecogniserResult CommandRecogniser::makeCommands(const std::vector<Senten
         made.commands.push_back(std::move(command));
         made.consumedParts.insert(made.consumedParts.end(), parts.begin(), parts.end());
     }
-    std::set<std::string> printed;
-    std::erase_if(made.commands,
-                  [&](const CommandPtr& command) { return !printed.insert(command->commandToString()).second; });
+    // A criterion typed twice is kept once, and the kept command takes the
+    // words of its repeats too: they were understood, not left over.
+    std::map<std::string, std::vector<SentenceComponent>> partsByText;
+    std::vector<CommandPtr> kept;
+    for (CommandPtr& command : made.commands) {
+        const auto [entry, isNew] = partsByText.try_emplace(command->commandToString());
+        const std::vector<SentenceComponent>& parts = command->commandConsumedParts();
+        entry->second.insert(entry->second.end(), parts.begin(), parts.end());
+        if (isNew) kept.push_back(std::move(command));
+    }
+    for (const CommandPtr& command : kept) command->setCommandConsumedParts(std::move(partsByText[command->commandToString()]));
+    made.commands = std::move(kept);
     return made;
 }
 

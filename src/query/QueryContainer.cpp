@@ -4,9 +4,12 @@
 #include <unicode/utf8.h>
 #include <sys/stat.h>
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
 #include "language/BooleanParser.h"
+#include "language/QueryLimits.h"
 #include "query/CommandRecogniser.h"
 #include "language/UnicodeText.h"
 #include "support/PathText.h"
@@ -99,7 +102,7 @@ QueryContainer::QueryContainer(std::string_view text, const CommandRecogniser& p
     baseStringLowercase_ = lowercased(baseString_);
     soundex_ = soundexMatching;
     whereLocation_ = std::move(location);
-    allWords_ = SentenceComponent::parseWords(baseString_, nullptr, true);
+    if (refusedForItsSize()) return;
 
     parseCommands(parser);
     sortCommands();
@@ -122,6 +125,20 @@ QueryContainer::QueryContainer(std::string_view text, const CommandRecogniser& p
     matchExpr_ = matchExactName_ ? booleanExpr_.collapsedForExact() : booleanExpr_;
     querySearchArguments_ = computeQuerySearchArguments();
     for (const auto& word : searchWords_) searchWordStringsSoundexValues_.push_back(Soundex::value(word));
+}
+
+bool QueryContainer::refusedForItsSize() {
+    if (baseString_.size() > QueryLimits::maximumTextBytes) {
+        refusalReason_ = fmt::format("the query is {} bytes long; at most {} are read", baseString_.size(),
+                                    QueryLimits::maximumTextBytes);
+        return true;
+    }
+    allWords_ = SentenceComponent::parseWords(baseString_, nullptr, true);
+    if (allWords_.size() <= QueryLimits::maximumWords) return false;
+    refusalReason_ = fmt::format("the query has {} words; at most {} are read", allWords_.size(),
+                                QueryLimits::maximumWords);
+    allWords_.clear();
+    return true;
 }
 
 void QueryContainer::parseCommands(const CommandRecogniser& parser) {
@@ -227,7 +244,23 @@ void QueryContainer::buildBooleanExpr() {
         return std::nullopt;
     };
     auto recognised = [&](const SentenceComponent& word) { return isRecognised(word); };
-    booleanExpr_ = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords_, recognised, commandForPart));
+    BooleanParser::Reading reading;
+    booleanExpr_ = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords_, recognised, commandForPart), &reading);
+    refuseUnreadableExpression(reading);
+}
+
+void QueryContainer::refuseUnreadableExpression(const BooleanParser::Reading& reading) {
+    const bool onlyOperators = !allWords_.empty() && std::all_of(allWords_.begin(), allWords_.end(), [](const auto& word) {
+        return word.isBooleanOperator() || isStructuralParen(word);
+    });
+    if (reading.deepestNesting > QueryLimits::maximumNesting) {
+        refusalReason_ = fmt::format("the query nests parentheses and NOTs {} deep; at most {} are read",
+                                    reading.deepestNesting, QueryLimits::maximumNesting);
+    } else if (onlyOperators) {
+        refusalReason_ = "the query holds only operators and parentheses: put a word or a criterion in it";
+    } else if (reading.unreadOperands > 0) {
+        refusalReason_ = "a ')' closes no '(', so the rest of the query would be ignored: remove it or add its '('";
+    }
 }
 
 void QueryContainer::addCommandStrings() {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "language/BooleanExpr.h"
+#include "language/BooleanParser.h"
 #include "language/SentenceComponent.h"
 #include "query/Command.h"
 #include "query/QuerySearchArguments.h"
@@ -104,6 +105,11 @@ public:
     const std::vector<SentenceComponent>& allRecoginsedParts() const { return allRecoginsedParts_; }
     // Words after the colon not recognised and no operator (outside quotes).
     const std::vector<SentenceComponent>& unusedCommandAreaWords() const { return unusedCommandAreaWords_; }
+    // Why the query must not be searched, in words for the person who typed it:
+    // too long or too deeply nested to be read at all (QueryLimits; nothing of
+    // it is then parsed), only operators and parentheses, or a ")" that closes
+    // nothing and would leave the rest of the sentence unread. None when usable.
+    const std::optional<std::string>& refusalReason() const { return refusalReason_; }
 
     // `baseString`, ": ", then each command's description.
     std::string debugDescription() const;
@@ -150,7 +156,9 @@ private:
     void classifyWords();
     void addCommandsForSearchWords();
     void collectSearchWords();
+    bool refusedForItsSize();
     void buildBooleanExpr();
+    void refuseUnreadableExpression(const BooleanParser::Reading& reading);
     void addCommandStrings();
     QuerySearchArguments computeQuerySearchArguments() const;
     bool hasCommand(CommandRole role) const { return findCommand(role) != nullptr; }
@@ -186,6 +194,7 @@ private:
     std::vector<std::string> searchWordStringsSoundexValues_;
     std::vector<SentenceComponent> allRecoginsedParts_;
     std::vector<SentenceComponent> unusedCommandAreaWords_;
+    std::optional<std::string> refusalReason_;
 };
 
 }  // namespace quester

@@ -113,6 +113,9 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
                              std::weak_ptr<SearchManagerDelegate> delegate, Environment environment)
     : delegate(std::move(delegate)),
       searchQuery(std::move(query)),
+      judgesThroughTree(searchQuery.booleanExpr().hasCommandUnderOr()),
+      treeCommandLeaves(searchQuery.booleanExpr().commandLeafIndices()),
+      treeDataSourceLeaves(searchQuery.dataSourceLeafIndices()),
       queryCommands(searchQuery.commandsFoundInQuery()),
       fastQueueCommands(copiesOf(queryCommands)),
       filterQueueCommands(copiesOf(queryCommands)),
@@ -383,7 +386,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
         if (!searchQuery.pathIsInQueryLocation(path)) return false;
     }
     if (!searchResultPassesFiltering(candidate, *this, commands)) return false;
-    if (searchQuery.booleanExpr().hasCommandUnderOr() && searchQuery.findCommand(CommandRole::contentSearch) != nullptr) {
+    if (judgesThroughTree && searchQuery.findCommand(CommandRole::contentSearch) != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
     return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key); });
@@ -391,7 +394,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
 
 bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                                                 const std::vector<CommandPtr>& commands) {
-    if (searchQuery.booleanExpr().hasCommandUnderOr()) return passesTreeFiltering(result, feedback, commands);
+    if (judgesThroughTree) return passesTreeFiltering(result, feedback, commands);
     return passesFlatFiltering(result, feedback, commands);
 }
 
@@ -420,20 +423,18 @@ bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDe
 
 bool SearchManager::passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                                         const std::vector<CommandPtr>& commands) {
-    const auto leaves = searchQuery.booleanExpr().commandLeafIndices();
     for (int index = 0; index < static_cast<int>(commands.size()); ++index) {
-        if (isPartOfTheNameTest(*commands[index]) || leaves.count(index)) continue;
+        if (isPartOfTheNameTest(*commands[index]) || treeCommandLeaves.count(index)) continue;
         if (feedback.shouldStop()) return false;
         if (commands[index]->commandImpApply(result, &feedback, searchQuery) == CommandApplyResult::exclude) {
             return false;
         }
     }
-    const auto dataLeaves = searchQuery.dataSourceLeafIndices();
     const std::int64_t key = crc64(result.url.path());
     bool diacriticInsensitive = result.searchResultSuppliedBy == SearchResultSupplier::spotlight ||
                                 searchQuery.wantsDiacriticInsensitiveSearch();
     auto context = searchQuery.makeEvalContext(diacriticInsensitive, [&](int index) {
-        if (dataLeaves.count(index)) {
+        if (treeDataSourceLeaves.count(index)) {
             return materializedDataSourceSets.access([&](const auto& sets) {
                 auto set = sets.find(index);
                 return set != sets.end() && set->second.count(key) > 0;

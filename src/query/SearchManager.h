@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <unordered_set>
 #include <vector>
 
@@ -139,6 +140,11 @@ private:
 
     const std::weak_ptr<SearchManagerDelegate> delegate;
     const QueryContainer searchQuery;
+    // What every candidate's judgement asks of the query's expression, worked
+    // out once for the search rather than by walking the tree per item.
+    const bool judgesThroughTree;
+    const std::set<int> treeCommandLeaves;
+    const std::set<int> treeDataSourceLeaves;
     const std::vector<CommandPtr> queryCommands;
     const std::vector<CommandPtr> fastQueueCommands;
     const std::vector<CommandPtr> filterQueueCommands;

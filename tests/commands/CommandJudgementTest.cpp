@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "commands/DateCalendar.h"
 #include "commands/DateCommand.h"
 #include "commands/ExcludeFolderCommand.h"
@@ -15,6 +17,7 @@
 #include "query/NotIncludingWords.h"
 #include "query/QueryContainer.h"
 #include "query/QuerySearchArguments.h"
+#include "query/SearchDataSourceDelegate.h"
 #include "query/SearchResult.h"
 #include "query/WildcardWords.h"
 #include "testing/TempDir.h"
@@ -134,6 +137,47 @@ TEST(NameJudgement, RegexSearchesTheLowerCaseNameAnywhere) {
     EXPECT_EQ(judge(broken, file("/d/(unclosed")), Verdict::skip);
     broken.setPattern("closed");
     EXPECT_EQ(judge(broken, file("/d/closed")), Verdict::exclude);
+}
+
+// A stop flag that counts how often the matcher asked it.
+class CountingStop final : public SearchDataSourceDelegate {
+public:
+    explicit CountingStop(bool stop) : stop(stop) {}
+    bool shouldStop() const override {
+        ++asked;
+        return stop;
+    }
+    bool showHiddenItems() const override { return false; }
+    void supplySearchResults(std::vector<SearchResult>, SearchDataSource&) override {}
+
+    const bool stop;
+    mutable std::atomic<int> asked{0};
+};
+
+// "(a*)*b" over a name of thirty "a"s backtracked for minutes, and a stopped
+// search could not end it: a name that costs too much now doesn't match, and
+// the stop flag ends a match under way.
+TEST(NameJudgement, RunawayRegexGivesUpOnTheNameAndHeedsTheStopFlag) {
+    const SearchResult runaway = file("/d/" + std::string(30, 'a'));
+    static const QueryContainer query;
+    for (const char* pattern : {"(a*)*b", "^(a+)+$x"}) {
+        SCOPED_TRACE(pattern);
+        RegexCommand found(pattern, false);
+        RegexCommand negated(pattern, true);
+        EXPECT_EQ(judge(found, runaway), Verdict::exclude);
+        EXPECT_EQ(judge(negated, runaway), Verdict::accept);
+        CountingStop goOn(false);
+        SearchResult result = runaway;
+        EXPECT_EQ(found.commandImpApply(result, &goOn, query), Verdict::exclude);
+        EXPECT_GT(goOn.asked.load(), 0) << "the matcher never looked at the stop flag";
+        CountingStop stopped(true);
+        EXPECT_EQ(negated.commandImpApply(result, &stopped, query), Verdict::exclude) << "a stopped match accepts nothing";
+        EXPECT_GE(stopped.asked.load(), 1);
+    }
+    RegexCommand plain("^a+$", false);
+    CountingStop goOn(false);
+    SearchResult result = runaway;
+    EXPECT_EQ(plain.commandImpApply(result, &goOn, query), Verdict::accept);
 }
 
 TEST(NameJudgement, LengthBoundsAreStrictAndCountCharacters) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "language/BooleanParser.h"
 
 namespace quester {
@@ -105,6 +107,40 @@ TEST(BooleanParser, DeepNestingStaysBounded) {
     std::string nots;
     for (int i = 0; i < 3000; ++i) nots += "NOT ";
     EXPECT_NO_THROW(parse(nots + "a"));
+}
+
+int depthOf(const BooleanExpr& expr) {
+    if (expr.kind() == BooleanExpr::Kind::notExpr) return 1 + depthOf(expr.left());
+    if (expr.kind() != BooleanExpr::Kind::andExpr && expr.kind() != BooleanExpr::Kind::orExpr) return 1;
+    return 1 + std::max(depthOf(expr.left()), depthOf(expr.right()));
+}
+
+// Long word lists made a tree as deep as the list, and every walk of it (the
+// search's, the printer's, even its destruction) overflowed the stack.
+TEST(BooleanParser, LongWordListsNestOnlyLogarithmicallyDeep) {
+    const auto word = BoolToken{BoolToken::Kind::word, BooleanWord("a", SentenceComponent::Wildcard::none), 0};
+    std::vector<BoolToken> juxtaposed(200000, word);
+    std::vector<BoolToken> ored;
+    for (int i = 0; i < 100000; ++i) {
+        if (i > 0) ored.push_back(BoolToken::of(BoolToken::Kind::orOp));
+        ored.push_back(i % 2 ? word : BoolToken{BoolToken::Kind::command, std::nullopt, i});
+    }
+    const BooleanExpr all = BooleanParser::parse(juxtaposed);
+    const BooleanExpr either = BooleanParser::parse(ored);
+    EXPECT_LE(depthOf(all), 20);
+    EXPECT_LE(depthOf(either), 20);
+    EXPECT_TRUE(all.matches("a.txt", plain()));
+    EXPECT_FALSE(all.matches("b.txt", plain()));
+    EXPECT_EQ(either.commandLeafIndices().size(), 50000U);
+    EXPECT_TRUE(either.hasCommandUnderOr());
+    // Mixed joins keep their meaning: a b OR c d … groups as (a AND b) OR (c AND d) OR ….
+    EXPECT_EQ(tree("a b OR c d OR e f OR g h"),
+              "or(or(and(word(a), word(b)), and(word(c), word(d))), or(and(word(e), word(f)), and(word(g), word(h))))");
+    BooleanParser::Reading reading;
+    BooleanParser::parse(BooleanParser::tokenizeUnified(SentenceComponent::parseWords("( ( a ) NOT ( NOT b ) ) c ) d"), {}, {}),
+                         &reading);
+    EXPECT_EQ(reading.deepestNesting, 4);
+    EXPECT_EQ(reading.unreadOperands, 1U) << "d, after the stray ')'";
 }
 
 TEST(BooleanExpr, Matching) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "FakeCommands.h"
 #include "query/CommandRecogniser.h"
 #include "resources/ScriptResource.h"
@@ -117,6 +120,35 @@ TEST(CommandRecogniser, OverlapIsJudgedOnTheInsideOfRanges) {
     EXPECT_EQ(consolidateOverlappingResults(list).size(), 3U);
     list[1].position = {8, 14};
     EXPECT_EQ(consolidateOverlappingResults(list).size(), 2U);
+}
+
+// Settling overlaps compared every match with every other, so a pasted
+// sentence of thousands of criteria took seconds; the sweep that replaced it
+// must keep exactly the matches that the pairwise reading keeps.
+TEST(LanguageParse, OverlapsSettledBySweepAsByEveryPair) {
+    std::mt19937 random(7);
+    auto overlaps = [](const CharacterRange& a, const CharacterRange& b) {
+        return std::max(a.lowerBound + 1, b.lowerBound + 1) <= std::min(a.upperBound - 1, b.upperBound - 1) &&
+               a.lowerBound + 1 <= a.upperBound - 1 && b.lowerBound + 1 <= b.upperBound - 1;
+    };
+    for (int round = 0; round < 200; ++round) {
+        std::vector<TemplateWordStatsResult> list(random() % 40);
+        for (auto& result : list) {
+            const int start = static_cast<int>(random() % 60);
+            result.position = {start, start + static_cast<int>(random() % 12)};
+            result.numberOfCharactersMatched = static_cast<int>(random() % 8);
+        }
+        std::vector<CharacterRange> expected;
+        for (const auto& b : list) {
+            const bool beaten = std::any_of(list.begin(), list.end(), [&](const auto& a) {
+                return a.numberOfCharactersMatched > b.numberOfCharactersMatched && overlaps(a.position, b.position);
+            });
+            if (!beaten) expected.push_back(b.position);
+        }
+        std::vector<CharacterRange> kept;
+        for (const auto& result : consolidateOverlappingResults(list)) kept.push_back(result.position);
+        EXPECT_EQ(kept, expected) << "round " << round;
+    }
 }
 
 TEST(CommandRecogniser, UnmatchedWordsAreLeftOver) {

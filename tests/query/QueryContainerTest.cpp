@@ -249,11 +249,20 @@ TEST(QueryContainerCommands, SearchArgumentsNarrowOnlyWithoutAnOrOverCommands) {
 
 TEST(QueryContainerCommands, TwoEqualCommandsAreKeptOnceButDifferentOnesTwice) {
     EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery()), (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
-    // The repeat is recognised, so not unused, but no kept command took its words.
-    auto twice = query(": is folder is folder");
-    EXPECT_EQ(described(twice.commandsFoundInQuery()), (Strings{"FileOrFolderCommand: is folder"}));
-    EXPECT_TRUE(twice.unusedCommandAreaWords().empty());
-    EXPECT_EQ(texts(twice.invalidCommandAreaWords()), (Strings{"is", "folder"}));
+}
+
+// A repeated criterion was refused as not understood: the kept command now
+// takes the repeat's words, and the expression names the command once.
+TEST(QueryContainerCommands, ARepeatedCriterionIsUnderstood) {
+    for (const char* text : {": is folder is folder", "x : bigger than 1kb bigger than 1kb", "x : is pdf OR is pdf"}) {
+        SCOPED_TRACE(text);
+        auto twice = query(text);
+        EXPECT_EQ(twice.commandsFoundInQuery().size(), 1U);
+        EXPECT_TRUE(twice.unusedCommandAreaWords().empty());
+        EXPECT_TRUE(twice.invalidCommandAreaWords().empty())
+            << ::testing::PrintToString(texts(twice.invalidCommandAreaWords()));
+    }
+    EXPECT_EQ(query("x : is pdf OR is pdf").booleanExpr().debugDescription(), "and(word(x), cmd(0))");
 }
 
 TEST(QueryContainerCommands, CopiesAreNewObjects) {
@@ -329,6 +338,58 @@ TEST(QueryContainerNameTest, DiacriticsFoldWhenThePreferenceOrTheCallerAsks) {
     EXPECT_FALSE(query("cafe").fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
     EXPECT_TRUE(query("cafe").fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", true));
     EXPECT_TRUE(query("cafe", std::nullopt, false, {true, false}).fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
+}
+
+// "café" typed composed missed a name stored with "e" and a combining accent,
+// and the other way round.
+TEST(QueryContainerNameTest, CanonicallyEqualNamesMatchHoweverComposed) {
+    const std::string composedName = "/d/Caf\u00e9 menu.txt";
+    const std::string decomposedName = "/d/Cafe\u0301 menu.txt";
+    for (const std::string& typed : Strings{"caf\u00e9", "cafe\u0301", "Caf\u00e9 : case sensitive", "Cafe\u0301 : case sensitive",
+                                    "caf\u00e9* : whole words"}) {
+        SCOPED_TRACE(typed);
+        const QueryContainer parsed = query(typed);
+        EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery(composedName, false));
+        EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery(decomposedName, false));
+        EXPECT_FALSE(parsed.fsItemNameStringIncludesWordsFromQuery("/d/Cafe menu.txt", false));
+    }
+    EXPECT_TRUE(query("cafe").fsItemNameStringIncludesWordsFromQuery(decomposedName, true));
+}
+
+// Queries that stopped the program or were silently read as something else:
+// too long, too deeply nested, only operators, or cut short by a stray ")".
+TEST(QueryContainerRefusal, OversizedOrUnreadableQueriesAreRefused) {
+    struct Refusal {
+        std::string text;
+        std::string reasonHolds;
+    };
+    std::string manyWords;
+    for (int i = 0; i < 2001; ++i) manyWords += "a ";
+    std::string nots;
+    for (int i = 0; i < 50; ++i) nots += "NOT ";
+    const std::vector<Refusal> refused = {
+        {std::string(20001, 'a'), "at most 20000"},
+        {manyWords, "at most 2000 are read"},
+        {std::string(101, '(') + "a", "at most 100"},
+        {std::string(60, '(') + nots + "a", "at most 100"},
+        {"AND", "only operators"},
+        {"NOT", "only operators"},
+        {"( OR )", "only operators"},
+        {": and OR", "only operators"},
+        {") report", "closes no '('"},
+        {"a) b : is pdf", "closes no '('"},
+    };
+    for (const auto& [text, reasonHolds] : refused) {
+        SCOPED_TRACE(text.substr(0, 40));
+        const QueryContainer parsed = query(text);
+        ASSERT_TRUE(parsed.refusalReason().has_value());
+        EXPECT_NE(parsed.refusalReason()->find(reasonHolds), std::string::npos) << *parsed.refusalReason();
+    }
+    EXPECT_TRUE(query(std::string(20001, 'a')).allWords().empty()) << "too long to be read at all";
+    for (const std::string& text : Strings{"", "a", "(a OR b", "a b)", "report : is pdf AND NOT bigger than 1mb", "\"AND\"",
+                                   std::string(100, '(') + "a", manyWords.substr(2)}) {
+        EXPECT_FALSE(query(text).refusalReason().has_value()) << text.substr(0, 40);
+    }
 }
 
 TEST(QueryContainerNameTest, SoundexMatchesAnyWordBySound) {

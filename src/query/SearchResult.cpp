@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <type_traits>
+
 #include <nlohmann/json.hpp>
 
 namespace quester {
@@ -59,6 +61,10 @@ public:
     T read(const char* key) {
         auto found = object.find(key);
         if (found == object.end()) return fail<T>(std::string("missing key ") + key);
+        if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>) {
+            // Converting a number with a fraction or an exponent that the integer can't hold is undefined.
+            if (!found->is_number_integer()) return fail<T>(std::string("wrong type for key ") + key);
+        }
         try {
             return found->get<T>();
         } catch (const nlohmann::json::exception&) {

@@ -90,6 +90,18 @@ TEST(SearchResultJSON, MissingKeysAndBadValuesAreRefused) {
     EXPECT_FALSE(SearchResult::fromJSON("{").ok());
 }
 
+TEST(SearchResultJSON, NumbersWithAFractionOrAnExponentInIntegerKeysAreRefusedNotConverted) {
+    auto full = nlohmann::json::parse(sampleResult().toJSON());
+    for (const char* key :
+         {"size", "creationDate", "modDate", "lastAccessDate", "searchResultSuppliedBy", "contentSearchResultsRank"}) {
+        for (double value : {1e300, -1e300, 1.5}) {
+            auto changed = full;
+            changed[key] = value;
+            EXPECT_FALSE(SearchResult::fromJSON(changed.dump()).ok()) << key << " " << value;
+        }
+    }
+}
+
 TEST(SearchResultForFile, ReadsSizeAndDatesOfAnExistingFile) {
     testing::TempDir dir;
     auto path = dir.write("a.txt", "hello");

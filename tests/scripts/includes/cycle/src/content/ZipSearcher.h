@@ -1,0 +1,4 @@
+#pragma once
+
+#include "mail/MailMessage.h"
+#include "support/Clock.h"

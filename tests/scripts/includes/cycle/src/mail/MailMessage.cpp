@@ -1,0 +1,5 @@
+#include "mail/MailMessage.h"
+
+#include <string>
+
+#include "content/ZipSearcher.h"

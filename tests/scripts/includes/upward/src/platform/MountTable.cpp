@@ -1,0 +1,4 @@
+#include "platform/MountTable.h"
+
+#include "query/SearchLocation.h"
+#include "support/Result.h"

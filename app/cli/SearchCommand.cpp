@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
+#include "platform/FileSystem.h"
 #include "language/LanguageParse.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
@@ -28,6 +29,7 @@ namespace quester::cli {
 namespace {
 
 constexpr int kUnusable = 1;
+constexpr int kUnreadable = 2;
 constexpr int kInterrupted = 130;
 
 // The session's options, with the folders as typed until they are checked.
@@ -46,10 +48,16 @@ Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
         std::error_code error;
         auto absolute = std::filesystem::absolute(path, error).lexically_normal().string();
         while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
-        if (error || !std::filesystem::is_directory(absolute, error)) {
+        const auto status =
+            error ? Result<FileStatus>(makeError(ErrorCode::notFound, "")) : FileSystem::real().status(absolute);
+        if (!status || !status->isDirectory()) {
             return makeError(ErrorCode::invalidArgument,
-                             "cannot search in '" + path + "': " +
-                                 (std::filesystem::exists(absolute, error) ? "not a folder" : "no such folder"));
+                             "cannot search in '" + path + "': " + (status ? "not a folder" : "no such folder"));
+        }
+        if (auto opened = FileSystem::real().openDirectory(absolute); !opened) {
+            const bool denied = opened.error().code == ErrorCode::permissionDenied;
+            return makeError(opened.error().code, "cannot search in '" + path + "': the folder can't be read (" +
+                                                      (denied ? "permission denied" : opened.error().message) + ")");
         }
         folders.emplace_back(absolute, true);
     }
@@ -111,7 +119,7 @@ int runSearch(const SearchOptions& options) {
     auto folders = searchFolders(options.locations);
     if (!folders) {
         complain(folders.error().message);
-        return kUnusable;
+        return folders.error().code == ErrorCode::invalidArgument ? kUnusable : kUnreadable;
     }
     SessionSearchOptions sorted = options.session;
     sorted.folders = std::move(folders).value();

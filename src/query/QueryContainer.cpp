@@ -2,13 +2,13 @@
 
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 
 #include "language/BooleanParser.h"
 #include "language/LanguageParse.h"
 #include "language/UnicodeText.h"
+#include "platform/FileSystem.h"
 #include "platform/PathText.h"
 #include "query/CommandClassName.h"
 #include "query/CommandWithScope.h"
@@ -51,8 +51,8 @@ bool isBooleanLeaf(const Command& command) {
 }
 
 bool isExistingDirectory(const std::string& path) {
-    struct stat attributes {};
-    return stat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+    const auto status = FileSystem::real().status(path);
+    return status && status->isDirectory();
 }
 
 bool isSplitCharacter(std::string_view character) {

@@ -10,7 +10,7 @@
 #include <fmt/core.h>
 
 #include "support/AppDirectories.h"
-#include "support/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "support/LogFunc.h"
 
 namespace quester {
@@ -43,7 +43,7 @@ Preferences::Preferences(std::string path, NotificationCenter& notificationCente
 
 Preferences& Preferences::shared() {
     static Preferences* instance = [] {
-        auto folder = AppDirectories::configDirectory();
+        auto folder = AppDirectories::configDirectoryPath();
         if (!folder) LOG("no config folder, settings are kept for this run only: " + folder.error().message);
         return new Preferences(folder ? *folder + "/" + fileName : std::string());
     }();

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "support/AppDirectories.h"
-#include "support/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "support/LogFunc.h"
 #include "support/Uuid.h"
 
@@ -23,7 +23,7 @@ QueryStatisticsController::QueryStatisticsController(std::string path) : filePat
 
 QueryStatisticsController& QueryStatisticsController::shared() {
     static QueryStatisticsController* controller = [] {
-        const auto folder = AppDirectories::applicationSupportDirectory();
+        const auto folder = AppDirectories::applicationSupportDirectoryPath();
         if (!folder) LOG("no data folder for the query statistics: " + folder.error().description());
         auto* made = new QueryStatisticsController(folder ? *folder + "/" + fileName : std::string());
         made->load();

@@ -40,6 +40,15 @@ struct SearchOptions {
 
 void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
 
+// Whether the folder opens and its first entries can be read.
+Status canBeListed(const std::string& folder) {
+    auto opened = FileSystem::real().openDirectory(folder);
+    if (!opened) return opened.error();
+    std::vector<std::byte> buffer(65536);
+    std::vector<DirectoryEntry> entries;
+    return FileSystem::real().readEntries(**opened, buffer, entries);
+}
+
 // The folders to search as absolute paths, or what is wrong with one of them.
 Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
     std::vector<std::string> paths = given.empty() ? std::vector<std::string>{userHomeFolder()} : given;
@@ -54,10 +63,10 @@ Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
             return makeError(ErrorCode::invalidArgument,
                              "cannot search in '" + path + "': " + (status ? "not a folder" : "no such folder"));
         }
-        if (auto opened = FileSystem::real().openDirectory(absolute); !opened) {
-            const bool denied = opened.error().code == ErrorCode::permissionDenied;
-            return makeError(opened.error().code, "cannot search in '" + path + "': the folder can't be read (" +
-                                                      (denied ? "permission denied" : opened.error().message) + ")");
+        if (Status readable = canBeListed(absolute); !readable) {
+            const bool denied = readable.error().code == ErrorCode::permissionDenied;
+            return makeError(readable.error().code, "cannot search in '" + path + "': the folder can't be read (" +
+                                                        (denied ? "permission denied" : readable.error().message) + ")");
         }
         folders.emplace_back(absolute, true);
     }

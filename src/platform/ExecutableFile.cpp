@@ -8,7 +8,9 @@ namespace quester {
 
 namespace {
 
-constexpr std::string_view kElfMagic = "\x7f" "ELF";
+constexpr std::string_view kElfMagic =
+    "\x7f"
+    "ELF";
 constexpr std::string_view kShebang = "#!";
 
 }  // namespace

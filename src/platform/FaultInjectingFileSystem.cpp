@@ -20,7 +20,9 @@ public:
     const std::unique_ptr<DirectoryHandle> inner;
 };
 
-DirectoryHandle& innerOf(DirectoryHandle& directory) { return *static_cast<FaultyDirectory&>(directory).inner; }
+DirectoryHandle& innerOf(DirectoryHandle& directory) {
+    return *static_cast<FaultyDirectory&>(directory).inner;
+}
 
 }  // namespace
 
@@ -39,7 +41,8 @@ public:
             return taken;
         });
         if (Status written = inner->append(bytes.substr(0, allowed)); !written) return written;
-        if (allowed < bytes.size()) return makeError(ErrorCode::ioError, "cannot write " + path() + ": No space left on device");
+        if (allowed < bytes.size())
+            return makeError(ErrorCode::ioError, "cannot write " + path() + ": No space left on device");
         return Status::success();
     }
     Status sync() override {
@@ -90,7 +93,8 @@ std::optional<Error> FaultInjectingFileSystem::faultFor(const std::string& path,
                                                         ErrorCode code) const {
     if (auto gone = diskFault(path)) return gone;
     if (!faults.access([&](const Faults& all) { return (all.*inSet).count(path) > 0; })) return std::nullopt;
-    return makeError(code, path + (code == ErrorCode::notFound ? ": No such file or directory" : ": Permission denied"));
+    return makeError(code,
+                     path + (code == ErrorCode::notFound ? ": No such file or directory" : ": Permission denied"));
 }
 
 Result<std::unique_ptr<DirectoryHandle>> FaultInjectingFileSystem::wrapped(

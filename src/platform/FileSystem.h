@@ -17,7 +17,8 @@ class MountTable;
 
 // An open folder, for listing it and for reaching the items in it by name.
 // Made by a `FileSystem` and handed back only to the one that made it. Closed
-// when destroyed. One thread at a time.
+// when destroyed. Listing is for one thread at a time; opening and statting
+// what lies in it may come from several threads at once.
 class DirectoryHandle {
 public:
     virtual ~DirectoryHandle() = default;

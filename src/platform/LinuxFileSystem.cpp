@@ -23,12 +23,17 @@ constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 ErrorCode codeForErrno(int code) {
     switch (code) {
         case ENOENT:
-        case ENODATA: return ErrorCode::notFound;
+        case ENODATA:
+            return ErrorCode::notFound;
         case EACCES:
-        case EPERM: return ErrorCode::permissionDenied;
-        case ENOTDIR: return ErrorCode::invalidArgument;
-        case ENOTSUP: return ErrorCode::unsupported;
-        default: return ErrorCode::ioError;
+        case EPERM:
+            return ErrorCode::permissionDenied;
+        case ENOTDIR:
+            return ErrorCode::invalidArgument;
+        case ENOTSUP:
+            return ErrorCode::unsupported;
+        default:
+            return ErrorCode::ioError;
     }
 }
 
@@ -47,7 +52,9 @@ public:
     const int fd;
 };
 
-int descriptorOf(DirectoryHandle& directory) { return static_cast<LinuxDirectory&>(directory).fd; }
+int descriptorOf(DirectoryHandle& directory) {
+    return static_cast<LinuxDirectory&>(directory).fd;
+}
 
 class LinuxWritableFile final : public WritableFile {
 public:
@@ -86,15 +93,22 @@ FileKind kindOfMode(unsigned mode) {
 
 FileKind kindOfType(unsigned char type) {
     switch (type) {
-        case DT_REG: return FileKind::regular;
-        case DT_DIR: return FileKind::directory;
-        case DT_LNK: return FileKind::symbolicLink;
-        case DT_UNKNOWN: return FileKind::unknown;
-        default: return FileKind::other;
+        case DT_REG:
+            return FileKind::regular;
+        case DT_DIR:
+            return FileKind::directory;
+        case DT_LNK:
+            return FileKind::symbolicLink;
+        case DT_UNKNOWN:
+            return FileKind::unknown;
+        default:
+            return FileKind::other;
     }
 }
 
-FileTime fileTime(const struct statx_timestamp& stamp) { return FileTime{stamp.tv_sec, stamp.tv_nsec}; }
+FileTime fileTime(const struct statx_timestamp& stamp) {
+    return FileTime{stamp.tv_sec, stamp.tv_nsec};
+}
 
 bool isEarlier(const FileTime& a, const FileTime& b) {
     return a.seconds < b.seconds || (a.seconds == b.seconds && a.nanoseconds < b.nanoseconds);
@@ -156,7 +170,8 @@ Result<std::unique_ptr<DirectoryHandle>> LinuxFileSystem::openDirectory(const st
 Result<std::unique_ptr<DirectoryHandle>> LinuxFileSystem::openDirectoryAt(DirectoryHandle& parent,
                                                                           std::string_view name) {
     std::string path = childPath(parent.path(), name);
-    const int fd = ::openat(descriptorOf(parent), path.c_str() + path.size() - name.size(), kDirectoryFlags | O_NOFOLLOW);
+    const int fd =
+        ::openat(descriptorOf(parent), path.c_str() + path.size() - name.size(), kDirectoryFlags | O_NOFOLLOW);
     if (fd < 0) return systemError("cannot open", path);
     return std::unique_ptr<DirectoryHandle>(std::make_unique<LinuxDirectory>(std::move(path), fd));
 }
@@ -292,7 +307,9 @@ Result<std::vector<std::string>> LinuxFileSystem::extendedAttributeNames(const s
     }
 }
 
-Result<MountTable> LinuxFileSystem::mountTable() { return MountTable::read(); }
+Result<MountTable> LinuxFileSystem::mountTable() {
+    return MountTable::read();
+}
 
 Result<VolumeSpace> LinuxFileSystem::volumeSpace(const std::string& path) {
     struct statvfs info;

@@ -73,10 +73,10 @@ TEST_F(WalkFaultsTest, PseudoFileSystemsAreNeverWalkedAndOtherDisksOnlyAsTheirOw
     tree.write("proc/match-pseudo.txt", "x");
     tree.write("run-user/match-runtime.txt", "x");
     tree.write("disk2/match-disk.txt", "x");
-    faulty.setMountTable(MountTable({MountEntry{1, 0, "/", "/dev/vda", "ext4", "rw"},
-                                     MountEntry{2, 1, at("proc"), "proc", "proc", "rw"},
-                                     MountEntry{3, 1, at("run-user"), "none", "overlay", "rw"},
-                                     MountEntry{4, 1, at("disk2"), "/dev/sdb1", "ext4", "rw"}}));
+    faulty.setMountTable(
+        MountTable({MountEntry{1, 0, "/", "/dev/vda", "ext4", "rw"}, MountEntry{2, 1, at("proc"), "proc", "proc", "rw"},
+                    MountEntry{3, 1, at("run-user"), "none", "overlay", "rw"},
+                    MountEntry{4, 1, at("disk2"), "/dev/sdb1", "ext4", "rw"}}));
     const Paths found = walk("match");
     EXPECT_EQ(found, (Paths{"a/match-1.txt", "a/match-gone.txt", "b/inner/match-2.txt", "b/match-3.txt",
                             "c/match-4.txt", "disk2/match-disk.txt"}));

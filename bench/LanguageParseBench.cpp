@@ -46,7 +46,7 @@ BENCHMARK(buildQueryContainer);
 // A pasted or generated sentence of many criteria: the parse must grow with its
 // length, not with its square. The argument is the number of criteria.
 void parseLongSentence(benchmark::State& state) {
-    const LanguageParse& parse = parser();
+    const CommandRecogniser& parse = parser();
     std::string sentence = ":";
     for (int64_t i = 0; i < state.range(0); ++i) sentence += " modified today AND bigger than 5mb";
     const auto words = SentenceComponent::parseWords(sentence, nullptr, true);

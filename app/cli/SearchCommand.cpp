@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
+#include "platform/FileSystem.h"
 #include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
@@ -38,6 +39,15 @@ struct SearchOptions {
 
 void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
 
+// Whether the folder opens and its first entries can be read.
+Status canBeListed(const std::string& folder) {
+    auto opened = FileSystem::real().openDirectory(folder);
+    if (!opened) return opened.error();
+    std::vector<std::byte> buffer(65536);
+    std::vector<DirectoryEntry> entries;
+    return FileSystem::real().readEntries(**opened, buffer, entries);
+}
+
 // The folders to search as absolute paths, or what is wrong with one of them.
 Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
     std::vector<std::string> paths = given.empty() ? std::vector<std::string>{userHomeFolder()} : given;
@@ -46,10 +56,16 @@ Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
         std::error_code error;
         auto absolute = std::filesystem::absolute(path, error).lexically_normal().string();
         while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
-        if (error || !std::filesystem::is_directory(absolute, error)) {
+        const auto status =
+            error ? Result<FileStatus>(makeError(ErrorCode::notFound, "")) : FileSystem::real().status(absolute);
+        if (!status || !status->isDirectory()) {
             return makeError(ErrorCode::invalidArgument,
-                             "cannot search in '" + path + "': " +
-                                 (std::filesystem::exists(absolute, error) ? "not a folder" : "no such folder"));
+                             "cannot search in '" + path + "': " + (status ? "not a folder" : "no such folder"));
+        }
+        if (Status readable = canBeListed(absolute); !readable) {
+            const bool denied = readable.error().code == ErrorCode::permissionDenied;
+            return makeError(readable.error().code, "cannot search in '" + path + "': the folder can't be read (" +
+                                                        (denied ? "permission denied" : readable.error().message) + ")");
         }
         folders.emplace_back(absolute, true);
     }

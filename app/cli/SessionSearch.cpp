@@ -219,6 +219,10 @@ int SessionSearch::run() {
         return ExitStatus::failed;
     }
 
+    const auto skipped = state->session->currentSearchManager()->progress().numberOfDirectoriesSkipped;
+    if (skipped > 0 && ::isatty(STDERR_FILENO) == 1) {
+        complain(std::to_string(skipped) + " folders couldn't be read and were skipped");
+    }
     UINode::NodeList rows = model->displayItems();
     if (options.limit > 0 && rows.size() > static_cast<std::size_t>(options.limit)) {
         rows.resize(static_cast<std::size_t>(options.limit));

@@ -1,6 +1,5 @@
 #include "commands/InsideCommand.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <climits>
@@ -10,15 +9,15 @@
 #include "support/PathText.h"
 #include "platform/Url.h"
 #include "query/SearchResult.h"
+#include "support/AppDirectories.h"
 
 namespace quester {
 
 namespace {
 
 std::string homeFolder() {
-    if (const char* home = std::getenv("HOME"); home && *home) return home;
-    if (const passwd* entry = getpwuid(getuid()); entry && entry->pw_dir) return entry->pw_dir;
-    return "/";
+    std::string home = AppDirectories::homeDirectory();
+    return home.empty() ? "/" : home;
 }
 
 std::string resolvingSymlinks(const std::string& path) {

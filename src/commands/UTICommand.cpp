@@ -4,6 +4,7 @@
 
 #include "commands/UTIAssistant.h"
 #include "language/UTIWords.h"
+#include "platform/ExecutableFile.h"
 #include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "query/SearchResult.h"
@@ -17,6 +18,20 @@ const std::string* specialCaseUTIFor(const std::string& word) {
     const auto& table = specialCaseToUTI();
     const auto found = std::find_if(table.begin(), table.end(), [&](const auto& entry) { return entry.first == word; });
     return found == table.end() ? nullptr : &found->second;
+}
+
+// "Executable" and "Unix executable" ask what a file is, not what it is called:
+// a zero-filled "data.bin" is none, a compiled program without an extension is.
+bool isAskedOfTheContent(const UniformTypeTable& table, const std::string& uti) {
+    return table.conformsTo("public.unix-executable", uti) && table.conformsTo(uti, "public.executable");
+}
+
+// A type that names a program by its name alone (".exe", an AppImage), or the
+// file's own execute permission and signature.
+bool isExecutableItem(const UniformTypeTable& table, const std::string& path, const std::string& uti) {
+    const std::string type = table.typeOfItem(path, false);
+    if (type != "public.unix-executable" && table.conformsTo(type, uti)) return true;
+    return isExecutableFile(path);
 }
 
 }  // namespace
@@ -37,6 +52,9 @@ CommandApplyResult UTICommand::commandImpApply(SearchResult& to, SearchDataSourc
     // the kind texts below drop "public." and never hold a type's own name.
     const std::string* uti = specialCaseUTIFor(wantedUTI);
     if (!uti && table.declaration(wantedUTI)) uti = &wantedUTI;
+    if (uti && !to.isDirectory && isAskedOfTheContent(table, *uti)) {
+        return isExecutableItem(table, path, *uti) ? CommandApplyResult::accept : CommandApplyResult::exclude;
+    }
     if (uti && table.conformsTo(table.typeOfItem(path, to.isDirectory), *uti)) return CommandApplyResult::accept;
     const Url item(path, to.isDirectory);
     return UTIAssistant::shared().utiInformationIncludesWord(pathExtension(path), item, wantedUTI)

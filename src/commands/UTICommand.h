@@ -7,7 +7,8 @@ namespace quester {
 // Items of a kind: "is pdf", "is image", "is music", "is public.data". A kind
 // word that stands for a type identifier is judged by the conformance of the
 // item's type; any word is also looked for in what is known of the item's kind.
-// Judges by name only, so it costs no file-system call.
+// Judges by name, so it costs no file-system call, except for "executable":
+// a file is a program by its execute permission and its first bytes.
 class UTICommand final : public CommandBase<UTICommand> {
 public:
     // args[0] is the kind word of "~uti".

@@ -102,10 +102,16 @@ std::size_t FSUtilities::componentsOfApplicationFolder(const std::string& path) 
 }
 
 bool FSUtilities::isInvisibleOrInsidePackage(const std::string& path) {
+    return isInvisibleOrInsidePackageFrom(path, componentsOfApplicationFolder(path));
+}
+
+// The rule for the components from `first` on; those before it only make up the running path.
+bool FSUtilities::isInvisibleOrInsidePackageFrom(const std::string& path, std::size_t first) {
     auto components = pathComponents(path);
-    const std::size_t first = componentsOfApplicationFolder(path);
     std::string runningPath = "/";
-    for (std::size_t index = 0; index < first; ++index) runningPath += components[index] + '/';
+    for (std::size_t index = 0; index < first && index < components.size(); ++index) {
+        runningPath += components[index] + '/';
+    }
     for (std::size_t index = first; index < components.size(); ++index) {
         const std::string& component = components[index];
         if (component.front() == '.') return true;
@@ -119,6 +125,18 @@ bool FSUtilities::isInvisibleOrInsidePackage(const std::string& path) {
         runningPath += '/';
     }
     return false;
+}
+
+bool FSUtilities::isHiddenFromSearch(const std::string& path, const std::vector<std::string>& searchedFolders) {
+    const std::string* base = nullptr;
+    for (const auto& folder : searchedFolders) {
+        if (isSameOrBelow(path, folder) && (base == nullptr || folder.size() > base->size())) base = &folder;
+    }
+    if (base == nullptr) return isInsideOSDirectory(path) || isInvisibleOrInsidePackage(path);
+    if (!isStrictlyBelow(path, *base)) return false;
+    if (!isInsideOSDirectory(*base) && isInsideOSDirectory(path)) return true;
+    const std::size_t first = std::max(pathComponents(*base).size(), componentsOfApplicationFolder(path));
+    return isInvisibleOrInsidePackageFrom(path, first);
 }
 
 bool FSUtilities::hasPackageExtension(const std::string& path) {

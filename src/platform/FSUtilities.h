@@ -47,6 +47,11 @@ public:
     // is not inside one, except an "always" package such as a framework). The
     // components of the profile's application folders don't count.
     bool isInvisibleOrInsidePackage(const std::string& path);
+    // Whether a search that doesn't show hidden items leaves the path out. A
+    // folder a person names is searched whatever it is: the system, invisible
+    // and package rules judge only what lies below the deepest of
+    // `searchedFolders` that holds the path (and all of a path outside them).
+    bool isHiddenFromSearch(const std::string& path, const std::vector<std::string>& searchedFolders);
     // Whether the path's extension is known as a package extension.
     bool hasPackageExtension(const std::string& path);
 
@@ -84,6 +89,7 @@ private:
     std::size_t componentsOfApplicationFolder(const std::string& path) const;
     std::optional<bool> homeLibraryRule(const std::string& path) const;
     bool isPackageComponent(const std::string& extension, const std::string& runningPath);
+    bool isInvisibleOrInsidePackageFrom(const std::string& path, std::size_t firstCountedComponent);
 
     const PlatformProfile platform;
     const PackageProbe packageProbe;

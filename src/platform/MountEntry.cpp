@@ -23,6 +23,8 @@ constexpr std::array<std::string_view, 30> pseudoTypes = {
     "hugetlbfs", "autofs",  "binfmt_misc",     "efivarfs",    "overlay",    "nsfs",         "rpc_pipefs", "selinuxfs",
     "nfsd",      "binder",  "fuse.gvfsd-fuse", "fuse.portal", "fuse.lxcfs", "fuse.snapfuse"};
 
+constexpr std::array<std::string_view, 4> systemRuntimeFolders = {"/run", "/dev", "/sys", "/proc"};
+
 template <std::size_t N>
 bool contains(const std::array<std::string_view, N>& names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -41,6 +43,15 @@ bool MountEntry::isPseudo() const {
 bool MountEntry::isReadOnly() const {
     auto list = splitNonEmpty(options, ',');
     return std::find(list.begin(), list.end(), "ro") != list.end();
+}
+
+bool MountEntry::holdsPersonalFiles() const {
+    if (fsType == "tmpfs") {
+        return std::none_of(systemRuntimeFolders.begin(), systemRuntimeFolders.end(),
+                            [&](std::string_view folder) { return isSameOrBelow(mountPoint, folder); });
+    }
+    if (fsType == "squashfs" && isSameOrBelow(mountPoint, "/snap")) return false;
+    return !isPseudo();
 }
 
 bool MountEntry::isVolume(const PlatformProfile& profile) const {

@@ -26,6 +26,11 @@ struct MountEntry {
     // A kernel or container file system that holds nothing a person browses.
     bool isPseudo() const;
     bool isReadOnly() const;
+    // Whether a person's files may live here, so that the mount is walked as
+    // a disk of its own when a search reaches it: not a pseudo file system,
+    // a container's layers or a snap's image, though a tmpfs outside the
+    // system's run-time folders (/tmp) is.
+    bool holdsPersonalFiles() const;
     // Whether this mount is a volume a person browses and searches: "/",
     // "/home" when separate, mounts below /media, /run/media, /mnt and the
     // profile's volumes folder, and network mounts anywhere.

@@ -82,6 +82,7 @@ PlatformProfile PlatformProfile::linux() {
     profile.volumesFolder = removableMediaFolder();
     profile.packageExtensions = sharedPackageExtensions();
     profile.alwaysPackageExtension = "framework";
+    profile.walkSkippedPathParts = {"/Backups.backupdb"};
     profile.systemDiskMarkers = {"etc", "usr"};
     return profile;
 }
@@ -104,6 +105,8 @@ PlatformProfile PlatformProfile::macOS(std::optional<std::string> bootVolumeName
     profile.homeLibraryDocumentFolders = {"CloudStorage", "Mobile Documents"};
     profile.packageExtensions = sharedPackageExtensions();
     profile.alwaysPackageExtension = "framework";
+    profile.walkSkippedFolders = {"/Volumes", "/System/Volumes", "/Network"};
+    profile.walkSkippedPathParts = {"/Backups.backupdb"};
     profile.systemDiskMarkers = {"System", "Applications"};
     return profile;
 }

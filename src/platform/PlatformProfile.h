@@ -57,6 +57,14 @@ struct PlatformProfile {
     // The extension that is a package wherever it stands, the last component included.
     std::string alwaysPackageExtension;
 
+    // Folders, relative to the root of a walked disk, that a walk never
+    // enters: where the platform shows other disks and second views of the
+    // same one. None on Linux, where the mount table tells where a disk ends.
+    std::vector<std::string> walkSkippedFolders;
+    // Texts that a folder's path holds when a walk must not enter it (stores
+    // of backups that copy the disk many times over).
+    std::vector<std::string> walkSkippedPathParts;
+
     // Names that stand directly on a disk that holds an operating system.
     std::vector<std::string> systemDiskMarkers;
 

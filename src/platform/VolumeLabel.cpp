@@ -2,7 +2,6 @@
 
 #include <blkid/blkid.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include "platform/MountEntry.h"
@@ -11,16 +10,21 @@
 namespace quester {
 namespace {
 
+// Probes the device itself, read-only. The library's cache is left alone: a
+// search writes no system state, and reading the cache as root rewrites it.
 std::optional<std::string> labelFromBlkid(const std::string& device) {
-    blkid_cache cache = nullptr;
-    if (blkid_get_cache(&cache, nullptr) != 0) return std::nullopt;
-    char* label = blkid_get_tag_value(cache, "LABEL", device.c_str());
-    blkid_put_cache(cache);
-    if (label == nullptr) return std::nullopt;
-    std::string result(label);
-    std::free(label);
-    if (result.empty()) return std::nullopt;
-    return result;
+    blkid_probe probe = blkid_new_probe_from_filename(device.c_str());
+    if (probe == nullptr) return std::nullopt;
+    blkid_probe_enable_superblocks(probe, 1);
+    blkid_probe_set_superblocks_flags(probe, BLKID_SUBLKS_LABEL);
+    std::optional<std::string> label;
+    const char* value = nullptr;
+    if (blkid_do_safeprobe(probe) == 0 && blkid_probe_lookup_value(probe, "LABEL", &value, nullptr) == 0 &&
+        value != nullptr && *value != '\0') {
+        label = value;
+    }
+    blkid_free_probe(probe);
+    return label;
 }
 
 int hexDigit(char c) {

@@ -2,7 +2,6 @@
 
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
-#include <sys/stat.h>
 
 #include <fmt/core.h>
 
@@ -12,6 +11,7 @@
 #include "language/QueryLimits.h"
 #include "query/CommandRecogniser.h"
 #include "language/UnicodeText.h"
+#include "platform/FileSystem.h"
 #include "support/PathText.h"
 #include "query/CommandWithScope.h"
 #include "query/NotIncludingWords.h"
@@ -53,8 +53,8 @@ bool isBooleanLeaf(const Command& command) {
 }
 
 bool isExistingDirectory(const std::string& path) {
-    struct stat attributes {};
-    return stat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+    const auto status = FileSystem::real().status(path);
+    return status && status->isDirectory();
 }
 
 bool isSplitCharacter(std::string_view character) {

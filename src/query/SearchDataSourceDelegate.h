@@ -27,6 +27,9 @@ public:
         (void)increaseNumberOfFiles;
     }
     virtual void supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) { (void)numberOfDirecories; }
+    // Folders the source found but couldn't read (or wouldn't enter, such as
+    // one too deep for the system) and left out.
+    virtual void supplySkippedDirectories(std::int64_t numberOfDirectories) { (void)numberOfDirectories; }
     // The file being read now.
     virtual void searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {
         (void)name, (void)inProgress, (void)percentageProgress;

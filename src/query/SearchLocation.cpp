@@ -1,12 +1,11 @@
 #include "query/SearchLocation.h"
 
-#include <pwd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 
 #include "platform/DiskInfoManager.h"
+#include "support/AppDirectories.h"
 
 namespace quester {
 
@@ -87,8 +86,8 @@ std::optional<SearchLocationURLSet> searchLocationURLSetFromName(std::string_vie
 }
 
 std::string userHomeFolder() {
-    if (const passwd* entry = getpwuid(getuid()); entry && entry->pw_dir && *entry->pw_dir) return entry->pw_dir;
-    return "/";
+    std::string home = AppDirectories::homeDirectory();
+    return home.empty() ? "/" : home;
 }
 
 SearchLocation::SearchLocation(std::vector<SearchTarget> targets, std::optional<std::string> name)
@@ -145,6 +144,12 @@ std::vector<Url> SearchLocation::locationURLs() const {
         if (const Url* url = target.urlValue()) urls.push_back(*url);
     }
     return urls;
+}
+
+std::vector<std::string> SearchLocation::locationPaths() const {
+    std::vector<std::string> paths;
+    for (const auto& url : locationURLs()) paths.push_back(url.path());
+    return paths;
 }
 
 std::vector<Url> SearchLocation::disksForLocations() const {

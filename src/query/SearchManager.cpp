@@ -126,6 +126,8 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       mainLoop(environment.mainLoop ? *environment.mainLoop : MainLoop::shared()),
       fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
       showsHiddenItems(searchInsideSystemAndApps || searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
+      searchedFolders(searchQuery.whereLocation() ? searchQuery.whereLocation()->locationPaths()
+                                                  : std::vector<std::string>{}),
       progressUpdateTimer(std::chrono::milliseconds(250), true, clock) {}
 
 SearchManager::~SearchManager() {
@@ -380,9 +382,7 @@ std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::int64_
 bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, const std::vector<CommandPtr>& commands) {
     const std::string& path = candidate.url.path();
     if (!candidate.ignoreSearchLocation) {
-        if (!showsHiddenItems && (fsUtilities.isInsideOSDirectory(path) || fsUtilities.isInvisibleOrInsidePackage(path))) {
-            return false;
-        }
+        if (!showsHiddenItems && fsUtilities.isHiddenFromSearch(path, searchedFolders)) return false;
         if (!searchQuery.pathIsInQueryLocation(path)) return false;
     }
     if (!searchResultPassesFiltering(candidate, *this, commands)) return false;
@@ -455,6 +455,10 @@ void SearchManager::supplySearchedDirectoriesProgress(std::int64_t numberOfDirec
     reportProgressIfDue();
 }
 
+void SearchManager::supplySkippedDirectories(std::int64_t numberOfDirectories) {
+    counters.numberOfDirectoriesSkipped += numberOfDirectories;
+}
+
 void SearchManager::reportProgressIfDue() {
     if (!progressUpdateTimer.hasElapsed()) return;
     onMainLoop([snapshot = counters.snapshot()](SearchManagerDelegate& receiver) { receiver.searchManagerProgress(snapshot); });
@@ -462,7 +466,8 @@ void SearchManager::reportProgressIfDue() {
 
 SearchManager::Progress SearchManager::Counters::snapshot() const {
     return Progress{numberOfResultsReturned.load(), numberOfDirectoriesSearched.load(),
-                    numberOfFilesContentSearched.load(), numberOfItemsInQueue.load()};
+                    numberOfFilesContentSearched.load(), numberOfItemsInQueue.load(),
+                    numberOfDirectoriesSkipped.load()};
 }
 
 void SearchManager::searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {

@@ -84,6 +84,7 @@ public:
     void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) override;
     void supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) override;
     void supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) override;
+    void supplySkippedDirectories(std::int64_t numberOfDirectories) override;
     void searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) override;
     void searchInvalidQuery() override;
 
@@ -108,6 +109,7 @@ private:
         std::atomic<std::int64_t> numberOfDirectoriesSearched{0};
         std::atomic<std::int64_t> numberOfFilesContentSearched{0};
         std::atomic<std::int64_t> numberOfItemsInQueue{0};
+        std::atomic<std::int64_t> numberOfDirectoriesSkipped{0};
         Progress snapshot() const;
     };
 
@@ -155,6 +157,8 @@ private:
     MainLoop& mainLoop;
     FSUtilities& fsUtilities;
     const bool showsHiddenItems;
+    // The folders of the query's location, below which the hidden rules judge.
+    const std::vector<std::string> searchedFolders;
 
     Locked<DataSources> allDataSources;
     Locked<DataSources> finishedDataSources;

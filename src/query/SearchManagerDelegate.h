@@ -15,6 +15,8 @@ struct SearchManagerProgress {
     std::int64_t numberOfDirectoriesSearched = 0;
     std::int64_t numberOfFilesContentSearched = 0;
     std::int64_t numberOfItemsInQueue = 0;
+    // Folders that were there but couldn't be read.
+    std::int64_t numberOfDirectoriesSkipped = 0;
 
     bool operator==(const SearchManagerProgress&) const = default;
 };

@@ -1,10 +1,5 @@
 #include "query/SearchResult.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <type_traits>
-
 #include <nlohmann/json.hpp>
 
 namespace quester {
@@ -43,13 +38,12 @@ std::optional<std::string> percentDecoded(std::string_view text) {
     return decoded;
 }
 
-// statx's birth time where the file system keeps one; 0 otherwise.
-void readFileDates(const std::string& path, SearchResult& result) {
-    struct statx attributes {};
-    if (statx(AT_FDCWD, path.c_str(), 0, STATX_SIZE | STATX_MTIME | STATX_BTIME, &attributes) != 0) return;
-    if (attributes.stx_mask & STATX_SIZE) result.size = attributes.stx_size;
-    if (attributes.stx_mask & STATX_MTIME) result.modDate = attributes.stx_mtime.tv_sec;
-    if (attributes.stx_mask & STATX_BTIME) result.creationDate = attributes.stx_btime.tv_sec;
+void readFileDates(const std::string& path, SearchResult& result, FileSystem& fileSystem) {
+    const auto status = fileSystem.status(path);
+    if (!status) return;
+    result.size = status->size;
+    result.modDate = status->modifyTime.seconds;
+    result.creationDate = status->createTime.seconds;
 }
 
 // Reads required keys one after another and keeps the first failure.
@@ -112,13 +106,14 @@ std::optional<Url> urlFromFileURLString(std::string_view text) {
     return Url(*path, isDirectory);
 }
 
-SearchResult SearchResult::forFile(SearchResultSupplier supplier, const std::string& path, bool checkToSeeIfItExists) {
+SearchResult SearchResult::forFile(SearchResultSupplier supplier, const std::string& path, bool checkToSeeIfItExists,
+                                   FileSystem& fileSystem) {
     SearchResult result;
     result.url = Url(path, false);
     result.checkToSeeIfItExists = checkToSeeIfItExists;
     result.strikeThroughDisplayNameIfMissing = true;
     result.searchResultSuppliedBy = supplier;
-    readFileDates(path, result);
+    readFileDates(path, result, fileSystem);
     return result;
 }
 

@@ -9,6 +9,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "language/SentenceComponent.h"
+#include "platform/FileSystem.h"
 #include "platform/Url.h"
 #include "query/FoundItem.h"
 #include "query/SearchResultSupplier.h"
@@ -42,8 +43,10 @@ struct SearchResult {
     const Uuid& id() const { return uuid; }
 
     // A result for the file at `path`, with its creation date, modification date
-    // and size read now. What can't be read (the file vanished) stays 0.
-    static SearchResult forFile(SearchResultSupplier supplier, const std::string& path, bool checkToSeeIfItExists);
+    // and size read now through `fileSystem`. What can't be read (the file
+    // vanished) stays 0.
+    static SearchResult forFile(SearchResultSupplier supplier, const std::string& path, bool checkToSeeIfItExists,
+                                FileSystem& fileSystem = FileSystem::real());
 
     // The network form: a JSON object with a fixed key order, without the
     // content data (found items, found lines, tags).

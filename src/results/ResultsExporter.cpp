@@ -1,13 +1,9 @@
 #include "results/ResultsExporter.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 
+#include "platform/AtomicFile.h"
 #include "results/DisplayText.h"
 #include "stores/Preferences.h"
 #include "support/PathText.h"
@@ -19,12 +15,6 @@ namespace {
 
 constexpr std::array<const char*, 7> headerNames{"name", "path", "size", "mod date", "creation date", "kind",
                                                  "parent name"};
-
-Error posixError(const std::string& what, const std::string& path) {
-    const int code = errno;
-    return makeError(ErrorCode::ioError,
-                     what + " " + path + ": " + std::strerror(code) + " (errno " + std::to_string(code) + ")");
-}
 
 std::string dateField(std::int64_t seconds, const ResultDateText& dates) {
     std::string text = dates.dateToString(seconds);
@@ -52,17 +42,6 @@ std::string joinedLine(const std::vector<std::string>& fields, ResultsExporter::
         line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(text) : ResultsExporter::tsvField(text);
     }
     return line + "\n";
-}
-
-Status writeAll(int fd, const std::string& text, const std::string& path) {
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return posixError("cannot write", path);
-        written += static_cast<std::size_t>(count);
-    }
-    return Status::success();
 }
 
 }  // namespace
@@ -138,12 +117,8 @@ std::string ResultsExporter::exportedText(Format format, const UINode::NodeList&
 }
 
 Status ResultsExporter::exportResults(Format format, const UINode::NodeList& results, const std::string& output,
-                                      const ResultDateText& dates) {
-    const int fd = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) return posixError("cannot create", output);
-    Status written = writeAll(fd, exportedText(format, results, dates), output);
-    if (::close(fd) != 0 && written) written = posixError("cannot close", output);
-    return written;
+                                      const ResultDateText& dates, FileSystem& fileSystem) {
+    return replaceFileAtomically(output, exportedText(format, results, dates), fileSystem, 0644, MissingFolder::fail);
 }
 
 }  // namespace quester

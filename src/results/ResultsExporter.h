@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/FileSystem.h"
 #include "results/ResultDateText.h"
 #include "results/UINode.h"
 #include "support/Result.h"
@@ -54,10 +55,11 @@ public:
 
     // The header and one line per node, as the file holds them.
     static std::string exportedText(Format format, const UINode::NodeList& results, const ResultDateText& dates);
-    // Creates or replaces `output` and writes `exportedText` to it.
-    // Fails with the system's reason when the file can't be made or written.
+    // Creates or replaces `output` with `exportedText`, in one step: a reader
+    // sees the old file or the whole new one. Fails with the system's reason
+    // when the file can't be made or written, and then leaves no file behind.
     static Status exportResults(Format format, const UINode::NodeList& results, const std::string& output,
-                                const ResultDateText& dates);
+                                const ResultDateText& dates, FileSystem& fileSystem = FileSystem::real());
 
     // One field after the CSV rules: a leading "=", "+", "-", "@", tab or
     // carriage return gets an apostrophe; a quote, comma or line break puts

@@ -1,12 +1,10 @@
 #include "results/UINode.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <filesystem>
+#include <span>
 
 #include "platform/FSUtilities.h"
+#include "platform/FileSystem.h"
 #include "platform/ItemAttributes.h"
 #include "platform/KindStrings.h"
 #include "support/PathText.h"
@@ -29,28 +27,24 @@ struct FileAttributes {
 };
 
 FileAttributes readAttributes(const std::string& path) {
-    struct statx info {};
     FileAttributes attributes;
-    const unsigned mask = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_ATIME | STATX_BTIME;
-    if (statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0) return attributes;
+    const auto status = FileSystem::real().status(path);
+    if (!status) return attributes;
     attributes.exists = true;
-    attributes.isDirectory = S_ISDIR(info.stx_mode);
-    if (info.stx_mask & STATX_SIZE) attributes.size = info.stx_size;
-    if (info.stx_mask & STATX_MTIME) attributes.modified = info.stx_mtime.tv_sec;
-    if (info.stx_mask & STATX_BTIME) attributes.created = info.stx_btime.tv_sec;
-    if (info.stx_mask & STATX_ATIME) attributes.accessed = info.stx_atime.tv_sec;
+    attributes.isDirectory = status->isDirectory();
+    attributes.size = status->size;
+    attributes.modified = status->modifyTime.seconds;
+    attributes.created = status->createTime.seconds;
+    attributes.accessed = status->accessTime.seconds;
     return attributes;
 }
 
 // Whether anything stands at the path, a dangling link included.
-bool itemExists(const std::string& path) {
-    std::error_code error;
-    return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found && !error;
-}
+bool itemExists(const std::string& path) { return FileSystem::real().status(path, false).ok(); }
 
 bool isSymbolicLink(const std::string& path) {
-    std::error_code error;
-    return std::filesystem::is_symlink(path, error);
+    const auto status = FileSystem::real().status(path, false);
+    return status && status->kind == FileKind::symbolicLink;
 }
 
 UINode::Kind kindForDirectory(const std::string& path) {
@@ -158,15 +152,21 @@ std::shared_ptr<UINode> UINode::childForFoundItem(const FoundItem& item) const {
 
 Result<UINode::NodeList> UINode::nodesForContentsOfFolder(const Url& folder, bool includeHiddenItems,
                                                           HighlightWords highlight) {
-    std::error_code error;
-    std::filesystem::directory_iterator entries(folder.path(), error);
-    if (error) return makeError(ErrorCode::ioError, folder.path() + ": " + error.message());
-    NodeList nodes;
-    for (const auto& entry : entries) {
-        const std::string name = entry.path().filename().string();
-        if (!includeHiddenItems && name.starts_with(".")) continue;
-        nodes.push_back(create(Url(joinPath(folder.path(), name)), nullptr, nullptr, highlight));
+    FileSystem& fileSystem = FileSystem::real();
+    auto opened = fileSystem.openDirectory(folder.path());
+    if (!opened) return opened.error();
+    std::vector<std::string> names;
+    std::vector<std::byte> buffer(65536);
+    std::vector<DirectoryEntry> batch;
+    for (;;) {
+        if (Status read = fileSystem.readEntries(**opened, buffer, batch); !read) return read.error();
+        if (batch.empty()) break;
+        for (const DirectoryEntry& entry : batch) {
+            if (includeHiddenItems || entry.name[0] != '.') names.emplace_back(entry.name);
+        }
     }
+    NodeList nodes;
+    for (const auto& name : names) nodes.push_back(create(Url(joinPath(folder.path(), name)), nullptr, nullptr, highlight));
     return nodes;
 }
 

@@ -1,10 +1,10 @@
 #include "results/UINodeModel.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <thread>
 #include <unordered_set>
 
+#include "support/PathText.h"
 #include "query/QueryContainer.h"
 #include "query/SearchManager.h"
 #include "results/DisplayText.h"
@@ -499,21 +499,26 @@ void UINodeModel::applyCheckResult(const UINodePtr& node, UINode::VisibleCheckRe
 
 // --- Folder sizes ---
 
-std::uint64_t UINodeModel::calculateFolderSize(const std::string& folder, const Operation* task) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    fs::recursive_directory_iterator entries(folder, fs::directory_options::skip_permission_denied, error);
+std::uint64_t UINodeModel::calculateFolderSize(const std::string& folder, const Operation* task,
+                                               FileSystem& fileSystem) {
     std::uint64_t total = 0;
-    for (auto entry = entries; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        if (task != nullptr && task->isCancelled()) break;
-        if (entry->path().filename().string().starts_with(".")) {
-            entry.disable_recursion_pending();
-            continue;
+    std::vector<std::string> waiting{folder};
+    std::vector<std::byte> buffer(65536);
+    std::vector<DirectoryEntry> batch;
+    while (!waiting.empty() && (task == nullptr || !task->isCancelled())) {
+        const std::string path = std::move(waiting.back());
+        waiting.pop_back();
+        auto opened = fileSystem.openDirectory(path);
+        if (!opened) continue;
+        while (fileSystem.readEntries(**opened, buffer, batch) && !batch.empty()) {
+            for (const DirectoryEntry& entry : batch) {
+                if (entry.name[0] == '.') continue;
+                const auto status = fileSystem.statusAt(**opened, entry.name);
+                if (!status) continue;
+                if (status->isRegular()) total += status->size;
+                if (status->isDirectory()) waiting.push_back(joinPath(path, entry.name));
+            }
         }
-        std::error_code statError;
-        if (entry->symlink_status(statError).type() != fs::file_type::regular) continue;
-        const auto size = entry->file_size(statError);
-        if (!statError) total += size;
     }
     return total;
 }

@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "platform/FileSystem.h"
 #include "results/Column.h"
 #include "results/RepeatingTimer.h"
 #include "results/SortedNodeList.h"
@@ -143,8 +144,10 @@ public:
 
     // The bytes of the regular files under `folder`, hidden items left out;
     // 0 when it can't be listed. Ends early with the sum so far when `task`
-    // is cancelled.
-    static std::uint64_t calculateFolderSize(const std::string& folder, const Operation* task = nullptr);
+    // is cancelled. Folders are listed through `fileSystem`; one that can't
+    // be read counts as empty.
+    static std::uint64_t calculateFolderSize(const std::string& folder, const Operation* task = nullptr,
+                                             FileSystem& fileSystem = FileSystem::real());
     // The order folders are sized in: the visible unsized ones, then, when
     // sorting by size, every other unsized top-level folder.
     static UINode::NodeList foldersToSize(const UINode::NodeList& topLevelUnsized, const UINode::NodeList& visible,

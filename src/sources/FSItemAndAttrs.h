@@ -4,23 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "platform/FileStatus.h"
+
 namespace quester {
-
-// A point in time as the file system gives it.
-struct FileTime {
-    std::int64_t seconds = 0;
-    std::uint32_t nanoseconds = 0;
-
-    bool operator==(const FileTime&) const = default;
-};
-
-// The device an item lives on, as its major and minor numbers.
-struct FileSystemId {
-    std::uint32_t major = 0;
-    std::uint32_t minor = 0;
-
-    bool operator==(const FileSystemId&) const = default;
-};
 
 // One entry of a directory listing, with what a search needs to know of it.
 // When the listing was asked not to read an entry's attributes,

@@ -7,6 +7,8 @@
 
 #include "commands/MaxDepth.h"
 #include "platform/FSUtilities.h"
+#include "platform/MountTable.h"
+#include "support/PathText.h"
 #include "platform/Url.h"
 #include "query/SearchDataSourceDelegate.h"
 #include "query/SearchResult.h"
@@ -65,9 +67,11 @@ std::string withoutTrailingSlash(std::string path) {
 
 }  // namespace
 
-FileSystemSearch::FileSystemSearch(ActivityController* activityController, FSUtilities* fsUtilities)
+FileSystemSearch::FileSystemSearch(ActivityController* activityController, FSUtilities* fsUtilities,
+                                   FileSystem* fileSystem)
     : activityController(activityController ? *activityController : ActivityController::shared()),
       fsUtilities(fsUtilities ? *fsUtilities : FSUtilities::shared()),
+      fileSystem(fileSystem ? *fileSystem : FileSystem::real()),
       progressUpdateTimer(std::chrono::milliseconds(250), true) {}
 
 void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDelegate& handler) {
@@ -83,9 +87,14 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
     activityController.mainLoop().post([item = progressItem, cancelTarget] { item->setCancelTarget(cancelTarget); });
 
     if (query->whereLocation()) {
-        for (const Url& disk : query->whereLocation()->disksForLocations()) {
+        searchedFolders = query->whereLocation()->locationPaths();
+        const auto mounts = fileSystem.mountTable();
+        if (!mounts) LOG("no mount table, walks may cross into other disks: " + mounts.error().message);
+        // Disks found below a walked one are appended and walked in turn.
+        std::vector<Url> disks = query->whereLocation()->disksForLocations();
+        for (std::size_t index = 0; index < disks.size(); ++index) {
             if (handler.shouldStop()) continue;
-            searchDisk(disk, handler);
+            searchDisk(Url(disks[index]), mounts ? &*mounts : nullptr, disks, handler);
         }
     }
 
@@ -94,7 +103,8 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
     });
 }
 
-void FileSystemSearch::searchDisk(const Url& disk, SearchDataSourceDelegate& handler) {
+void FileSystemSearch::searchDisk(const Url& disk, const MountTable* mounts, std::vector<Url>& disks,
+                                  SearchDataSourceDelegate& handler) {
     const std::string diskPath = withoutTrailingSlash(disk.path());
     std::string diskKey = fsUtilities.keyForDisk(disk);
     bool tryCatalog = isVolumeRoot(diskPath) && !query->searchWords().empty() && maxDepth == 0 &&
@@ -106,6 +116,7 @@ void FileSystemSearch::searchDisk(const Url& disk, SearchDataSourceDelegate& han
     LOG("Iteration");
     addVolumeCountsToActivity(disk);
     DiskWalk walk = makeSkipPaths(diskPath, std::move(diskKey));
+    if (mounts) addMountsBelow(walk, *mounts, disks);
     walk.offersNameMatchesOnly = nameTestDecidesAlone() && !holdsAnyWord(diskPath, query->searchWords());
     iterate(walk, handler);
     directoryIterationQueue.waitUntilAllOperationsAreFinished();
@@ -134,20 +145,35 @@ void FileSystemSearch::addVolumeCountsToActivity(const Url& disk) {
     });
 }
 
-FileSystemSearch::DiskWalk FileSystemSearch::makeSkipPaths(const std::string& base, std::string diskKey) {
+FileSystemSearch::DiskWalk FileSystemSearch::makeSkipPaths(const std::string& base, std::string diskKey) const {
+    const PlatformProfile& profile = fsUtilities.profile();
     std::string root = base == "/" ? "" : base;
-    return DiskWalk{base,
-                    std::move(diskKey),
-                    {root + "/Volumes", root + "/System/Volumes", root + "/Network"},
-                    {"/Backups.backupdb"},
-                    false,
+    std::vector<std::string> skipPaths;
+    for (const auto& folder : profile.walkSkippedFolders) skipPaths.push_back(root + folder);
+    return DiskWalk{base, std::move(diskKey), std::move(skipPaths), profile.walkSkippedPathParts, {}, false,
                     Url::bootVolumeURL().has_value()};
+}
+
+// Every mount point below the disk is left to a walk of its own: the ones
+// that may hold a person's files are added to the disks to walk.
+void FileSystemSearch::addMountsBelow(DiskWalk& walk, const MountTable& mounts, std::vector<Url>& disks) {
+    for (const MountEntry& entry : mounts.entries()) {
+        if (!isStrictlyBelow(entry.mountPoint, walk.diskPath)) continue;
+        walk.otherMounts.insert(entry.mountPoint);
+        if (mounts.entryAt(entry.mountPoint) != &entry || !entry.holdsPersonalFiles()) continue;
+        const bool known = std::any_of(disks.begin(), disks.end(), [&](const Url& disk) {
+            return withoutTrailingSlash(disk.path()) == entry.mountPoint;
+        });
+        auto status = fileSystem.status(entry.mountPoint, false);
+        if (!known && status && status->isDirectory()) disks.emplace_back(entry.mountPoint, true);
+    }
 }
 
 bool FileSystemSearch::shouldSkip(const std::string& path, const DiskWalk& walk) {
     for (const auto& skipped : walk.skipPaths) {
         if (path == skipped) return true;
     }
+    if (walk.otherMounts.count(path) > 0) return true;
     for (const auto& included : walk.skipIncludes) {
         if (path.find(included) != std::string::npos) return true;
     }
@@ -155,13 +181,13 @@ bool FileSystemSearch::shouldSkip(const std::string& path, const DiskWalk& walk)
 }
 
 void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& handler) {
-    Locked<std::deque<std::string>> pending(std::deque<std::string>{walk.diskPath});
+    Locked<std::deque<PendingFolder>> pending(std::deque<PendingFolder>{PendingFolder{walk.diskPath, nullptr}});
     for (;;) {
         if (userCanceled) break;
-        auto generation = pending.access([](std::deque<std::string>& waiting) {
+        auto generation = pending.access([](std::deque<PendingFolder>& waiting) {
             std::size_t count = std::min(waiting.size(), generationSize);
-            std::vector<std::string> taken(std::make_move_iterator(waiting.begin()),
-                                           std::make_move_iterator(waiting.begin() + static_cast<long>(count)));
+            std::vector<PendingFolder> taken(std::make_move_iterator(waiting.begin()),
+                                             std::make_move_iterator(waiting.begin() + static_cast<long>(count)));
             waiting.erase(waiting.begin(), waiting.begin() + static_cast<long>(count));
             return taken;
         });
@@ -171,19 +197,22 @@ void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& h
         std::atomic<std::size_t> next{0};
         for (int worker = 0; worker < concurrentDirectories; ++worker) {
             directoryIterationQueue.addTrackedOperation([this, &generation, &next, &walk, &handler, &pending] {
-                std::vector<std::string> found;
+                DirectoryIterator iterator(fileSystem);
+                std::vector<PendingFolder> found;
                 std::int64_t subdirectoriesSeen = 0;
+                std::int64_t skipped = 0;
                 for (std::size_t index; !userCanceled && (index = next++) < generation.size();) {
-                    auto subdirectories = iterate(generation[index], walk, handler);
-                    subdirectoriesSeen += static_cast<std::int64_t>(subdirectories.size());
-                    for (auto& subdirectory : subdirectories) {
-                        if (passesDepthTest(subdirectory)) found.push_back(std::move(subdirectory));
+                    FolderListing listing = iterate(generation[index], walk, iterator, handler);
+                    skipped += listing.skipped ? 1 : 0;
+                    subdirectoriesSeen += static_cast<std::int64_t>(listing.subdirectories.size());
+                    for (auto& subdirectory : listing.subdirectories) {
+                        if (passesDepthTest(subdirectory.path)) found.push_back(std::move(subdirectory));
                     }
                 }
                 // Counted once for the folders this operation listed: the
                 // progress is read four times a second, not a folder at a time.
-                reportDirectories(subdirectoriesSeen, handler);
-                pending.access([&](std::deque<std::string>& waiting) {
+                reportDirectories(subdirectoriesSeen, skipped, handler);
+                pending.access([&](std::deque<PendingFolder>& waiting) {
                     waiting.insert(waiting.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
                 });
             });
@@ -192,25 +221,53 @@ void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& h
     }
 }
 
-std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryPath, const DiskWalk& walk,
-                                                   SearchDataSourceDelegate& handler) {
-    if (shouldSkip(directoryPath, walk)) return {};
-    if (!handler.showHiddenItems()) {
-        if (fsUtilities.isInsideOSDirectory(directoryPath)) return {};
-        if (fsUtilities.isInvisibleOrInsidePackage(directoryPath)) return {};
+Result<std::unique_ptr<DirectoryHandle>> FileSystemSearch::open(const PendingFolder& folder) {
+    if (!folder.parent) return fileSystem.openDirectory(folder.path);
+    return fileSystem.openDirectoryAt(*folder.parent, std::string_view(folder.path).substr(folder.path.rfind('/') + 1));
+}
+
+std::shared_ptr<DirectoryHandle> FileSystemSearch::holdForSubfolders(std::unique_ptr<DirectoryHandle> handle) {
+    if (heldFolders.fetch_add(1) >= maxHeldFolders) {
+        --heldFolders;
+        return nullptr;
+    }
+    return std::shared_ptr<DirectoryHandle>(handle.release(), [this](DirectoryHandle* held) {
+        delete held;
+        --heldFolders;
+    });
+}
+
+FileSystemSearch::FolderListing FileSystemSearch::iterate(const PendingFolder& folder, const DiskWalk& walk,
+                                                          DirectoryIterator& iterator,
+                                                          SearchDataSourceDelegate& handler) {
+    FolderListing result;
+    const std::string& directoryPath = folder.path;
+    if (shouldSkip(directoryPath, walk)) return result;
+    if (!handler.showHiddenItems() && fsUtilities.isHiddenFromSearch(directoryPath, searchedFolders)) return result;
+    auto opened = open(folder);
+    if (!opened) {
+        // A folder that went away, or that turned into something else, is no loss to report.
+        const ErrorCode code = opened.error().code;
+        result.skipped = code != ErrorCode::notFound && code != ErrorCode::invalidArgument;
+        LOG("open error: " + opened.error().message);
+        return result;
     }
     // Only the items that may match pay for their attributes.
-    // Each worker thread keeps one iterator, so its 64 KiB buffer is reused.
-    thread_local DirectoryIterator iterator;
-    auto listing = iterator.contentsOfDirectoryAtPath(directoryPath, [&](const std::string& path, bool) {
+    auto listing = iterator.contentsOfDirectory(**opened, directoryPath, [&](std::string_view path, bool) {
         return !handler.shouldStop() && isWorthOffering(path, walk);
     });
-    std::vector<std::string> subdirectories;
+    if (listing.readError) {
+        result.skipped = true;
+        LOG("listing error: " + listing.readError->message);
+    }
+    std::shared_ptr<DirectoryHandle> held;
     for (auto& item : listing.items) {
         if (item.attributesRead && !handler.shouldStop()) foundItem(item, walk, handler);
-        if (item.isDirectory) subdirectories.push_back(std::move(item.fullPath));
+        if (!item.isDirectory) continue;
+        if (!held && *opened) held = holdForSubfolders(std::move(*opened));
+        result.subdirectories.push_back(PendingFolder{std::move(item.fullPath), held});
     }
-    return subdirectories;
+    return result;
 }
 
 // An item whose own name fails, in a query that the name test decides alone,
@@ -220,15 +277,16 @@ std::vector<std::string> FileSystemSearch::iterate(const std::string& directoryP
 // the filters. When the walked folder's own path holds a query word, the
 // folder itself (or a disk root) would come only from such items: then every
 // possible match is offered.
-bool FileSystemSearch::isWorthOffering(const std::string& fullPath, const DiskWalk& walk) const {
+bool FileSystemSearch::isWorthOffering(std::string_view fullPath, const DiskWalk& walk) const {
     if (walk.offersNameMatchesOnly) {
-        std::string_view name = std::string_view(fullPath).substr(fullPath.rfind('/') + 1);
+        std::string_view name = fullPath.substr(fullPath.rfind('/') + 1);
         if (!query->fsItemNameStringIncludesWordsFromQuery(name, false)) return false;
     }
     return query->isPossibleMatch(fullPath, false);
 }
 
-void FileSystemSearch::reportDirectories(std::int64_t count, SearchDataSourceDelegate& handler) {
+void FileSystemSearch::reportDirectories(std::int64_t count, std::int64_t skipped, SearchDataSourceDelegate& handler) {
+    if (skipped > 0) handler.supplySkippedDirectories(skipped);
     handler.supplySearchedDirectoriesProgress(count);
     std::int64_t searched = searchedCount += count;
     if (!progressUpdateTimer.hasElapsed()) return;

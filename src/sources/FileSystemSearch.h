@@ -5,8 +5,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
+#include "platform/FileSystem.h"
 #include "query/QueryContainer.h"
 #include "query/SearchDataSource.h"
 #include "support/ActivityItem.h"
@@ -18,7 +20,9 @@
 namespace quester {
 
 class ActivityController;
+class DirectoryIterator;
 class FSUtilities;
+class MountTable;
 class Url;
 
 // The source that looks at the real disks. Each disk of the query's location
@@ -27,6 +31,13 @@ class Url;
 // the delegate, one item a call; the commands are the delegate's business.
 // There is no volume catalog search on Linux: it answers "not supported" at
 // once and every disk is walked.
+//
+// A walk stays on its disk: a mount point below it is never entered. Where a
+// person's files may lie there (another disk, /tmp on tmpfs) it is walked
+// afterwards as a disk of its own; pseudo file systems are never walked.
+// Folders are opened relative to their parent's open descriptor, so depth is
+// limited by the file system alone. A folder that is there but can't be read
+// is left out and counted to the delegate (`supplySkippedDirectories`).
 //
 // One object serves one search. `search` runs on the caller's thread and
 // returns when the walk is done or stopped; `searchShouldStop` and `cancel`
@@ -42,8 +53,13 @@ public:
     static constexpr std::size_t generationSize = 256;
     static constexpr int concurrentDirectories = 2;
 
-    // Both default to the process-wide objects; they must outlive the search.
-    explicit FileSystemSearch(ActivityController* activityController = nullptr, FSUtilities* fsUtilities = nullptr);
+    // Folders kept open at once so their subfolders can be opened by name;
+    // beyond that a subfolder is opened by its path.
+    static constexpr int maxHeldFolders = 512;
+
+    // All default to the process-wide objects; they must outlive the search.
+    explicit FileSystemSearch(ActivityController* activityController = nullptr, FSUtilities* fsUtilities = nullptr,
+                              FileSystem* fileSystem = nullptr);
 
     std::string debugDescription() const override { return "FileSystemSearch"; }
     SearchResultSupplier type() const override { return SearchResultSupplier::fileSystem; }
@@ -56,36 +72,60 @@ public:
     std::int64_t directoriesSearched() const { return searchedCount.load(); }
 
 private:
+    // A folder waiting to be listed.
+    struct PendingFolder {
+        std::string path;
+        // The open folder that holds it, to open it by name; none when too
+        // many folders are held open already.
+        std::shared_ptr<DirectoryHandle> parent;
+    };
+
+    // What one walk of a disk lists per folder.
+    struct FolderListing {
+        std::vector<PendingFolder> subdirectories;
+        bool skipped = false;  // the folder is there but couldn't be read
+    };
+
     struct DiskWalk {
         std::string diskPath;
         std::string diskKey;
         std::vector<std::string> skipPaths;
         std::vector<std::string> skipIncludes;
+        // Mount points below the disk: the walk doesn't enter them.
+        std::unordered_set<std::string> otherMounts;
         bool offersNameMatchesOnly;
         // Whether found paths go through `Url::correctRootBasedPath`: only a
         // platform with a second spelling of the boot volume changes them.
         bool correctsRootPaths;
     };
 
-    void searchDisk(const Url& disk, SearchDataSourceDelegate& handler);
+    void searchDisk(const Url& disk, const MountTable* mounts, std::vector<Url>& disks,
+                    SearchDataSourceDelegate& handler);
+    void addMountsBelow(DiskWalk& walk, const MountTable& mounts, std::vector<Url>& disks);
     int searchfs(const std::string& diskPath);
     bool isVolumeRoot(const std::string& path) const;
     bool nameTestDecidesAlone() const;
-    bool isWorthOffering(const std::string& fullPath, const DiskWalk& walk) const;
+    bool isWorthOffering(std::string_view fullPath, const DiskWalk& walk) const;
     void addVolumeCountsToActivity(const Url& disk);
     void iterate(const DiskWalk& walk, SearchDataSourceDelegate& handler);
-    std::vector<std::string> iterate(const std::string& directoryPath, const DiskWalk& walk,
-                                     SearchDataSourceDelegate& handler);
+    FolderListing iterate(const PendingFolder& folder, const DiskWalk& walk, DirectoryIterator& iterator,
+                          SearchDataSourceDelegate& handler);
+    Result<std::unique_ptr<DirectoryHandle>> open(const PendingFolder& folder);
+    std::shared_ptr<DirectoryHandle> holdForSubfolders(std::unique_ptr<DirectoryHandle> handle);
     void foundItem(const FSItemAndAttrs& item, const DiskWalk& walk, SearchDataSourceDelegate& handler);
-    void reportDirectories(std::int64_t count, SearchDataSourceDelegate& handler);
+    void reportDirectories(std::int64_t count, std::int64_t skipped, SearchDataSourceDelegate& handler);
     bool passesDepthTest(const std::string& path) const;
 
-    static DiskWalk makeSkipPaths(const std::string& base, std::string diskKey);
+    DiskWalk makeSkipPaths(const std::string& base, std::string diskKey) const;
     static bool shouldSkip(const std::string& path, const DiskWalk& walk);
 
     ActivityController& activityController;
     FSUtilities& fsUtilities;
+    FileSystem& fileSystem;
     std::optional<QueryContainer> query;
+    // The folders a person asked for; the hidden rules judge below them.
+    std::vector<std::string> searchedFolders;
+    std::atomic<int> heldFolders{0};
     int maxDepth = 0;
     TrackableOperationQueue directoryIterationQueue{concurrentDirectories};
     std::atomic<bool> userCanceled{false};

@@ -1,16 +1,14 @@
 #include "stores/Preferences.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include <fmt/core.h>
 
+#include "platform/AtomicFile.h"
+#include "platform/FileSystem.h"
 #include "support/AppDirectories.h"
-#include "support/AtomicFile.h"
 #include "support/LogFunc.h"
 
 namespace quester {
@@ -43,7 +41,7 @@ Preferences::Preferences(std::string path, NotificationCenter& notificationCente
 
 Preferences& Preferences::shared() {
     static Preferences* instance = [] {
-        auto folder = AppDirectories::configDirectory();
+        auto folder = AppDirectories::configDirectoryPath();
         if (!folder) LOG("no config folder, settings are kept for this run only: " + folder.error().message);
         return new Preferences(folder ? *folder + "/" + fileName : std::string());
     }();
@@ -52,11 +50,9 @@ Preferences& Preferences::shared() {
 
 void Preferences::load() {
     if (storePath.empty()) return;
-    std::ifstream in(storePath, std::ios::binary);
-    if (!in) return;
-    std::stringstream text;
-    text << in.rdbuf();
-    json parsed = json::parse(text.str(), nullptr, false);
+    const auto text = FileSystem::real().readFile(storePath);
+    if (!text) return;
+    json parsed = json::parse(*text, nullptr, false);
     if (parsed.is_discarded() || !parsed.is_object()) {
         setAsideCorruptFile(parsed.is_discarded() ? "not JSON" : "not a JSON object");
         return;
@@ -66,9 +62,9 @@ void Preferences::load() {
 
 void Preferences::setAsideCorruptFile(const std::string& reason) {
     std::string corruptPath = storePath + ".corrupt";
-    if (rename(storePath.c_str(), corruptPath.c_str()) != 0) {
+    if (Status moved = FileSystem::real().rename(storePath, corruptPath); !moved) {
         LOG(fmt::format("{} is {} and cannot be set aside ({}); defaults stand", storePath, reason,
-                        std::strerror(errno)));
+                        moved.error().message));
         return;
     }
     LOG(fmt::format("{} is {}; set aside as {}, defaults stand", storePath, reason, corruptPath));

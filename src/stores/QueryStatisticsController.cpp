@@ -1,11 +1,10 @@
 #include "stores/QueryStatisticsController.h"
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 
+#include "platform/AtomicFile.h"
+#include "platform/FileSystem.h"
 #include "support/AppDirectories.h"
-#include "support/AtomicFile.h"
 #include "support/LogFunc.h"
 #include "support/Uuid.h"
 
@@ -23,7 +22,7 @@ QueryStatisticsController::QueryStatisticsController(std::string path) : filePat
 
 QueryStatisticsController& QueryStatisticsController::shared() {
     static QueryStatisticsController* controller = [] {
-        const auto folder = AppDirectories::applicationSupportDirectory();
+        const auto folder = AppDirectories::applicationSupportDirectoryPath();
         if (!folder) LOG("no data folder for the query statistics: " + folder.error().description());
         auto* made = new QueryStatisticsController(folder ? *folder + "/" + fileName : std::string());
         made->load();
@@ -34,11 +33,9 @@ QueryStatisticsController& QueryStatisticsController::shared() {
 
 void QueryStatisticsController::load() {
     std::vector<QueryStatistic> loaded;
-    std::ifstream in(filePath, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    const auto parsed = nlohmann::json::parse(text.str(), nullptr, false);
-    if (in && parsed.is_array()) {
+    const auto text = FileSystem::real().readFile(filePath);
+    const auto parsed = nlohmann::json::parse(text.valueOr(""), nullptr, false);
+    if (text && parsed.is_array()) {
         for (const auto& item : parsed) {
             auto statistic = QueryStatistic::fromJSON(item);
             if (!statistic) {

@@ -69,7 +69,15 @@ Status createDirectoryWithParents(const std::string& path) {
 }
 
 Result<std::string> AppDirectories::configDirectory() {
-    return createdDirectory(baseDirectory("config", "XDG_CONFIG_HOME", ".config"));
+    return createdDirectory(configDirectoryPath());
+}
+
+Result<std::string> AppDirectories::configDirectoryPath() {
+    return baseDirectory("config", "XDG_CONFIG_HOME", ".config");
+}
+
+Result<std::string> AppDirectories::applicationSupportDirectoryPath() {
+    return baseDirectory("data", "XDG_DATA_HOME", ".local/share");
 }
 
 Result<std::string> AppDirectories::appCachesDirectory() {
@@ -77,7 +85,7 @@ Result<std::string> AppDirectories::appCachesDirectory() {
 }
 
 Result<std::string> AppDirectories::applicationSupportDirectory() {
-    return createdDirectory(baseDirectory("data", "XDG_DATA_HOME", ".local/share"));
+    return createdDirectory(applicationSupportDirectoryPath());
 }
 
 Result<std::string> AppDirectories::applicationScriptsDirectory() {
@@ -95,8 +103,8 @@ Result<std::string> AppDirectories::applicationScriptsDirectory() {
 }
 
 std::string AppDirectories::homeDirectory() {
-    std::string home = passwdHomeDirectory();
-    return home.empty() ? environment("HOME") : home;
+    std::string home = environment("HOME");
+    return !home.empty() && home.front() == '/' ? home : passwdHomeDirectory();
 }
 
 bool AppDirectories::removeItem_NoThrow(const std::string& path) {

@@ -30,8 +30,14 @@ public:
     // effect at that time.
     static Result<std::string> applicationScriptsDirectory();
 
-    // The home folder of the real user (getpwuid), else $HOME; empty when
-    // neither can be had.
+    // The config and data folders' paths, without making them: a reader finds
+    // nothing where there is no folder, and a writer makes it when it has
+    // something to store, so that a run that stores nothing leaves no trace.
+    static Result<std::string> configDirectoryPath();
+    static Result<std::string> applicationSupportDirectoryPath();
+
+    // The user's home folder: $HOME when it holds an absolute path, else the
+    // password database's entry for the real user; empty when neither can be had.
     static std::string homeDirectory();
 
     // Removes a file or a whole folder. True on success; false when nothing

@@ -117,6 +117,23 @@ TEST(PackageRules, APackageIsNotInsideOneButItsContentsAre) {
     EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Library/Frameworks/Foo.framework/Versions/A"));
 }
 
+TEST(SearchedFolders, AFolderANamedSearchStartsInIsSearchedWhateverItIs) {
+    FSUtilities fs(PlatformProfile::linux(), CountingProbe{});
+    const std::vector<std::string> system{"/usr"}, dotFolder{"/home/alice/.config"}, root{"/"};
+    EXPECT_FALSE(fs.isHiddenFromSearch("/usr", system));
+    EXPECT_FALSE(fs.isHiddenFromSearch("/usr/share/doc/readme", system));
+    EXPECT_FALSE(fs.isHiddenFromSearch("/home/alice/.config", dotFolder));
+    EXPECT_FALSE(fs.isHiddenFromSearch("/home/alice/.config/app/settings", dotFolder));
+    // Below the named folder the rules hold as ever.
+    EXPECT_TRUE(fs.isHiddenFromSearch("/home/alice/.config/app/.cache/x", dotFolder));
+    EXPECT_TRUE(fs.isHiddenFromSearch("/usr/lib/.build-id", system));
+    EXPECT_TRUE(fs.isHiddenFromSearch("/usr/share", root));
+    EXPECT_TRUE(fs.isHiddenFromSearch("/home/alice/.config/app", root));
+    EXPECT_FALSE(fs.isHiddenFromSearch("/home/alice/notes.txt", root));
+    // A path outside every searched folder is judged whole.
+    EXPECT_TRUE(fs.isHiddenFromSearch("/etc/passwd", dotFolder));
+}
+
 TEST(PackageRules, EachExtensionIsAskedOnceAndRememberedForTheRun) {
     CountingProbe probe;
     FSUtilities fs(PlatformProfile::linux(), probe);

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "platform/FaultInjectingFileSystem.h"
 #include "results/ResultsExporter.h"
 #include "stores/Preferences.h"
 #include "testing/TempDir.h"
@@ -96,6 +99,20 @@ TEST_F(ExportTest, unwritablePlaceFailsWithTheSystemsReason) {
     const Status status = ResultsExporter::exportResults(Format::csv, nodes, dir.str() + "/missing/out.csv", dates);
     ASSERT_FALSE(status.ok());
     EXPECT_NE(status.error().message.find("errno 2"), std::string::npos) << status.error().message;
+}
+
+TEST_F(ExportTest, aWriteThatFailsReportsTheErrorAndLeavesNoHalfWrittenFile) {
+    const auto previous = dir.write("out.csv", "the previous export\n");
+    FaultInjectingFileSystem faulty;
+    faulty.failWritesAfter(10);
+    const Status status = ResultsExporter::exportResults(Format::csv, nodes, previous.string(), dates, faulty);
+    ASSERT_FALSE(status.ok());
+    EXPECT_EQ(status.error().code, ErrorCode::ioError);
+    EXPECT_EQ(testing::readFile(previous), "the previous export\n");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1) << "no temporary file is left";
+
+    EXPECT_FALSE(ResultsExporter::exportResults(Format::csv, nodes, dir.str() + "/new.csv", dates, faulty).ok());
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "new.csv"));
 }
 
 TEST(ResultDateTextTest, datesNearNowReadAsDaysAndThisYearLosesAFreeStandingYear) {

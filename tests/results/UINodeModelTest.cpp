@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "ManualTimerScheduler.h"
+#include "platform/FaultInjectingFileSystem.h"
 #include "support/PathText.h"
 #include "results/UINodeModel.h"
 #include "stores/Preferences.h"
@@ -334,6 +335,18 @@ TEST(FolderSizing, orderPutsVisibleFoldersFirst) {
     EXPECT_EQ(UINodeModel::foldersToSize(folders, {folders[2], fileNode("/x")}, true),
               (UINode::NodeList{folders[2], folders[0], folders[1]}));
     EXPECT_EQ(UINodeModel::calculateFolderSize("/nonexistent/folder"), 0u);
+}
+
+TEST(FolderSizing, aSubfolderThatCantBeReadCountsAsEmptyAndTheRestIsSummed) {
+    testing::TempDir dir;
+    dir.write("top/a.bin", std::string(100, 'a'));
+    dir.write("top/locked/b.bin", std::string(40, 'b'));
+    dir.write("top/open/c.bin", std::string(7, 'c'));
+    dir.write("top/.hidden/d.bin", std::string(1000, 'd'));
+    EXPECT_EQ(UINodeModel::calculateFolderSize(dir.str() + "/top"), 147u);
+    FaultInjectingFileSystem faulty;
+    faulty.makeUnreadable(dir.str() + "/top/locked");
+    EXPECT_EQ(UINodeModel::calculateFolderSize(dir.str() + "/top", nullptr, faulty), 107u);
 }
 
 TEST(UINodeModelInstances, listsTheLiveModels) {

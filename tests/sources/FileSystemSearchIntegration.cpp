@@ -15,6 +15,8 @@
 #include "commands/StandardCommandFactories.h"
 #include "query/CommandRecogniser.h"
 #include "platform/FSUtilities.h"
+#include "support/PathText.h"
+#include "platform/PlatformProfile.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
@@ -85,9 +87,17 @@ public:
     std::string root() const { return dir.str(); }
 
 private:
+    // Below a folder the profile keeps walks out of (the tree's root is the walked disk).
     static bool isBelowSkippedFolder(const fs::path& relative) {
-        std::string first = relative.begin()->string();
-        return (first == "Volumes" || first == "Backups.backupdb") && relative.has_parent_path();
+        const auto profile = PlatformProfile::current();
+        const std::string path = "/" + relative.string();
+        for (const auto& folder : profile->walkSkippedFolders) {
+            if (isStrictlyBelow(path, folder)) return true;
+        }
+        for (const auto& part : profile->walkSkippedPathParts) {
+            if (path.find(part + "/") != std::string::npos) return true;
+        }
+        return false;
     }
 
     static bool isHiddenOrInPackage(const fs::path& relative) {

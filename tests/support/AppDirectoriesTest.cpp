@@ -43,11 +43,15 @@ TEST(AppDirectories, XdgVariablesWhenQuesterHomeIsUnset) {
     EXPECT_EQ(AppDirectories::applicationSupportDirectory().valueOr(""), root.str() + "/share/quester");
 }
 
-TEST(AppDirectories, HomeIsTheRealUsersEvenWhenHomeVariableLies) {
-    EnvironmentVariable home("HOME", "/nonexistent/elsewhere");
-    std::string answer = AppDirectories::homeDirectory();
-    EXPECT_FALSE(answer.empty());
-    EXPECT_NE(answer, "/nonexistent/elsewhere");
+// The default search and "show apps" both take the home from here, so they
+// agree on one folder: $HOME as the shell has it, the password entry without it.
+TEST(AppDirectories, HomeIsTheHomeVariableThenThePasswordEntry) {
+    {
+        EnvironmentVariable home("HOME", "/srv/elsewhere");
+        EXPECT_EQ(AppDirectories::homeDirectory(), "/srv/elsewhere");
+    }
+    EnvironmentVariable home("HOME", "");
+    EXPECT_FALSE(AppDirectories::homeDirectory().empty());
 }
 
 TEST(AppDirectories, AFileInTheWayIsAnError) {

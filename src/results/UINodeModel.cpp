@@ -9,6 +9,7 @@
 #include "query/SearchManager.h"
 #include "results/DisplayText.h"
 #include "stores/Preferences.h"
+#include "support/Crc64.h"
 #include "support/LogFunc.h"
 
 namespace quester {
@@ -194,7 +195,7 @@ void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
     // comes again, which is rare.
     std::optional<std::unordered_map<const UINode*, std::size_t>> takenAt;
     for (auto& node : batch) {
-        const auto [entry, added] = content.try_emplace(node->fileURL.path(), node);
+        const auto [entry, added] = content.try_emplace(crc64(node->fileURL.path()), node);
         if (added) {
             if (takenAt) takenAt->emplace(node.get(), contentOrder.size());
             contentOrder.push_back(std::move(node));
@@ -348,7 +349,7 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
 
 void UINodeModel::substituteItems(const UINodePtr& old, const UINodePtr& replacement) {
     onContentQueue([old, replacement](UINodeModel& model) {
-        model.content[old->fileURL.path()] = replacement;
+        model.content[crc64(old->fileURL.path())] = replacement;
         model.sortedWhileDeferred.reset();
         const auto at = std::find_if(model.contentOrder.begin(), model.contentOrder.end(),
                                      [&](const UINodePtr& node) { return node->fileURL == old->fileURL; });

@@ -215,7 +215,8 @@ private:
     const Clock::Duration sizingPause;
 
     // Content queue only.
-    std::unordered_map<std::string, UINodePtr> content;
+    // The rows by their paths' crc64: a million paths cost no second copy.
+    std::unordered_map<std::int64_t, UINodePtr> content;
     std::vector<UINodePtr> contentOrder;  // the rows of `content` in the order they came
     // While sorting is deferred: `contentOrder` sorted as the rows came.
     std::optional<SortedNodeList> sortedWhileDeferred;

@@ -38,8 +38,9 @@ struct Key {
 class TextStore {
 public:
     std::string_view add(std::string_view text) {
-        if (blocks.empty() || blockSize - used < text.size()) {
-            blocks.push_back(std::make_unique<char[]>(std::max(blockSize, text.size())));
+        if (blocks.empty() || capacity - used < text.size()) {
+            capacity = std::max(blockSize, text.size());
+            blocks.push_back(std::make_unique<char[]>(capacity));
             used = 0;
         }
         char* at = blocks.back().get() + used;
@@ -51,6 +52,7 @@ public:
 private:
     static constexpr std::size_t blockSize = 1 << 20;
     std::vector<std::unique_ptr<char[]>> blocks;
+    std::size_t capacity = 0;  // of the last block
     std::size_t used = 0;
 };
 

@@ -103,7 +103,7 @@ std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlig
     node->size = searchResult.size;
     if (searchResult.foundItems) node->foundItemCount = static_cast<std::int32_t>(searchResult.foundItems->size());
     if (searchResult.contentSearchResults) {
-        node->foundLines = std::make_shared<const FoundLines>(*searchResult.contentSearchResults);
+        node->extras = std::make_unique<const Extras>(Extras{{}, searchResult.contentSearchResults, {}, {}});
     }
     if (searchResult.isDirectory) {
         node->kind = kindForDirectory(path);
@@ -129,8 +129,10 @@ std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UIN
     auto node = made(clock.now(), std::move(highlight));
     const FileAttributes attributes = readAttributes(url.path());
     node->fileURL = Url(url.path(), attributes.isDirectory);
-    node->parent = parent;
-    if (replacing != nullptr) node->replacedID = replacing->id;
+    if (parent || replacing != nullptr) {
+        const auto replaced = replacing != nullptr ? std::optional<Uuid>(replacing->id) : std::nullopt;
+        node->extras = std::make_unique<const Extras>(Extras{{}, {}, replaced, parent});
+    }
     node->creationDate = attributes.created;
     node->modificationDate = attributes.modified;
     node->lastAccessDate = attributes.accessed;
@@ -146,7 +148,7 @@ std::shared_ptr<UINode> UINode::childForFoundItem(const FoundItem& item) const {
                                  : nullptr;
     auto child = made(nodeCreated, words);
     child->fileURL = fileURL;
-    child->hit = std::make_unique<const FoundItem>(item);
+    child->extras = std::make_unique<const Extras>(Extras{item, {}, {}, {}});
     child->modificationDate = item.modified;
     child->kind = Kind::foundItem;
     child->kindText = internedKindText({});
@@ -176,7 +178,7 @@ UINode::NodeList UINode::nodesForContentsOfFolderIgnoringError(const Url& folder
 }
 
 std::string UINode::displayName() const {
-    if (hit) return hit->title;
+    if (const FoundItem* hit = foundItem()) return hit->title;
     std::string name = lastPathComponent(fileURL.path());
     if (foundItemCount >= 0) name += " (" + std::to_string(foundItemCount) + ")";
     return name;
@@ -185,12 +187,12 @@ std::string UINode::displayName() const {
 std::string UINode::nameSortKey() const { return LocalizedCollation::standardKey(displayName()); }
 
 std::string UINode::displayPath() const {
-    if (hit) return {};
+    if (foundItem()) return {};
     return Url(parentPath(fileURL.path()), true).displayPath();
 }
 
 std::string UINode::displayInside() const {
-    if (hit) return {};
+    if (foundItem()) return {};
     return lastPathComponent(parentPath(fileURL.path()));
 }
 
@@ -200,7 +202,7 @@ const std::vector<std::string>& UINode::displayWordsToHighlight() const {
 }
 
 std::optional<std::string> UINode::summaryLine() const {
-    if (hit) return hit->title;
+    if (const FoundItem* hit = foundItem()) return hit->title;
     return std::nullopt;
 }
 

@@ -126,7 +126,11 @@ public:
     bool displayWordsToHighlightIsCaseSensitive() const { return highlight && highlight->isCaseSensitive; }
     // The title of a hit; none for other rows.
     std::optional<std::string> summaryLine() const;
-    const FoundItem* foundItem() const { return hit.get(); }
+    const FoundItem* foundItem() const { return extras && extras->hit ? &*extras->hit : nullptr; }
+    // The id of the row this one took the place of.
+    std::optional<Uuid> replacedID() const { return extras ? extras->replacedID : std::nullopt; }
+    // The folder row this entry was listed under.
+    std::weak_ptr<UINode> parent() const { return extras ? extras->parent : std::weak_ptr<UINode>(); }
 
     Changable dynamic() const;
     // The children of `dynamic`, without copying the rest of it: a sort asks
@@ -143,7 +147,9 @@ public:
     void setSearchResultRank(std::int64_t newRank) { rank.store(newRank); }
     // The found lines of the result, with where the query's words lie in
     // them; null when it carried none.
-    const FoundLines* contentSearchResults() const { return foundLines.get(); }
+    const FoundLines* contentSearchResults() const {
+        return extras && extras->foundLines ? &*extras->foundLines : nullptr;
+    }
 
     // Main loop only: records the size of a folder and its text ("--" for 0).
     void setCalculatedFolderSize(std::uint64_t size);
@@ -164,16 +170,22 @@ public:
     bool operator==(const UINode& other) const { return id == other.id; }
 
     const Uuid id = Uuid::random();
-    std::optional<Uuid> replacedID;
     Url fileURL;
     Clock::TimePoint nodeCreated;
     std::int64_t modificationDate = 0;  // whole seconds since 1970; 0 unknown
     std::int64_t creationDate = 0;
     std::int64_t lastAccessDate = 0;
-    std::weak_ptr<UINode> parent;
     bool isSelected = false;
 
 private:
+    // What few rows have; a plain result's row holds none.
+    struct Extras {
+        std::optional<FoundItem> hit;
+        std::optional<FoundLines> foundLines;
+        std::optional<Uuid> replacedID;
+        std::weak_ptr<UINode> parent;
+    };
+
     static std::shared_ptr<UINode> made(Clock::TimePoint created, Highlight highlight);
     // The state `dynamic` answers while the row holds none of its own.
     Changable initialChanges() const;
@@ -181,8 +193,7 @@ private:
     void keep(Changable changes);
 
     Highlight highlight;
-    std::unique_ptr<const FoundItem> hit;
-    std::shared_ptr<const FoundLines> foundLines;
+    std::unique_ptr<const Extras> extras;
     const std::string* kindText = nullptr;  // interned: rows share the few kind texts
     std::uint64_t size = 0;
     std::atomic<std::int64_t> rank{0};

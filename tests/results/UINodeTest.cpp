@@ -82,6 +82,18 @@ TEST(UINodeFromResult, foundItemsBecomeChildRowsThatNeedNoCheck) {
     EXPECT_EQ(changes.children[1]->dynamic().displayTotalSize, "12 bytes");
 }
 
+TEST(UINodeFromResult, tagsAndFoundLinesOfTheResultStayWithTheRow) {
+    SearchResult result = resultFor("/d/notes.txt");
+    result.tags = std::vector<std::string>{"Red"};
+    result.contentSearchResults = UINode::FoundLines{{"a found line", {}}};
+    auto node = UINode::create(result);
+    EXPECT_TRUE(node->dynamic().hasLoadedTagNames);
+    EXPECT_EQ(node->dynamic().tagNames, std::vector<std::string>{"Red"});
+    ASSERT_NE(node->contentSearchResults(), nullptr);
+    EXPECT_EQ(node->contentSearchResults()->begin()->first, "a found line");
+    EXPECT_EQ(UINode::create(resultFor("/d/plain.txt"))->contentSearchResults(), nullptr);
+}
+
 TEST(UINodeFromResult, folderSizeIsRecordedWithItsText) {
     auto node = UINode::create(resultFor("/d/f"));
     node->setCalculatedFolderSize(0);
@@ -183,7 +195,7 @@ TEST(UINodeFromURL, readsKindSizeAndChildrenFromTheDisk) {
 TEST(UINodeFromURL, replacingTakesTheOldId) {
     auto old = UINode::create(resultFor("/d/a"));
     auto node = UINode::create(Url("/nonexistent/path/x"), nullptr, old.get());
-    EXPECT_EQ(node->replacedID, old->id);
+    EXPECT_EQ(node->replacedID(), old->id);
     EXPECT_EQ(node->modificationDate, 0);
     EXPECT_NE(node->id, old->id);
 }

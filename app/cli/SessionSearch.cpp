@@ -229,10 +229,12 @@ int SessionSearch::run() {
         return ExitStatus::failed;
     }
 
-    UINode::NodeList rows = model->displayItems();
-    if (options.limit > 0 && rows.size() > static_cast<std::size_t>(options.limit)) {
-        rows.resize(static_cast<std::size_t>(options.limit));
-    }
+    const UINode::NodeList& shown = model->displayItems();
+    const bool limited = options.limit > 0 && shown.size() > static_cast<std::size_t>(options.limit);
+    // The list of a million rows isn't copied for the sake of a limit that doesn't cut it.
+    const UINode::NodeList firstRows =
+        limited ? UINode::NodeList(shown.begin(), shown.begin() + options.limit) : UINode::NodeList();
+    const UINode::NodeList& rows = limited ? firstRows : shown;
     const ResultDateText dates;
     if (options.exportPath) {
         const Status written = ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows,

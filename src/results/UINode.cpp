@@ -88,30 +88,32 @@ std::shared_ptr<UINode> UINode::made(Clock::TimePoint created, Highlight highlig
     return node;
 }
 
-std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlight highlight, const Clock& clock) {
-    auto node = made(clock.now(), std::move(highlight));
-    const std::string& path = searchResult.url.path();
-    node->fileURL = searchResult.url;
-    node->creationDate = searchResult.creationDate;
-    node->modificationDate = searchResult.modDate;
-    node->lastAccessDate = searchResult.lastAccessDate;
-    node->madeFromResult = true;
-    node->rank = searchResult.contentSearchResultsRank;
-    node->strikeThroughIfMissing = searchResult.strikeThroughDisplayNameIfMissing;
-    node->deleteFromResultsIfMissing = searchResult.checkToSeeIfItExists;
-    node->tryCollectSummaryLines = searchResult.tryCollectSummaryLines;
-    node->size = searchResult.size;
-    if (searchResult.foundItems) node->foundItemCount = static_cast<std::int32_t>(searchResult.foundItems->size());
+void UINode::takeFieldsOf(const SearchResult& searchResult) {
+    fileURL = searchResult.url;
+    creationDate = searchResult.creationDate;
+    modificationDate = searchResult.modDate;
+    lastAccessDate = searchResult.lastAccessDate;
+    madeFromResult = true;
+    rank = searchResult.contentSearchResultsRank;
+    strikeThroughIfMissing = searchResult.strikeThroughDisplayNameIfMissing;
+    deleteFromResultsIfMissing = searchResult.checkToSeeIfItExists;
+    tryCollectSummaryLines = searchResult.tryCollectSummaryLines;
+    size = searchResult.size;
+    if (searchResult.foundItems) foundItemCount = static_cast<std::int32_t>(searchResult.foundItems->size());
     if (searchResult.contentSearchResults) {
-        node->extras = std::make_unique<const Extras>(Extras{{}, searchResult.contentSearchResults, {}, {}});
+        extras = std::make_unique<const Extras>(Extras{{}, searchResult.contentSearchResults, {}, {}});
     }
     if (searchResult.isDirectory) {
-        node->kind = kindForDirectory(path);
+        kind = kindForDirectory(fileURL.path());
     } else {
-        node->kind = node->foundItemCount > 0 ? Kind::fileWithFoundItems : Kind::file;
+        kind = foundItemCount > 0 ? Kind::fileWithFoundItems : Kind::file;
     }
-    node->kindText = internedKindText(displayKindFor(node->kind, path));
+    kindText = internedKindText(displayKindFor(kind, fileURL.path()));
+}
 
+std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlight highlight, const Clock& clock) {
+    auto node = made(clock.now(), std::move(highlight));
+    node->takeFieldsOf(searchResult);
     Changable changes = node->initialChanges();
     if (searchResult.tags) {
         changes.tagNames = *searchResult.tags;

@@ -187,6 +187,8 @@ private:
     };
 
     static std::shared_ptr<UINode> made(Clock::TimePoint created, Highlight highlight);
+    // Everything but the tags and found items, which go to the first `Changable`.
+    void takeFieldsOf(const SearchResult& searchResult);
     // The state `dynamic` answers while the row holds none of its own.
     Changable initialChanges() const;
     // Makes `changes` the row's state, held only when it differs from the initial one.

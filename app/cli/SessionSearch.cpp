@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 
 #include "commands/StandardCommandFactories.h"
 #include "query/CommandRecogniser.h"
@@ -99,24 +100,33 @@ private:
     const SearchSession& session;
 };
 
-void printJSONLines(const UINode::NodeList& rows) {
+// Prints what `appendLine(row, text)` appends for each row, in pieces of
+// about a megabyte: a hundred thousand rows cost a hundred thousand locked
+// stdio calls one by one, and a million of them a second copy of every line
+// in one piece.
+void printRows(const UINode::NodeList& rows, const std::function<void(const UINode&, std::string&)>& appendLine) {
+    constexpr std::size_t pieceSize = 1 << 20;
     std::string text;
-    for (const auto& row : rows) text += ResultRecord::jsonLine(*row) + "\n";
+    text.reserve(pieceSize);
+    for (const auto& row : rows) {
+        appendLine(*row, text);
+        if (text.size() < pieceSize) continue;
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        text.clear();
+    }
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-// Written in one piece: a hundred thousand paths cost a hundred thousand
-// locked stdio calls otherwise. A terminal gets them shown safely.
+void printJSONLines(const UINode::NodeList& rows) {
+    printRows(rows, [](const UINode& row, std::string& text) { text += ResultRecord::jsonLine(row) + "\n"; });
+}
+
+// A terminal gets the paths shown safely.
 void printPaths(const UINode::NodeList& rows, char separator, bool forTerminal) {
-    std::size_t length = 0;
-    for (const auto& row : rows) length += row->fileURL.path().size() + 1;
-    std::string text;
-    text.reserve(length);
-    for (const auto& row : rows) {
-        text += forTerminal ? terminalSafeText(row->fileURL.path()) : row->fileURL.path();
+    printRows(rows, [separator, forTerminal](const UINode& row, std::string& text) {
+        text += forTerminal ? terminalSafeText(row.fileURL.path()) : row.fileURL.path();
         text += separator;
-    }
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    });
 }
 
 }  // namespace
@@ -223,10 +233,12 @@ int SessionSearch::run() {
     if (skipped > 0 && ::isatty(STDERR_FILENO) == 1) {
         complain(std::to_string(skipped) + " folders couldn't be read and were skipped");
     }
-    UINode::NodeList rows = model->displayItems();
-    if (options.limit > 0 && rows.size() > static_cast<std::size_t>(options.limit)) {
-        rows.resize(static_cast<std::size_t>(options.limit));
-    }
+    const UINode::NodeList& shown = model->displayItems();
+    const bool limited = options.limit > 0 && shown.size() > static_cast<std::size_t>(options.limit);
+    // The list of a million rows isn't copied for the sake of a limit that doesn't cut it.
+    const UINode::NodeList firstRows =
+        limited ? UINode::NodeList(shown.begin(), shown.begin() + options.limit) : UINode::NodeList();
+    const UINode::NodeList& rows = limited ? firstRows : shown;
     const ResultDateText dates;
     if (options.exportPath) {
         const Status written = ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows,

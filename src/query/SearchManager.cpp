@@ -24,6 +24,8 @@ constexpr int kLingerRounds = 64;
 // Found items reach the main loop in lists of at most this many input items,
 // and at least this often while results come.
 constexpr std::size_t kDeliveryBatch = 256;
+// Results found but not yet handed to the delegate, above which sources wait.
+constexpr std::int64_t kMaxResultsInFlight = 1 << 16;
 constexpr auto kDeliveryInterval = std::chrono::milliseconds(20);
 
 // Never destroyed: the last manager may go away on one of its own threads
@@ -269,7 +271,19 @@ void SearchManager::userCancel() {
 
 void SearchManager::supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) {
     if (results.empty()) return;
+    waitWhileTooManyInFlight();
     enqueueFiltering(std::move(results), fromDataSource.type());
+}
+
+// A walk finds items faster than they are judged and shown: its threads wait
+// while many are on their way, so that a search of a million items doesn't
+// hold most of them as results twice over, beside their rows.
+void SearchManager::waitWhileTooManyInFlight() {
+    if (mainLoop.isLoopThread()) return;
+    while (!shouldStop() && !delegate.expired() &&
+           counters.numberOfItemsInQueue + resultsAwaitingDelegate > kMaxResultsInFlight) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier) {
@@ -330,6 +344,7 @@ void SearchManager::filterResults(const std::vector<SearchResult>& results, cons
         auto passing = expandAndFilter(result, commands);
         if (!passing.empty()) {
             counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
+            resultsAwaitingDelegate += static_cast<std::int64_t>(passing.size());
             survivors.push_back(std::move(passing));
         }
         --counters.numberOfItemsInQueue;
@@ -340,8 +355,11 @@ void SearchManager::filterResults(const std::vector<SearchResult>& results, cons
 // the calls travel to the main loop together.
 void SearchManager::deliver(Survivors survivors) {
     if (survivors.empty()) return;
-    onMainLoop([this, survivors = std::move(survivors)](SearchManagerDelegate& receiver) {
+    std::int64_t count = 0;
+    for (const auto& passing : survivors) count += static_cast<std::int64_t>(passing.size());
+    onMainLoop([this, survivors = std::move(survivors), count](SearchManagerDelegate& receiver) {
         for (const auto& passing : survivors) receiver.searchManagerFoundItems(passing, searchQuery);
+        resultsAwaitingDelegate -= count;
     });
 }
 

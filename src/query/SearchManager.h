@@ -137,6 +137,7 @@ private:
     bool passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                              const std::vector<CommandPtr>& commands);
 
+    void waitWhileTooManyInFlight();
     void reportProgressIfDue();
     void onMainLoop(std::function<void(SearchManagerDelegate&)> call);
 
@@ -163,6 +164,7 @@ private:
     Locked<DataSources> allDataSources;
     Locked<DataSources> finishedDataSources;
     Counters counters;
+    std::atomic<std::int64_t> resultsAwaitingDelegate{0};  // judged, not yet handed over
     DelayTimer progressUpdateTimer;
     Locked<Crc64Set> alreadyIncludedInDisplay;
     Locked<Crc64Set> alreadyFiltered;

@@ -64,10 +64,10 @@ nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     record["created"] = isoDate(row.creationDate);
     record["accessed"] = isoDate(row.lastAccessDate);
     record["tags"] = changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(path);
-    const auto result = row.searchResult();
-    if (result && result->contentSearchResults && !result->contentSearchResults->empty()) {
+    const UINode::FoundLines* found = row.contentSearchResults();
+    if (found && !found->empty()) {
         auto& lines = record["lines"] = nlohmann::ordered_json::array();
-        for (const auto& found : *result->contentSearchResults) lines.push_back(found.first);
+        for (const auto& line : *found) lines.push_back(line.first);
     }
     if (!isValidUTF8(path)) record["pathBase64"] = base64(path);
     return record;

@@ -30,7 +30,7 @@ std::vector<std::string> rowFields(const UINode& node, const ResultDateText& dat
             dateField(node.modificationDate, dates),
             dateField(node.creationDate, dates),
             changes.displayKind,
-            node.displayInside};
+            node.displayInside()};
 }
 
 std::string joinedLine(const std::vector<std::string>& fields, ResultsExporter::Format format) {

@@ -108,7 +108,7 @@ std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t termi
     std::vector<Row> table{{"Name", "Folder", "Size", "Modified", "Kind"}};
     for (const auto& node : rows) {
         const UINode::Changable changes = node->dynamic();
-        table.push_back({terminalSafeText(node->displayName()), terminalSafeText(node->displayPath),
+        table.push_back({terminalSafeText(node->displayName()), terminalSafeText(node->displayPath()),
                          changes.displayTotalSize, dates.dateToString(node->modificationDate),
                          terminalSafeText(changes.displayKind)});
     }

@@ -152,7 +152,8 @@ void SearchSession::flushResults() {
     if (!query) return;
     const std::vector<SearchResult> items = bucket.empty();
     if (items.empty()) return;
-    const HighlightWords highlight{query->searchWordsHighlightStrings(), query->matchIsCaseSensitive()};
+    const auto highlight = std::make_shared<const HighlightWords>(
+        HighlightWords{query->searchWordsHighlightStrings(), query->matchIsCaseSensitive()});
     UINode::NodeList nodes;
     nodes.reserve(items.size());
     for (const auto& item : items) nodes.push_back(UINode::create(item, highlight, scheduler.clock()));

@@ -1,6 +1,9 @@
 #include "results/SortedNodeList.h"
 
 #include <algorithm>
+#include <array>
+#include <deque>
+#include <functional>
 #include <iterator>
 #include <numeric>
 #include <thread>
@@ -16,18 +19,41 @@ namespace quester {
 namespace {
 
 // One record per row, made when the row is added, so that a comparison reads
-// no node and collates nothing: the localised texts are collation keys.
+// no node and collates nothing: the localised texts are collation keys, kept
+// in the list's `TextStore`s.
 struct Key {
     UINodePtr node;
-    std::string name;
-    std::int64_t sortScore = 0;
-    std::uint64_t totalSize = 0;
-    std::int64_t modDate = 0;
-    std::int64_t created = 0;
-    std::int64_t lastAccessDate = 0;
-    std::int64_t rank = 0;
+    std::string_view name;
     // The compared text of the kind, inside, tags or path column; empty for the others.
-    std::string columnText;
+    std::string_view columnText;
+    // The compared number of the size, date or rank column; 0 for the others.
+    // A size fits: no file holds more than 2^63 bytes.
+    std::int64_t columnValue = 0;
+    std::int32_t sortScore = 0;
+};
+
+// Texts appended one after another in large blocks that never move, so that
+// keys can point into them: a million short keys cost no allocation each.
+// Not synchronised.
+class TextStore {
+public:
+    std::string_view add(std::string_view text) {
+        if (blocks.empty() || capacity - used < text.size()) {
+            capacity = std::max(blockSize, text.size());
+            blocks.push_back(std::make_unique<char[]>(capacity));
+            used = 0;
+        }
+        char* at = blocks.back().get() + used;
+        std::copy(text.begin(), text.end(), at);
+        used += text.size();
+        return {at, text.size()};
+    }
+
+private:
+    static constexpr std::size_t blockSize = 1 << 20;
+    std::vector<std::unique_ptr<char[]>> blocks;
+    std::size_t capacity = 0;  // of the last block
+    std::size_t used = 0;
 };
 
 // Below this many rows a second thread costs more than it saves.
@@ -45,8 +71,8 @@ ScoreRules scoreRules(const std::optional<std::string>& queryText, const Prefere
             lowercased(*queryText)};
 }
 
-std::int64_t sortScore(const UINode& node, UINode::Kind kind, const ScoreRules& rules) {
-    std::int64_t score = 0;
+std::int32_t sortScore(const UINode& node, UINode::Kind kind, const ScoreRules& rules) {
+    std::int32_t score = 0;
     if (rules.moveFoldersToTop && kind == UINode::Kind::folder) score = -1000;
     if (rules.moveItemsStartingWithQueryToTop &&
         lowercased(nameWithoutExtension(node.fileURL.path())).starts_with(rules.queryText)) {
@@ -68,29 +94,36 @@ std::string tagsKey(std::vector<std::string> tags) {
 std::string columnText(const UINode& node, const UINode::Changable& changes, Column column) {
     switch (column) {
         case Column::kind: return LocalizedCollation::standardKey(changes.displayKind);
-        case Column::inside: return node.displayInside;
+        case Column::inside: return node.displayInside();
         case Column::tags:
             // Rows learn their tags once on screen; a sort by tags can't wait for that.
             return LocalizedCollation::caseInsensitiveKey(
                 tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL.path())));
-        case Column::path: return node.displayPath;
+        case Column::path: return node.displayPath();
         default: return {};
     }
 }
 
+std::int64_t columnValue(const UINode& node, const UINode::Changable& changes, Column column) {
+    switch (column) {
+        case Column::size: return static_cast<std::int64_t>(changes.totalSize);
+        case Column::modDate: return node.modificationDate;
+        case Column::created: return node.creationDate;
+        case Column::lastAccessDate: return node.lastAccessDate;
+        case Column::rank: return changes.contentSearchResultsRank;
+        default: return 0;
+    }
+}
+
 // Only the texts the column compares are collated; the name always is, for ties.
-Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules) {
+Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules, TextStore& texts) {
     const UINode::Changable changes = node->dynamic();
     Key key;
     key.node = node;
-    key.name = node->nameSortKey();
+    key.name = texts.add(node->nameSortKey());
+    key.columnText = texts.add(columnText(*node, changes, column));
+    key.columnValue = columnValue(*node, changes, column);
     key.sortScore = sortScore(*node, changes.kind, rules);
-    key.totalSize = changes.totalSize;
-    key.modDate = node->modificationDate;
-    key.created = node->creationDate;
-    key.lastAccessDate = node->lastAccessDate;
-    key.rank = changes.contentSearchResultsRank;
-    key.columnText = columnText(*node, changes, column);
     return key;
 }
 
@@ -115,11 +148,11 @@ bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
             if (a.sortScore != b.sortScore) return forward ? a.sortScore < b.sortScore : a.sortScore > b.sortScore;
             if (a.name != b.name) return forward ? a.name < b.name : b.name < a.name;
             return byPath(a, b);
-        case Column::size: return inDirectionThenByName(a.totalSize, b.totalSize, forward, a, b);
-        case Column::modDate: return inDirectionThenByName(a.modDate, b.modDate, forward, a, b);
-        case Column::created: return inDirectionThenByName(a.created, b.created, forward, a, b);
-        case Column::lastAccessDate: return inDirectionThenByName(a.lastAccessDate, b.lastAccessDate, forward, a, b);
-        case Column::rank: return inDirectionThenByName(a.rank, b.rank, forward, a, b);
+        case Column::size:
+        case Column::modDate:
+        case Column::created:
+        case Column::lastAccessDate:
+        case Column::rank: return inDirectionThenByName(a.columnValue, b.columnValue, forward, a, b);
         case Column::kind:
         case Column::inside:
         case Column::tags:
@@ -135,7 +168,8 @@ struct SortedNodeList::Keys {
     bool reversed;
     std::optional<std::string> queryText;
     ScoreRules rules;
-    std::vector<Key> added;          // in the order the rows came; keys never move
+    std::deque<Key> added;           // in the order the rows came; keys never move
+    std::array<TextStore, 2> texts;  // one for each thread that makes keys
     std::vector<std::size_t> order;  // positions in `added`, sorted
 };
 
@@ -155,18 +189,20 @@ SortedNodeList& SortedNodeList::operator=(SortedNodeList&&) noexcept = default;
 void SortedNodeList::merge(const UINode::NodeList& batch) {
     const std::size_t first = keys->added.size();
     keys->added.resize(first + batch.size());
-    const auto makeKeys = [this, &batch, first](std::size_t from, std::size_t to) {
-        for (std::size_t i = from; i < to; ++i) keys->added[first + i] = makeKey(batch[i], keys->column, keys->rules);
+    const auto makeKeys = [this, &batch, first](std::size_t from, std::size_t to, TextStore& texts) {
+        for (std::size_t i = from; i < to; ++i) {
+            keys->added[first + i] = makeKey(batch[i], keys->column, keys->rules, texts);
+        }
     };
     // Collating the names is most of a merge's work. A large batch, such as
     // the last one of a search, when the walk has stopped and a core waits,
     // shares it with a second thread; each thread has its own collators.
     if (batch.size() >= kKeysOnTwoThreadsFrom) {
-        std::thread helper(makeKeys, batch.size() / 2, batch.size());
-        makeKeys(0, batch.size() / 2);
+        std::thread helper(makeKeys, batch.size() / 2, batch.size(), std::ref(keys->texts[1]));
+        makeKeys(0, batch.size() / 2, keys->texts[0]);
         helper.join();
     } else {
-        makeKeys(0, batch.size());
+        makeKeys(0, batch.size(), keys->texts[0]);
     }
     std::vector<std::size_t> batchOrder(batch.size());
     std::iota(batchOrder.begin(), batchOrder.end(), first);

@@ -1,7 +1,9 @@
 #include "results/UINode.h"
 
 #include <algorithm>
+#include <mutex>
 #include <span>
+#include <unordered_set>
 
 #include "platform/FSUtilities.h"
 #include "platform/FileSystem.h"
@@ -62,96 +64,96 @@ void addOnce(std::vector<VisualState>& states, VisualState state) {
     if (std::find(states.begin(), states.end(), state) == states.end()) states.push_back(state);
 }
 
-}  // namespace
-
-void UINode::setDisplayLocation(const std::string& path) {
-    const std::string folder = parentPath(path);
-    displayPath = Url(folder, true).displayPath();
-    displayInside = lastPathComponent(folder);
+// The one copy of a kind text that every row of that kind points to. The
+// texts are never freed: there are a few hundred at most.
+const std::string* internedKindText(std::string text) {
+    static std::mutex lock;
+    static std::unordered_set<std::string> texts;
+    const std::lock_guard guard(lock);
+    return &*texts.insert(std::move(text)).first;
 }
 
-std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, HighlightWords highlight,
-                                       const Clock& clock) {
-    std::shared_ptr<UINode> node(new UINode());
-    node->nodeCreated = clock.now();
-    node->suppliedSearchResult.setValue(searchResult);
-    node->fileURL = searchResult.url;
-    node->creationDate = searchResult.creationDate;
-    node->modificationDate = searchResult.modDate;
-    node->lastAccessDate = searchResult.lastAccessDate;
-    node->setDisplayLocation(searchResult.url.path());
-    node->displayWordsToHighlight = std::move(highlight.words);
-    node->displayWordsToHighlightIsCaseSensitive = highlight.isCaseSensitive;
+}  // namespace
 
-    Changable changes;
-    const std::string& path = searchResult.url.path();
-    if (searchResult.isDirectory) {
-        changes.kind = kindForDirectory(path);
-    } else {
-        const bool hasFoundItems = searchResult.foundItems && !searchResult.foundItems->empty();
-        changes.kind = hasFoundItems ? Kind::fileWithFoundItems : Kind::file;
+std::shared_ptr<UINode> UINode::made(Clock::TimePoint created, Highlight highlight) {
+    auto node = std::make_shared<UINode>(MadeByCreate{});
+    node->nodeCreated = created;
+    node->highlight = std::move(highlight);
+    return node;
+}
+
+void UINode::takeFieldsOf(const SearchResult& searchResult) {
+    fileURL = searchResult.url;
+    creationDate = searchResult.creationDate;
+    modificationDate = searchResult.modDate;
+    lastAccessDate = searchResult.lastAccessDate;
+    madeFromResult = true;
+    rank = searchResult.contentSearchResultsRank;
+    strikeThroughIfMissing = searchResult.strikeThroughDisplayNameIfMissing;
+    deleteFromResultsIfMissing = searchResult.checkToSeeIfItExists;
+    tryCollectSummaryLines = searchResult.tryCollectSummaryLines;
+    size = searchResult.size;
+    if (searchResult.foundItems) foundItemCount = static_cast<std::int32_t>(searchResult.foundItems->size());
+    if (searchResult.contentSearchResults) {
+        extras = std::make_unique<const Extras>(Extras{{}, searchResult.contentSearchResults, {}, {}});
     }
-    changes.displayKind = displayKindFor(changes.kind, path);
-    changes.totalSize = searchResult.size;
-    changes.displayTotalSize = displaySizeText(searchResult.size);
+    if (searchResult.isDirectory) {
+        kind = kindForDirectory(fileURL.path());
+    } else {
+        kind = foundItemCount > 0 ? Kind::fileWithFoundItems : Kind::file;
+    }
+    kindText = internedKindText(displayKindFor(kind, fileURL.path()));
+}
+
+std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlight highlight, const Clock& clock) {
+    auto node = made(clock.now(), std::move(highlight));
+    node->takeFieldsOf(searchResult);
+    Changable changes = node->initialChanges();
     if (searchResult.tags) {
         changes.tagNames = *searchResult.tags;
         changes.hasLoadedTagNames = true;
     }
-    changes.deleteFromResultsIfMissing = searchResult.checkToSeeIfItExists;
-    changes.tryCollectSummaryLines = searchResult.tryCollectSummaryLines;
-    changes.contentSearchResultsRank = searchResult.contentSearchResultsRank;
-    if (changes.kind == Kind::fileWithFoundItems) {
+    if (node->kind == Kind::fileWithFoundItems) {
         for (const auto& item : *searchResult.foundItems) changes.children.push_back(node->childForFoundItem(item));
     }
-    node->dynamicState.setValue(std::move(changes));
+    node->keep(std::move(changes));
     return node;
 }
 
 std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UINode>& parent,
-                                       const UINode* replacing, HighlightWords highlight, const Clock& clock) {
-    std::shared_ptr<UINode> node(new UINode());
+                                       const UINode* replacing, Highlight highlight, const Clock& clock) {
+    auto node = made(clock.now(), std::move(highlight));
     const FileAttributes attributes = readAttributes(url.path());
-    node->nodeCreated = clock.now();
     node->fileURL = Url(url.path(), attributes.isDirectory);
-    node->parent = parent;
-    if (replacing != nullptr) node->replacedID = replacing->id;
+    if (parent || replacing != nullptr) {
+        const auto replaced = replacing != nullptr ? std::optional<Uuid>(replacing->id) : std::nullopt;
+        node->extras = std::make_unique<const Extras>(Extras{{}, {}, replaced, parent});
+    }
     node->creationDate = attributes.created;
     node->modificationDate = attributes.modified;
     node->lastAccessDate = attributes.accessed;
-    node->setDisplayLocation(url.path());
-    node->displayWordsToHighlight = std::move(highlight.words);
-    node->displayWordsToHighlightIsCaseSensitive = highlight.isCaseSensitive;
-
-    Changable changes;
-    changes.kind = attributes.isDirectory ? kindForDirectory(url.path()) : Kind::file;
-    changes.displayKind = displayKindFor(changes.kind, url.path());
-    changes.totalSize = attributes.isDirectory ? 0 : attributes.size;
-    changes.displayTotalSize = displaySizeText(changes.totalSize);
-    node->dynamicState.setValue(std::move(changes));
+    node->kind = attributes.isDirectory ? kindForDirectory(url.path()) : Kind::file;
+    node->kindText = internedKindText(displayKindFor(node->kind, url.path()));
+    node->size = attributes.isDirectory ? 0 : attributes.size;
     return node;
 }
 
 std::shared_ptr<UINode> UINode::childForFoundItem(const FoundItem& item) const {
-    std::shared_ptr<UINode> child(new UINode());
-    child->nodeCreated = nodeCreated;
+    // A hit highlights the words of its item, always ignoring case.
+    const auto words = highlight ? std::make_shared<const HighlightWords>(HighlightWords{highlight->words, false})
+                                 : nullptr;
+    auto child = made(nodeCreated, words);
     child->fileURL = fileURL;
-    child->summaryLine = item.title;
-    child->foundItem = item;
+    child->extras = std::make_unique<const Extras>(Extras{item, {}, {}, {}});
     child->modificationDate = item.modified;
-    child->displayWordsToHighlight = displayWordsToHighlight;
-    Changable changes;
-    changes.kind = Kind::foundItem;
-    changes.totalSize = item.size;
-    changes.displayTotalSize = displaySizeText(item.size);
-    // A hit has nothing more to learn on screen.
-    changes.hasLoadedAdditionalDetails = true;
-    child->dynamicState.setValue(std::move(changes));
+    child->kind = Kind::foundItem;
+    child->kindText = internedKindText({});
+    child->size = item.size;
     return child;
 }
 
 Result<UINode::NodeList> UINode::nodesForContentsOfFolder(const Url& folder, bool includeHiddenItems,
-                                                          HighlightWords highlight) {
+                                                          const Highlight& highlight) {
     FileSystem& fileSystem = FileSystem::real();
     auto opened = fileSystem.openDirectory(folder.path());
     if (!opened) return opened.error();
@@ -178,36 +180,68 @@ UINode::NodeList UINode::nodesForContentsOfFolderIgnoringError(const Url& folder
 }
 
 std::string UINode::displayName() const {
-    if (summaryLine) return *summaryLine;
+    if (const FoundItem* hit = foundItem()) return hit->title;
     std::string name = lastPathComponent(fileURL.path());
-    const auto foundCount = suppliedSearchResult.access([](const std::optional<SearchResult>& result) {
-        return result && result->foundItems ? std::optional<std::size_t>(result->foundItems->size()) : std::nullopt;
-    });
-    if (foundCount) name += " (" + std::to_string(*foundCount) + ")";
+    if (foundItemCount >= 0) name += " (" + std::to_string(foundItemCount) + ")";
     return name;
 }
 
-std::string UINode::nameSortKey() const {
-    std::string name = displayName();
-    std::optional<std::string> cached = nameAndSortKey.access([&](const std::pair<std::string, std::string>& entry) {
-        return !entry.second.empty() && entry.first == name ? std::optional<std::string>(entry.second) : std::nullopt;
+std::string UINode::nameSortKey() const { return LocalizedCollation::standardKey(displayName()); }
+
+std::string UINode::displayPath() const {
+    if (foundItem()) return {};
+    return Url(parentPath(fileURL.path()), true).displayPath();
+}
+
+std::string UINode::displayInside() const {
+    if (foundItem()) return {};
+    return lastPathComponent(parentPath(fileURL.path()));
+}
+
+const std::vector<std::string>& UINode::displayWordsToHighlight() const {
+    static const std::vector<std::string> none;
+    return highlight ? highlight->words : none;
+}
+
+std::optional<std::string> UINode::summaryLine() const {
+    if (const FoundItem* hit = foundItem()) return hit->title;
+    return std::nullopt;
+}
+
+UINode::Changable UINode::initialChanges() const {
+    Changable changes;
+    changes.kind = kind;
+    changes.displayKind = *kindText;
+    changes.totalSize = size;
+    changes.displayTotalSize = displaySizeText(size);
+    // A hit has nothing more to learn on screen.
+    changes.hasLoadedAdditionalDetails = kind == Kind::foundItem;
+    changes.deleteFromResultsIfMissing = deleteFromResultsIfMissing;
+    changes.tryCollectSummaryLines = tryCollectSummaryLines;
+    changes.contentSearchResultsRank = rank.load();
+    return changes;
+}
+
+void UINode::keep(Changable changes) {
+    const bool differs = !(changes == initialChanges());
+    changed.setValue(differs ? std::make_unique<Changable>(std::move(changes)) : nullptr);
+}
+
+UINode::Changable UINode::dynamic() const {
+    auto held = changed.access([](const std::unique_ptr<Changable>& state) {
+        return state ? std::optional<Changable>(*state) : std::nullopt;
     });
-    if (cached) return std::move(*cached);
-    std::string key = LocalizedCollation::standardKey(name);
-    nameAndSortKey.setValue({std::move(name), key});
-    return key;
+    return held ? std::move(*held) : initialChanges();
+}
+
+UINode::NodeList UINode::children() const {
+    return changed.access([](const std::unique_ptr<Changable>& state) { return state ? state->children : NodeList{}; });
 }
 
 void UINode::setDynamic(Changable changes) {
     inChange.store(true);
-    dynamicState.setValue(std::move(changes));
+    changed.setValue(std::make_unique<Changable>(std::move(changes)));
     inChange.store(false);
-}
-
-void UINode::setSearchResultRank(std::int64_t rank) {
-    suppliedSearchResult.access([&](std::optional<SearchResult>& result) {
-        if (result) result->contentSearchResultsRank = rank;
-    });
 }
 
 void UINode::setCalculatedFolderSize(std::uint64_t size) {
@@ -248,8 +282,7 @@ UINode::VisibleCheckResult UINode::visibleOnScreenChecksModern(VisualState hint,
     // Icons and previews belong to a window layer; a headless row only notes the attempt.
     if (hint == VisualState::icons) changes.hasTriedToLoadPreview = true;
     if (!changes.hasLoadedAdditionalDetails) {
-        const auto searchResult = suppliedSearchResult.value();
-        if (searchResult && searchResult->strikeThroughDisplayNameIfMissing) {
+        if (strikeThroughIfMissing) {
             // An item on a disk that is off line is not struck through.
             const Url disk(FSUtilities::shared().diskPathFromFullPath(path), true);
             if (disk.isReachable() && !itemExists(path)) changes.displayStrikeThroughText = true;

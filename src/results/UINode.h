@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,14 +34,20 @@ enum class VisualState { list, icons };
 // hit inside an item. Rows are shared (std::shared_ptr) between the model,
 // its sorted list and their parents, and are equal by `id`.
 //
-// Threads: the fields below `dynamic` are written while the node is made and
-// only read afterwards, from any thread. `dynamic` is assigned on the main
-// loop only (`setDynamic`); a visible check works on a copy and hands the copy
-// back. `suppliedSearchResult` sits behind its lock since checks and the main
-// loop both read it.
+// A search may hold a million rows, so a row keeps one copy of its path and
+// derives every text it shows from it when asked. What it learns later
+// (`Changable`) is derived from its fixed fields until the first change;
+// only a row whose state differs from that holds a `Changable` of its own.
+//
+// Threads: the public fields are written while the node is made and only
+// read afterwards, from any thread. `dynamic` is assigned on the main loop
+// only (`setDynamic`); a visible check works on a copy and hands the copy
+// back.
 class UINode {
+    struct MadeByCreate {};
+
 public:
-    enum class Kind { file, folder, fileWithFoundItems, foundItem, package };
+    enum class Kind : std::uint8_t { file, folder, fileWithFoundItems, foundItem, package };
     enum class VisibleCheckResultAction { none, changed, reload, remove };
 
     // What a row learns after it was made, mostly once it is on screen.
@@ -72,21 +79,23 @@ public:
     };
 
     using NodeList = std::vector<std::shared_ptr<UINode>>;
+    using Highlight = std::shared_ptr<const HighlightWords>;
+    using FoundLines = std::map<std::string, std::vector<CharacterRange>>;
 
     // A row for a result, with no file-system call for a file: kind text and
     // size text come from tables. A result with found items gets one child
-    // row per item.
-    static std::shared_ptr<UINode> create(const SearchResult& searchResult, HighlightWords highlight = {},
+    // row per item. The rows of one search share one `highlight`.
+    static std::shared_ptr<UINode> create(const SearchResult& searchResult, Highlight highlight = {},
                                           const Clock& clock = SystemClock::shared());
     // A row for a URL with no result; its kind, size and dates are read now
     // (0 where they can't be). With `replacing`, `replacedID` takes its id.
     static std::shared_ptr<UINode> create(const Url& url, const std::shared_ptr<UINode>& parent,
-                                          const UINode* replacing = nullptr, HighlightWords highlight = {},
+                                          const UINode* replacing = nullptr, Highlight highlight = {},
                                           const Clock& clock = SystemClock::shared());
     // One row per direct entry of a folder; entries whose name begins with
     // "." only with `includeHiddenItems`. Fails when the folder can't be listed.
     static Result<NodeList> nodesForContentsOfFolder(const Url& folder, bool includeHiddenItems = false,
-                                                     HighlightWords highlight = {});
+                                                     const Highlight& highlight = {});
     // The same, logging a failure and answering no rows.
     static NodeList nodesForContentsOfFolderIgnoringError(const Url& folder);
 
@@ -97,32 +106,50 @@ public:
     static NodeList sortNodes(const NodeList& nodes, Column byColumn, bool currentColumnReversed,
                               const std::optional<std::string>& queryText, const Preferences& preferences);
 
-    // The highest content rank among the rows' results; 0 for none.
+    // The highest content rank among the rows made for results; 0 for none.
     static std::int64_t calculateHighestRank(const NodeList& nodes);
 
+    explicit UINode(MadeByCreate) {}
     UINode(const UINode&) = delete;
     UINode& operator=(const UINode&) = delete;
 
     // The summary line of a hit, else the file name with " (<found items>)"
     // when the result carries a found-items list.
     std::string displayName() const;
-    // The collation key of `displayName()`. Every sort of a growing list reads
-    // it again, so it is made once and remade only when the name changes.
+    // The collation key of `displayName()`.
     std::string nameSortKey() const;
+    // The parent folder without a leading volumes folder; empty for a hit.
+    std::string displayPath() const;
+    // The parent folder's name; empty for a hit.
+    std::string displayInside() const;
+    const std::vector<std::string>& displayWordsToHighlight() const;
+    bool displayWordsToHighlightIsCaseSensitive() const { return highlight && highlight->isCaseSensitive; }
+    // The title of a hit; none for other rows.
+    std::optional<std::string> summaryLine() const;
+    const FoundItem* foundItem() const { return extras && extras->hit ? &*extras->hit : nullptr; }
+    // The id of the row this one took the place of.
+    std::optional<Uuid> replacedID() const { return extras ? extras->replacedID : std::nullopt; }
+    // The folder row this entry was listed under.
+    std::weak_ptr<UINode> parent() const { return extras ? extras->parent : std::weak_ptr<UINode>(); }
 
-    Changable dynamic() const { return dynamicState.value(); }
+    Changable dynamic() const;
     // The children of `dynamic`, without copying the rest of it: a sort asks
     // every row.
-    NodeList children() const {
-        return dynamicState.access([](const Changable& changes) { return changes.children; });
-    }
+    NodeList children() const;
     // Main loop only. `isInChanged` is true while the value changes.
     void setDynamic(Changable changes);
     bool isInChanged() const { return inChange.load(); }
 
-    std::optional<SearchResult> searchResult() const { return suppliedSearchResult.value(); }
+    bool isFromSearchResult() const { return madeFromResult; }
+    // The content rank of the result the row was made for.
+    std::int64_t searchResultRank() const { return rank.load(); }
     // Main loop only: the rank that a late content search gave.
-    void setSearchResultRank(std::int64_t rank);
+    void setSearchResultRank(std::int64_t newRank) { rank.store(newRank); }
+    // The found lines of the result, with where the query's words lie in
+    // them; null when it carried none.
+    const FoundLines* contentSearchResults() const {
+        return extras && extras->foundLines ? &*extras->foundLines : nullptr;
+    }
 
     // Main loop only: records the size of a folder and its text ("--" for 0).
     void setCalculatedFolderSize(std::uint64_t size);
@@ -143,29 +170,43 @@ public:
     bool operator==(const UINode& other) const { return id == other.id; }
 
     const Uuid id = Uuid::random();
-    std::optional<Uuid> replacedID;
     Url fileURL;
     Clock::TimePoint nodeCreated;
-    std::string displayPath;  // the parent folder, without a leading volumes folder
     std::int64_t modificationDate = 0;  // whole seconds since 1970; 0 unknown
     std::int64_t creationDate = 0;
     std::int64_t lastAccessDate = 0;
-    std::string displayInside;  // the parent folder's name
-    std::vector<std::string> displayWordsToHighlight;
-    bool displayWordsToHighlightIsCaseSensitive = false;
-    std::weak_ptr<UINode> parent;
-    std::optional<std::string> summaryLine;
-    std::optional<FoundItem> foundItem;
     bool isSelected = false;
 
 private:
-    UINode() = default;
-    void setDisplayLocation(const std::string& path);
+    // What few rows have; a plain result's row holds none.
+    struct Extras {
+        std::optional<FoundItem> hit;
+        std::optional<FoundLines> foundLines;
+        std::optional<Uuid> replacedID;
+        std::weak_ptr<UINode> parent;
+    };
 
-    Locked<std::optional<SearchResult>> suppliedSearchResult;
-    Locked<Changable> dynamicState;
-    mutable Locked<std::pair<std::string, std::string>> nameAndSortKey;  // display name, its collation key
+    static std::shared_ptr<UINode> made(Clock::TimePoint created, Highlight highlight);
+    // Everything but the tags and found items, which go to the first `Changable`.
+    void takeFieldsOf(const SearchResult& searchResult);
+    // The state `dynamic` answers while the row holds none of its own.
+    Changable initialChanges() const;
+    // Makes `changes` the row's state, held only when it differs from the initial one.
+    void keep(Changable changes);
+
+    Highlight highlight;
+    std::unique_ptr<const Extras> extras;
+    const std::string* kindText = nullptr;  // interned: rows share the few kind texts
+    std::uint64_t size = 0;
+    std::atomic<std::int64_t> rank{0};
+    std::int32_t foundItemCount = -1;  // -1: the result carried no found-items list
+    Kind kind = Kind::file;
+    bool madeFromResult = false;
+    bool deleteFromResultsIfMissing = false;
+    bool tryCollectSummaryLines = false;
+    bool strikeThroughIfMissing = false;
     std::atomic<bool> inChange{false};
+    Locked<std::unique_ptr<Changable>> changed;  // null: `initialChanges` holds
 };
 
 using UINodePtr = std::shared_ptr<UINode>;

@@ -9,6 +9,7 @@
 #include "query/SearchManager.h"
 #include "results/DisplayText.h"
 #include "stores/Preferences.h"
+#include "support/Crc64.h"
 #include "support/LogFunc.h"
 
 namespace quester {
@@ -139,7 +140,7 @@ void UINodeModel::clear() {
     ++generation;
     setDisplayItems({});
     onContentQueue([](UINodeModel& model) {
-        model.content.clear();
+        model.listed = {};
         model.contentOrder.clear();
         model.sortedWhileDeferred.reset();
     });
@@ -162,7 +163,7 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
     onContentQueue([batch = std::move(batch), replaceAll, deferred, request, completion = std::move(completion),
                     mergeGeneration](UINodeModel& model) mutable {
         if (replaceAll) {
-            model.content.clear();
+            model.listed = {};
             model.contentOrder.clear();
             model.sortedWhileDeferred.reset();
         }
@@ -189,32 +190,26 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
 
 void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
     const std::size_t firstNew = contentOrder.size();
-    content.reserve(content.size() + batch.size());
-    // Where this batch's rows stand in `contentOrder`; listed only once a URL
-    // comes again, which is rare.
-    std::optional<std::unordered_map<const UINode*, std::size_t>> takenAt;
+    // Where this batch's rows stand in `contentOrder`, by their paths' keys;
+    // listed only once a URL comes again, which is rare.
+    std::optional<std::unordered_map<std::int64_t, std::size_t>> takenAt;
     for (auto& node : batch) {
-        const auto [entry, added] = content.try_emplace(node->fileURL.path(), node);
-        if (added) {
-            if (takenAt) takenAt->emplace(node.get(), contentOrder.size());
+        const std::int64_t key = crc64(node->fileURL.path());
+        if (listed.insert(key)) {
+            if (takenAt) takenAt->emplace(key, contentOrder.size());
             contentOrder.push_back(std::move(node));
             continue;
         }
         if (!takenAt) {
             takenAt.emplace();
             for (std::size_t index = firstNew; index < contentOrder.size(); ++index) {
-                takenAt->emplace(contentOrder[index].get(), index);
+                takenAt->emplace(crc64(contentOrder[index]->fileURL.path()), index);
             }
         }
         // Of two rows for one URL in the batch the later wins, in the place of
         // the first; a row listed before the batch stays.
-        const auto taken = takenAt->find(entry->second.get());
-        if (taken == takenAt->end()) continue;
-        const std::size_t index = taken->second;
-        takenAt->erase(taken);
-        takenAt->emplace(node.get(), index);
-        entry->second = node;
-        contentOrder[index] = std::move(node);
+        const auto taken = takenAt->find(key);
+        if (taken != takenAt->end()) contentOrder[taken->second] = std::move(node);
     }
     if (sortColumn != Column::rank) return;
     UINode::NodeList toRank;
@@ -338,7 +333,8 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
         }
         model.contentOrder = withoutIds(model.contentOrder, ids);
         model.sortedWhileDeferred.reset();
-        std::erase_if(model.content, [&](const auto& entry) { return ids.contains(entry.second->id.toString()); });
+        model.listed = {};
+        for (const auto& node : model.contentOrder) model.listed.insert(crc64(node->fileURL.path()));
         model.onMainLoop([ids](UINodeModel& self) {
             UINode::NodeList kept = withoutIds(self.display, ids);
             if (kept.size() != self.display.size()) self.setDisplayItems(std::move(kept));
@@ -348,7 +344,7 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
 
 void UINodeModel::substituteItems(const UINodePtr& old, const UINodePtr& replacement) {
     onContentQueue([old, replacement](UINodeModel& model) {
-        model.content[old->fileURL.path()] = replacement;
+        model.listed.insert(crc64(old->fileURL.path()));
         model.sortedWhileDeferred.reset();
         const auto at = std::find_if(model.contentOrder.begin(), model.contentOrder.end(),
                                      [&](const UINodePtr& node) { return node->fileURL == old->fileURL; });
@@ -367,7 +363,7 @@ void UINodeModel::substituteItems(const UINodePtr& old, const UINodePtr& replace
 
 void UINodeModel::removeOldestItemsOver(std::size_t maxItems) {
     onContentQueue([maxItems](UINodeModel& model) {
-        if (model.content.size() <= maxItems) return;
+        if (model.contentOrder.size() <= maxItems) return;
         UINode::NodeList newest = model.contentOrder;
         std::stable_sort(newest.begin(), newest.end(),
                          [](const UINodePtr& a, const UINodePtr& b) { return a->nodeCreated > b->nodeCreated; });

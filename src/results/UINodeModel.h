@@ -18,6 +18,7 @@
 #include "results/SortedNodeList.h"
 #include "results/TimerScheduler.h"
 #include "results/UINode.h"
+#include "support/Crc64Set.h"
 #include "support/Locked.h"
 #include "support/MainLoop.h"
 #include "support/OperationQueue.h"
@@ -68,7 +69,7 @@ struct UINodeModelEnvironment {
 // (visible checks, folder sizes).
 //
 // Threads: every public operation is called on the main loop and returns at
-// once. `content` belongs to `contentQueue`, where merging and sorting run;
+// once. `contentOrder` and `listed` belong to `contentQueue`, where merging and sorting run;
 // the sorted list comes back to the main loop as a whole. Visible checks
 // run on `visibleCheckQueue` (three at once) and folder sizing on a queue of
 // its own; they touch only their node and the locked fields. `clear` is the
@@ -218,8 +219,9 @@ private:
     const Clock::Duration sizingPause;
 
     // Content queue only.
-    std::unordered_map<std::string, UINodePtr> content;
-    std::vector<UINodePtr> contentOrder;  // the rows of `content` in the order they came
+    std::vector<UINodePtr> contentOrder;  // the rows in the order they came, one per URL
+    // The crc64 of the paths of `contentOrder`: a million paths cost no second copy.
+    Crc64Set listed;
     // While sorting is deferred: `contentOrder` sorted as the rows came.
     std::optional<SortedNodeList> sortedWhileDeferred;
 

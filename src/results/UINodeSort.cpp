@@ -17,9 +17,9 @@ std::int64_t UINode::calculateHighestRank(const NodeList& nodes) {
     std::int64_t highest = 0;
     bool any = false;
     for (const auto& node : nodes) {
-        const auto result = node->searchResult();
-        if (!result) continue;
-        highest = any ? std::max(highest, result->contentSearchResultsRank) : result->contentSearchResultsRank;
+        if (!node->isFromSearchResult()) continue;
+        const std::int64_t rank = node->searchResultRank();
+        highest = any ? std::max(highest, rank) : rank;
         any = true;
     }
     return highest;

@@ -232,6 +232,40 @@ TEST_F(SearchManagerTest, StopEndsAnEndlessSourceAndTheDelegateStillHearsTheEnd)
     EXPECT_EQ(delegate->finishes, 1);
 }
 
+std::vector<std::string> manyItems(int count) {
+    std::vector<std::string> paths;
+    for (int i = 0; i < count; ++i) paths.push_back(under("many/item-" + std::to_string(i) + ".txt"));
+    return paths;
+}
+
+// More results than may be on their way at once: the source waits while the
+// loop takes none of them, and supplies the rest once it does.
+TEST_F(SearchManagerTest, ASourceWaitsWhileTooManyResultsAreOnTheirWay) {
+    constexpr int kPaths = 70000;
+    auto source = std::make_shared<ListSource>(SearchResultSupplier::fileSystem, manyItems(kPaths));
+    auto manager = start("item", {source});
+    const auto deadline = std::chrono::steady_clock::now() + 60s;
+    while (manager->progress().numberOfResultsReturned < 60000 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(1ms);
+    }
+    std::this_thread::sleep_for(100ms);
+    EXPECT_FALSE(source->finished);
+    EXPECT_LT(manager->progress().numberOfResultsReturned, kPaths);
+    ASSERT_TRUE(runUntilFinished());
+    EXPECT_EQ(delegate->found.size(), static_cast<std::size_t>(kPaths));
+}
+
+TEST_F(SearchManagerTest, StopReleasesASourceThatWaitsForRoom) {
+    auto source = std::make_shared<ListSource>(SearchResultSupplier::fileSystem, manyItems(70000));
+    auto manager = start("item", {source});
+    const auto deadline = std::chrono::steady_clock::now() + 60s;
+    while (manager->progress().numberOfResultsReturned < 60000 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(1ms);
+    }
+    manager->stop();
+    ASSERT_TRUE(loop.runUntil([&] { return source->finished.load(); }, 60s));
+}
+
 TEST_F(SearchManagerTest, UserCancelGivesTwoFinishCalls) {
     auto endless = std::make_shared<ListSource>(SearchResultSupplier::fileSystem,
                                                 std::vector<std::string>{under("budget.txt")});

@@ -91,6 +91,31 @@ TEST(SortedNodeList, aLargeBatchSortsLikeTheSameRowsInSmallBatches) {
     EXPECT_EQ(whole.nodes(), pieces.nodes());
 }
 
+// Keys are kept in blocks of a megabyte; keys in the next block, and one
+// longer than a block, must still compare by their whole text.
+TEST(SortedNodeList, keysBeyondOneTextBlockKeepTheirOrder) {
+    const Preferences preferences{""};
+    UINode::NodeList rows = rowsWithTies(40000);
+    SearchResult longName;
+    longName.url = Url("/e/" + std::string(1500000, 'b') + "x");
+    rows.push_back(UINode::create(longName));
+    longName.url = Url("/e/" + std::string(1500000, 'b'));
+    rows.push_back(UINode::create(longName));
+    SortedNodeList list(Column::path, false, std::nullopt, preferences);
+    for (std::size_t start = 0; start < rows.size(); start += 4000) {
+        const std::size_t end = std::min(rows.size(), start + 4000);
+        list.merge(UINode::NodeList(rows.begin() + static_cast<long>(start), rows.begin() + static_cast<long>(end)));
+    }
+    const UINode::NodeList sorted = list.nodes();
+    EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [](const UINodePtr& a, const UINodePtr& b) {
+        return a->displayPath() < b->displayPath();
+    }));
+    // The two long names share their folder and go by name.
+    ASSERT_EQ(sorted.size(), rows.size());
+    EXPECT_EQ(sorted[sorted.size() - 2], rows[rows.size() - 1]);
+    EXPECT_EQ(sorted.back(), rows[rows.size() - 2]);
+}
+
 TEST(SortedNodeList, byImageRowsStayInTheOrderTheyCame) {
     const Preferences preferences{""};
     const UINode::NodeList rows = rowsWithTies(20);

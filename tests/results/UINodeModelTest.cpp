@@ -227,6 +227,19 @@ TEST_F(ModelTest, removeAndSubstituteWorkByIdOnRowsAndChildren) {
     EXPECT_EQ(model->displayItems()[0], replacement);
 }
 
+TEST_F(ModelTest, aRemovedRowsURLIsListedWhenItComesAgain) {
+    const UINodePtr removed = fileNode("/d/a.txt", 1);
+    model->addMoreNodes({removed, fileNode("/d/b.txt")});
+    waitForDisplay();
+    model->removeNodes({removed});
+    waitForDisplay();
+    const UINodePtr again = fileNode("/d/a.txt", 2);
+    model->addMoreNodes({again});
+    waitForDisplay();
+    EXPECT_EQ(names(model->displayItems()), (Names{"a.txt", "b.txt"}));
+    EXPECT_EQ(model->displayItems()[0], again);
+}
+
 TEST_F(ModelTest, removeOldestItemsOverKeepsTheNewestRows) {
     ManualClock clock;
     UINode::NodeList rows;

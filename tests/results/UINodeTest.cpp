@@ -24,8 +24,8 @@ SearchResult resultFor(const std::string& path, std::uint64_t size = 0) {
 TEST(UINodeFromResult, fillsTheRowTexts) {
     auto node = UINode::create(resultFor("/home/me/docs/Report.PDF", 1234567));
     EXPECT_EQ(node->displayName(), "Report.PDF");
-    EXPECT_EQ(node->displayPath, "/home/me/docs");
-    EXPECT_EQ(node->displayInside, "docs");
+    EXPECT_EQ(node->displayPath(), "/home/me/docs");
+    EXPECT_EQ(node->displayInside(), "docs");
     const auto changes = node->dynamic();
     EXPECT_EQ(changes.kind, UINode::Kind::file);
     EXPECT_EQ(changes.displayKind, "PDF document");
@@ -65,7 +65,7 @@ TEST(UINodeFromResult, foundItemsBecomeChildRowsThatNeedNoCheck) {
     SearchResult result = resultFor("/d/notes.txt");
     result.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "first line", "", "", 0, 1700000000},
                                                {FoundItem::Category::summary, "second", "", "", 12, 0}};
-    auto node = UINode::create(result, {{"line"}, true});
+    auto node = UINode::create(result, std::make_shared<const HighlightWords>(HighlightWords{{"line"}, true}));
     const auto changes = node->dynamic();
     EXPECT_EQ(changes.kind, UINode::Kind::fileWithFoundItems);
     EXPECT_EQ(node->displayName(), "notes.txt (2)");
@@ -73,13 +73,25 @@ TEST(UINodeFromResult, foundItemsBecomeChildRowsThatNeedNoCheck) {
     const auto& child = changes.children[0];
     EXPECT_EQ(child->displayName(), "first line");
     EXPECT_EQ(child->fileURL.path(), "/d/notes.txt");
-    EXPECT_EQ(child->displayPath, "");
+    EXPECT_EQ(child->displayPath(), "");
     EXPECT_EQ(child->modificationDate, 1700000000);
-    EXPECT_EQ(child->displayWordsToHighlight, std::vector<std::string>{"line"});
-    EXPECT_FALSE(child->displayWordsToHighlightIsCaseSensitive);
+    EXPECT_EQ(child->displayWordsToHighlight(), std::vector<std::string>{"line"});
+    EXPECT_FALSE(child->displayWordsToHighlightIsCaseSensitive());
     EXPECT_EQ(child->dynamic().kind, UINode::Kind::foundItem);
     EXPECT_TRUE(child->dynamic().hasLoadedAdditionalDetails);
     EXPECT_EQ(changes.children[1]->dynamic().displayTotalSize, "12 bytes");
+}
+
+TEST(UINodeFromResult, tagsAndFoundLinesOfTheResultStayWithTheRow) {
+    SearchResult result = resultFor("/d/notes.txt");
+    result.tags = std::vector<std::string>{"Red"};
+    result.contentSearchResults = UINode::FoundLines{{"a found line", {}}};
+    auto node = UINode::create(result);
+    EXPECT_TRUE(node->dynamic().hasLoadedTagNames);
+    EXPECT_EQ(node->dynamic().tagNames, std::vector<std::string>{"Red"});
+    ASSERT_NE(node->contentSearchResults(), nullptr);
+    EXPECT_EQ(node->contentSearchResults()->begin()->first, "a found line");
+    EXPECT_EQ(UINode::create(resultFor("/d/plain.txt"))->contentSearchResults(), nullptr);
 }
 
 TEST(UINodeFromResult, folderSizeIsRecordedWithItsText) {
@@ -169,7 +181,7 @@ TEST(UINodeFromURL, readsKindSizeAndChildrenFromTheDisk) {
     EXPECT_EQ(children[1]->displayName(), "b9.txt");
     EXPECT_EQ(children[2]->displayName(), "b10.txt");
     EXPECT_EQ(children[2]->dynamic().totalSize, 10u);
-    EXPECT_EQ(children[2]->displayInside, "top");
+    EXPECT_EQ(children[2]->displayInside(), "top");
 
     // A second expansion keeps the rows until they are purged.
     dir.write("top/c.txt");
@@ -183,7 +195,7 @@ TEST(UINodeFromURL, readsKindSizeAndChildrenFromTheDisk) {
 TEST(UINodeFromURL, replacingTakesTheOldId) {
     auto old = UINode::create(resultFor("/d/a"));
     auto node = UINode::create(Url("/nonexistent/path/x"), nullptr, old.get());
-    EXPECT_EQ(node->replacedID, old->id);
+    EXPECT_EQ(node->replacedID(), old->id);
     EXPECT_EQ(node->modificationDate, 0);
     EXPECT_NE(node->id, old->id);
 }

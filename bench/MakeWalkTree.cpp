@@ -19,13 +19,14 @@ namespace {
 
 constexpr const char* kMarker = ".walk-tree-v1";
 constexpr std::array<int, 5> kBranching = {10, 14, 10, 10, 9};  // 141,550 folders
-constexpr int kMaxFilesPerFolder = 14;                           // 7 a folder on average
+constexpr int kMaxFilesPerFolder = 14;                          // 7 a folder on average
 
-constexpr std::array<const char*, 24> kWords = {
-    "budget", "report", "photo", "invoice", "notes",  "draft",  "summary", "meeting",
-    "backup", "travel", "recipe", "letter", "scan",   "slides", "contract", "archive",
-    "music",  "video",  "resume", "plan",   "Budget", "Report", "Photo",  "todo"};
-constexpr std::array<const char*, 10> kExtensions = {"txt", "pdf", "jpg", "xlsx", "docx", "md", "png", "csv", "mp3", "log"};
+constexpr std::array<const char*, 24> kWords = {"budget",  "report",  "photo",    "invoice", "notes",  "draft",
+                                                "summary", "meeting", "backup",   "travel",  "recipe", "letter",
+                                                "scan",    "slides",  "contract", "archive", "music",  "video",
+                                                "resume",  "plan",    "Budget",   "Report",  "Photo",  "todo"};
+constexpr std::array<const char*, 10> kExtensions = {"txt", "pdf", "jpg", "xlsx", "docx",
+                                                     "md",  "png", "csv", "mp3",  "log"};
 
 // A small fixed generator: the tree must be the same on every machine.
 struct Random {

@@ -1,7 +1,7 @@
 #include "ExplainCommand.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/core.h>
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "query/CommandRecogniser.h"
 #include "query/CommandClassName.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "stores/Preferences.h"
 
@@ -29,13 +29,15 @@ struct ExplainOptions {
 
 std::string leafText(const BooleanExpr& leaf, const QueryContainer& query) {
     switch (leaf.kind()) {
-        case BooleanExpr::Kind::word: return "\"" + leaf.wordValue().textOriginalCase + "\"";
+        case BooleanExpr::Kind::word:
+            return "\"" + leaf.wordValue().textOriginalCase + "\"";
         case BooleanExpr::Kind::command: {
             size_t index = static_cast<size_t>(leaf.commandIndex());
             if (index >= query.commandsFoundInQuery().size()) return "[?]";
             return "[" + query.commandsFoundInQuery()[index]->commandToString() + "]";
         }
-        default: return "";
+        default:
+            return "";
     }
 }
 
@@ -97,7 +99,8 @@ nlohmann::ordered_json explanationJSON(const QueryContainer& query) {
     explanation["commands"] = commands;
     explanation["unrecognised"] = typedTexts(query.invalidCommandAreaWords());
     explanation["booleanExpr"] = describe(query.booleanExpr(), query);
-    explanation["location"] = query.whereLocation() ? nlohmann::ordered_json(query.whereLocation()->locationName) : nullptr;
+    explanation["location"] =
+        query.whereLocation() ? nlohmann::ordered_json(query.whereLocation()->locationName) : nullptr;
     explanation["isWordBasedSearch"] = query.isWordBasedSearch();
     return explanation;
 }
@@ -150,7 +153,8 @@ void printForPerson(const QueryContainer& query, bool colour) {
                    engine ? "  (not available: needs " + *engine + ")" : "");
     }
     if (!query.invalidCommandAreaWords().empty()) {
-        fmt::print("Unrecognised:   {}  (marked [?...] above)\n", joined(typedTexts(query.invalidCommandAreaWords()), ", "));
+        fmt::print("Unrecognised:   {}  (marked [?...] above)\n",
+                   joined(typedTexts(query.invalidCommandAreaWords()), ", "));
     }
     std::string expression = describe(query.booleanExpr(), query);
     fmt::print("Expression:     {}\n", expression.empty() ? "(everything)" : expression);
@@ -188,9 +192,10 @@ void addExplainCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<ExplainOptions>();
     CLI::App* explain = app.add_subcommand("explain", "Show how a query is understood, without searching");
     explain->footer(exitStatusHelp);
-    explain->add_option("query,--query", options->query,
-                        "The query, as typed in the query field; one that begins with a minus word may stand "
-                        "anywhere, or after --")
+    explain
+        ->add_option("query,--query", options->query,
+                     "The query, as typed in the query field; one that begins with a minus word may stand "
+                     "anywhere, or after --")
         ->required();
     explain->add_flag("--json", options->json, "Print the explanation as JSON");
     Terminal::addColorOption(*explain, options->color);

@@ -37,7 +37,9 @@ struct SearchOptions {
     std::vector<std::string> locations;
 };
 
-void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
+void complain(const std::string& message) {
+    std::fprintf(stderr, "quester: %s\n", message.c_str());
+}
 
 // Whether the folder opens and its first entries can be read.
 Status canBeListed(const std::string& folder) {
@@ -65,7 +67,8 @@ Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
         if (Status readable = canBeListed(absolute); !readable) {
             const bool denied = readable.error().code == ErrorCode::permissionDenied;
             return makeError(readable.error().code, "cannot search in '" + path + "': the folder can't be read (" +
-                                                        (denied ? "permission denied" : readable.error().message) + ")");
+                                                        (denied ? "permission denied" : readable.error().message) +
+                                                        ")");
         }
         folders.emplace_back(absolute, true);
     }
@@ -86,7 +89,8 @@ std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
     if (query.refusalReason()) return query.refusalReason();
     if (!query.invalidCommandAreaWords().empty()) {
         std::string words;
-        for (const auto& part : query.invalidCommandAreaWords()) words += (words.empty() ? "" : " ") + part.textOriginalCase;
+        for (const auto& part : query.invalidCommandAreaWords())
+            words += (words.empty() ? "" : " ") + part.textOriginalCase;
         return "not understood after the colon: '" + words + "' (see 'quester explain')";
     }
     if (!query.isWordBasedSearch() && query.suppliedDataSources().empty()) {
@@ -182,12 +186,14 @@ CLI::Validator positiveWholeNumber() {
 
 void addSearchCommand(CLI::App& app, int& exitStatus) {
     auto options = std::make_shared<SearchOptions>();
-    CLI::App* search = app.add_subcommand("search", "Search names (and criteria after a colon) and print what is found");
+    CLI::App* search =
+        app.add_subcommand("search", "Search names (and criteria after a colon) and print what is found");
     search->footer(exitStatusHelp);
-    search->add_option("query,--query", options->session.query,
-                       "The query, as in 'budget .xlsx : modified today', or a quester: URL "
-                       "('quester:?q=budget+report&location=home'); one that begins with a minus word may "
-                       "stand anywhere, or after --")
+    search
+        ->add_option("query,--query", options->session.query,
+                     "The query, as in 'budget .xlsx : modified today', or a quester: URL "
+                     "('quester:?q=budget+report&location=home'); one that begins with a minus word may "
+                     "stand anywhere, or after --")
         ->required();
     search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)")
         ->allow_extra_args(false);
@@ -196,18 +202,20 @@ void addSearchCommand(CLI::App& app, int& exitStatus) {
                      "Match names with a word that sounds like one of the query's (slower)");
     search->add_option("--limit", options->session.limit, "Print the first this many of the sorted results")
         ->check(positiveWholeNumber());
-    search->add_option("--format", options->session.format,
-                       "Output: table (the default on a terminal), paths (one a line), json (one record a line, "
-                       "see doc/json-output.md), csv or tsv. On a terminal, control characters and bytes that "
-                       "aren't UTF-8 in names show as '?'")
+    search
+        ->add_option("--format", options->session.format,
+                     "Output: table (the default on a terminal), paths (one a line), json (one record a line, "
+                     "see doc/json-output.md), csv or tsv. On a terminal, control characters and bytes that "
+                     "aren't UTF-8 in names show as '?'")
         ->transform(CLI::IsMember({"table", "paths", "json", "csv", "tsv"}, CLI::ignore_case));
     search->add_flag("-0,--null", options->session.nulSeparated, "Separate paths with NUL instead of newline");
-    search->add_option("--sort", options->session.sortColumn,
-                       "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
-                       "image (as found)")
-        ->transform(CLI::IsMember({"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside",
-                               "tags", "path", "rank"},
-                              CLI::ignore_case));
+    search
+        ->add_option("--sort", options->session.sortColumn,
+                     "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
+                     "image (as found)")
+        ->transform(CLI::IsMember(
+            {"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside", "tags", "path", "rank"},
+            CLI::ignore_case));
     search->add_flag("--reverse", options->session.reverse, "Sort in descending order");
     Terminal::addColorOption(*search, options->session.color);
     search->add_option("--export", options->session.exportPath,

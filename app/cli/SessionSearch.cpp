@@ -8,7 +8,6 @@
 
 #include "commands/StandardCommandFactories.h"
 #include "query/CommandRecogniser.h"
-#include "support/PathText.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "results/Column.h"
@@ -22,6 +21,7 @@
 #include "sources/FileSystemSearch.h"
 #include "sources/ShowAppsCommandDataSource.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 
 #include "ExitStatus.h"
 #include "Terminal.h"
@@ -30,7 +30,9 @@ namespace quester::cli {
 
 namespace {
 
-void complain(const std::string& message) { std::fprintf(stderr, "quester: %s\n", message.c_str()); }
+void complain(const std::string& message) {
+    std::fprintf(stderr, "quester: %s\n", message.c_str());
+}
 
 std::optional<ResultsExporter::Format> exportFormatFor(const std::string& path) {
     std::string extension = pathExtension(path);
@@ -241,8 +243,8 @@ int SessionSearch::run() {
     const UINode::NodeList& rows = limited ? firstRows : shown;
     const ResultDateText dates;
     if (options.exportPath) {
-        const Status written = ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows,
-                                                              *options.exportPath, dates);
+        const Status written =
+            ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows, *options.exportPath, dates);
         if (!written) {
             complain(written.error().message);
             return ExitStatus::failed;

@@ -14,10 +14,10 @@ struct SessionSearchOptions {
     std::string query;  // or a "quester:" URL
     std::vector<Url> folders;
     bool hidden = false;
-    bool soundex = false;           // words match names that sound alike
-    long limit = 0;                 // 0: every result
-    std::string format;             // table, paths, json, csv or tsv; empty: table on a terminal, else paths
-    bool nulSeparated = false;      // paths apart by NUL
+    bool soundex = false;       // words match names that sound alike
+    long limit = 0;             // 0: every result
+    std::string format;         // table, paths, json, csv or tsv; empty: table on a terminal, else paths
+    bool nulSeparated = false;  // paths apart by NUL
     std::string sortColumn = "name";
     bool reverse = false;
     std::optional<std::string> exportPath;  // .csv, .tsv or .txt, in any case

@@ -27,7 +27,9 @@ void Terminal::addColorOption(CLI::App& command, std::string& choice) {
         ->transform(CLI::IsMember({"auto", "always", "never"}, CLI::ignore_case));
 }
 
-bool Terminal::isTerminal(int fd) { return ::isatty(fd) == 1; }
+bool Terminal::isTerminal(int fd) {
+    return ::isatty(fd) == 1;
+}
 
 bool Terminal::takesCursorMovement(int fd) {
     const char* term = std::getenv("TERM");

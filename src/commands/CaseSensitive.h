@@ -13,7 +13,9 @@ public:
         return CommandApplyResult::accept;
     }
     bool commandIsOnlyAFilter() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::CaseSensitivity; }
+    std::optional<AvailableHelpFileNames> helpFileName() const override {
+        return AvailableHelpFileNames::CaseSensitivity;
+    }
     bool sameParameters(const CaseSensitive&) const { return true; }
     CommandRole commandRole() const override { return CommandRole::caseSensitive; }
 };

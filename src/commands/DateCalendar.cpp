@@ -37,12 +37,18 @@ void clearTimeOfDay(icu::Calendar& calendar) {
 
 UCalendarDateFields fieldOf(TimeUnit unit) {
     switch (unit) {
-        case TimeUnit::minute: return UCAL_MINUTE;
-        case TimeUnit::hour: return UCAL_HOUR_OF_DAY;
-        case TimeUnit::day: return UCAL_DATE;
-        case TimeUnit::weekOfYear: return UCAL_WEEK_OF_YEAR;
-        case TimeUnit::month: return UCAL_MONTH;
-        case TimeUnit::year: return UCAL_YEAR;
+        case TimeUnit::minute:
+            return UCAL_MINUTE;
+        case TimeUnit::hour:
+            return UCAL_HOUR_OF_DAY;
+        case TimeUnit::day:
+            return UCAL_DATE;
+        case TimeUnit::weekOfYear:
+            return UCAL_WEEK_OF_YEAR;
+        case TimeUnit::month:
+            return UCAL_MONTH;
+        case TimeUnit::year:
+            return UCAL_YEAR;
     }
     return UCAL_DATE;
 }
@@ -61,7 +67,9 @@ std::string withFullYear(const std::string& pattern) {
 
 namespace DateCalendar {
 
-Date now() { return std::chrono::time_point_cast<std::chrono::seconds>(calendarClock().now()); }
+Date now() {
+    return std::chrono::time_point_cast<std::chrono::seconds>(calendarClock().now());
+}
 
 Date startOfDay(Date date) {
     auto calendar = calendarAt(date);
@@ -109,16 +117,24 @@ DateRange unitInterval(TimeUnit unit, Date at) {
     if (!calendar) return {at, at};
     UErrorCode status = U_ZERO_ERROR;
     switch (unit) {
-        case TimeUnit::year: calendar->set(UCAL_MONTH, 0); [[fallthrough]];
-        case TimeUnit::month: calendar->set(UCAL_DATE, 1); [[fallthrough]];
-        case TimeUnit::day: clearTimeOfDay(*calendar); break;
+        case TimeUnit::year:
+            calendar->set(UCAL_MONTH, 0);
+            [[fallthrough]];
+        case TimeUnit::month:
+            calendar->set(UCAL_DATE, 1);
+            [[fallthrough]];
+        case TimeUnit::day:
+            clearTimeOfDay(*calendar);
+            break;
         case TimeUnit::weekOfYear: {
             int back = (calendar->get(UCAL_DAY_OF_WEEK, status) - calendar->getFirstDayOfWeek(status) + 7) % 7;
             calendar->add(UCAL_DATE, -back, status);
             clearTimeOfDay(*calendar);
             break;
         }
-        case TimeUnit::hour: calendar->set(UCAL_MINUTE, 0); [[fallthrough]];
+        case TimeUnit::hour:
+            calendar->set(UCAL_MINUTE, 0);
+            [[fallthrough]];
         case TimeUnit::minute:
             calendar->set(UCAL_SECOND, 0);
             calendar->set(UCAL_MILLISECOND, 0);
@@ -157,13 +173,17 @@ std::optional<DateRange> dateRange(const DayComponents& from, const DayComponent
     return DateRange{*lower, *upper};
 }
 
-std::optional<DateRange> wholeYearRange(int year) { return dateRange({1, 1, year}, {31, 12, year}); }
+std::optional<DateRange> wholeYearRange(int year) {
+    return dateRange({1, 1, year}, {31, 12, year});
+}
 
 std::optional<DateRange> wholeMonthRange(int month, std::optional<int> year) {
     return dateRange({1, month, year}, {1, month + 1, year});
 }
 
-DateRange lastWeekRange() { return unitInterval(TimeUnit::weekOfYear, now() - std::chrono::seconds(604800)); }
+DateRange lastWeekRange() {
+    return unitInterval(TimeUnit::weekOfYear, now() - std::chrono::seconds(604800));
+}
 
 }  // namespace DateCalendar
 

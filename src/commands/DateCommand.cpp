@@ -20,9 +20,12 @@ std::int64_t wholeSeconds(Date date) {
 
 std::int64_t dateOfResult(const SearchResult& result, DateCommandWhat what) {
     switch (what) {
-        case DateCommandWhat::modificationDate: return result.modDate;
-        case DateCommandWhat::creationDate: return result.creationDate;
-        case DateCommandWhat::accessDate: return result.lastAccessDate;
+        case DateCommandWhat::modificationDate:
+            return result.modDate;
+        case DateCommandWhat::creationDate:
+            return result.creationDate;
+        case DateCommandWhat::accessDate:
+            return result.lastAccessDate;
     }
     return 0;
 }
@@ -44,17 +47,24 @@ DateRange timeIntervalDateRange(const DateCommandWhen& when) {
     Date today = DateCalendar::startOfDay(now);
     const seconds day{86400};
     switch (when.when) {
-        case WhenType::ever: return {Date(-kDistance), Date(kDistance)};
-        case WhenType::now: return {now - seconds(60), now};
-        case WhenType::recent: return {now - seconds(3600), now};
-        case WhenType::today: return {today, today + day};
-        case WhenType::yesterday: return {today - day, today};
-        case WhenType::tomorrow: return {today + day, today + 2 * day};
+        case WhenType::ever:
+            return {Date(-kDistance), Date(kDistance)};
+        case WhenType::now:
+            return {now - seconds(60), now};
+        case WhenType::recent:
+            return {now - seconds(3600), now};
+        case WhenType::today:
+            return {today, today + day};
+        case WhenType::yesterday:
+            return {today - day, today};
+        case WhenType::tomorrow:
+            return {today + day, today + 2 * day};
         case WhenType::specificDay: {
             Date start = when.specificDay.value_or(today);
             return {start, start + day};
         }
-        case WhenType::dateRange: return when.dateRange.value_or(DateRange{today, today});
+        case WhenType::dateRange:
+            return when.dateRange.value_or(DateRange{today, today});
     }
     return {today, today};
 }
@@ -78,13 +88,20 @@ std::string dateToString(Date date) {
 
 std::string toString(const DateCommandWhen& when) {
     switch (when.when) {
-        case WhenType::ever: return "ever";
-        case WhenType::now: return "now";
-        case WhenType::recent: return "recent";
-        case WhenType::today: return "today";
-        case WhenType::yesterday: return "yesterday";
-        case WhenType::tomorrow: return "tomorrow";
-        case WhenType::specificDay: return dateToString(when.specificDay.value_or(DateCalendar::now()));
+        case WhenType::ever:
+            return "ever";
+        case WhenType::now:
+            return "now";
+        case WhenType::recent:
+            return "recent";
+        case WhenType::today:
+            return "today";
+        case WhenType::yesterday:
+            return "yesterday";
+        case WhenType::tomorrow:
+            return "tomorrow";
+        case WhenType::specificDay:
+            return dateToString(when.specificDay.value_or(DateCalendar::now()));
         case WhenType::dateRange: {
             if (auto canonical = canonicalRangeText(when)) return *canonical;
             DateRange range = when.dateRange.value_or(DateRange{});
@@ -94,7 +111,9 @@ std::string toString(const DateCommandWhen& when) {
     return {};
 }
 
-std::string DateCommand::commandToString() const { return quester::toString(what) + " " + quester::toString(when); }
+std::string DateCommand::commandToString() const {
+    return quester::toString(what) + " " + quester::toString(when);
+}
 
 std::string DateCommand::commandExample() const {
     return quester::toString(what) + " " + DateCalendar::shortDate(DateCalendar::now());

@@ -39,9 +39,13 @@ private:
     const VariableArguments& args;
 };
 
-DayComponents nowComponents() { return DateCalendar::components(DateCalendar::now()); }
+DayComponents nowComponents() {
+    return DateCalendar::components(DateCalendar::now());
+}
 
-Span untilToday(const DayComponents& from) { return DateCalendar::dateRange(from, nowComponents()); }
+Span untilToday(const DayComponents& from) {
+    return DateCalendar::dateRange(from, nowComponents());
+}
 
 Span fromDayToDay(Date from, Date to) {
     return DateCalendar::dateRange(DateCalendar::components(from), DateCalendar::components(to));
@@ -67,23 +71,32 @@ Span lastTimeUnit(const DateArguments& a) {
     auto today = nowComponents();
     if (!unit || !today.year || !today.month) return std::nullopt;
     switch (*unit) {
-        case TimeUnit::year: return DateCalendar::dateRange({1, 1, *today.year - 1}, {31, 12, *today.year - 1});
+        case TimeUnit::year:
+            return DateCalendar::dateRange({1, 1, *today.year - 1}, {31, 12, *today.year - 1});
         case TimeUnit::month:
             if (*today.month == 1) return DateCalendar::wholeMonthRange(12, *today.year - 1);
             return DateCalendar::wholeMonthRange(*today.month - 1, today.year);
-        case TimeUnit::weekOfYear: return DateCalendar::lastWeekRange();
-        default: return std::nullopt;
+        case TimeUnit::weekOfYear:
+            return DateCalendar::lastWeekRange();
+        default:
+            return std::nullopt;
     }
 }
 
 std::optional<seconds> unitLength(TimeUnit unit) {
     switch (unit) {
-        case TimeUnit::minute: return seconds(60);
-        case TimeUnit::hour: return seconds(3600);
-        case TimeUnit::day: return seconds(86400);
-        case TimeUnit::weekOfYear: return seconds(604800);
-        case TimeUnit::month: return seconds(2592000);
-        case TimeUnit::year: return seconds(31536000);
+        case TimeUnit::minute:
+            return seconds(60);
+        case TimeUnit::hour:
+            return seconds(3600);
+        case TimeUnit::day:
+            return seconds(86400);
+        case TimeUnit::weekOfYear:
+            return seconds(604800);
+        case TimeUnit::month:
+            return seconds(2592000);
+        case TimeUnit::year:
+            return seconds(31536000);
     }
     return std::nullopt;
 }
@@ -129,7 +142,8 @@ Span specificDateRange(const DateArguments& a) {
     if (!first) return std::nullopt;
     auto second = a.when(1);
     if (!second) return std::nullopt;
-    if (!first->specificDay || !second->specificDay || !(*first->specificDay < *second->specificDay)) return std::nullopt;
+    if (!first->specificDay || !second->specificDay || !(*first->specificDay < *second->specificDay))
+        return std::nullopt;
     return fromDayToDay(*first->specificDay, *second->specificDay);
 }
 
@@ -153,32 +167,51 @@ const std::map<std::string, Builder, std::less<>>& builders() {
         {"lastNDateUnit", lastNDateUnit},
         {"month", fromIntegers<1>([](const I1& v) { return DateCalendar::wholeMonthRange(v[0], std::nullopt); })},
         {"monthYear", fromIntegers<2>([](const I2& v) { return DateCalendar::wholeMonthRange(v[0], v[1]); })},
-        {"dayMonth", fromIntegers<2>([](const I2& v) { return DateCalendar::dateRange({v[0], v[1], {}}, {v[0] + 1, v[1], {}}); })},
-        {"monthToMonth", fromIntegers<2>([](const I2& v) { return typedSpan({1, v[0], {}}, {1, v[1] + 1, {}}); })},
+        {"dayMonth", fromIntegers<2>([](const I2& v) {
+             return DateCalendar::dateRange({v[0], v[1], {}}, {v[0] + 1, v[1], {}});
+         })},
+        {"monthToMonth", fromIntegers<2>([](const I2& v) {
+             return typedSpan({1, v[0], {}}, {1, v[1] + 1, {}});
+         })},
         {"monthYearToMonth", fromIntegers<3>([](const I3& v) {
              auto today = nowComponents().day;
              return typedSpan({today, v[0], v[1]}, {today, v[2] + 1, {}});
          })},
-        {"monthToMonthYear",
-         fromIntegers<3>([](const I3& v) { return typedSpan({1, v[0], v[2]}, {1, v[1] + 1, v[2]}); })},
-        {"monthYearToMonthYear",
-         fromIntegers<4>([](const I4& v) { return typedSpan({1, v[0], v[1]}, {1, v[2] + 1, v[3]}); })},
-        {"monthYearToYear",
-         fromIntegers<3>([](const I3& v) { return typedSpan({1, v[0], v[1]}, {1, 1, v[2]}); })},
-        {"yearMonthToMonth",
-         fromIntegers<3>([](const I3& v) { return typedSpan({1, v[1], v[0]}, {1, v[2] + 1, v[0]}); })},
-        {"monthDayToMonth",
-         fromIntegers<3>([](const I3& v) { return typedSpan({v[1], v[0], {}}, {1, v[2] + 1, {}}); })},
-        {"yearToYear", fromIntegers<2>([](const I2& v) { return typedSpan({1, 1, v[0]}, {31, 12, v[1]}); })},
+        {"monthToMonthYear", fromIntegers<3>([](const I3& v) {
+             return typedSpan({1, v[0], v[2]}, {1, v[1] + 1, v[2]});
+         })},
+        {"monthYearToMonthYear", fromIntegers<4>([](const I4& v) {
+             return typedSpan({1, v[0], v[1]}, {1, v[2] + 1, v[3]});
+         })},
+        {"monthYearToYear", fromIntegers<3>([](const I3& v) {
+             return typedSpan({1, v[0], v[1]}, {1, 1, v[2]});
+         })},
+        {"yearMonthToMonth", fromIntegers<3>([](const I3& v) {
+             return typedSpan({1, v[1], v[0]}, {1, v[2] + 1, v[0]});
+         })},
+        {"monthDayToMonth", fromIntegers<3>([](const I3& v) {
+             return typedSpan({v[1], v[0], {}}, {1, v[2] + 1, {}});
+         })},
+        {"yearToYear", fromIntegers<2>([](const I2& v) {
+             return typedSpan({1, 1, v[0]}, {31, 12, v[1]});
+         })},
         {"year", fromIntegers<1>([](const I1& v) { return DateCalendar::wholeYearRange(v[0]); })},
         {"afterDate", withSpecificDay([](Date day) { return untilToday(DateCalendar::components(day)); })},
-        {"afterYear", fromIntegers<1>([](const I1& v) { return untilToday({1, 1, v[0]}); })},
-        {"afterMonth", fromIntegers<1>([](const I1& v) { return untilToday({1, v[0], {}}); })},
+        {"afterYear", fromIntegers<1>([](const I1& v) {
+             return untilToday({1, 1, v[0]});
+         })},
+        {"afterMonth", fromIntegers<1>([](const I1& v) {
+             return untilToday({1, v[0], {}});
+         })},
         {"beforeDate", withSpecificDay([](Date day) {
              return DateCalendar::dateRange({1, 1, 1970}, DateCalendar::components(day));
          })},
-        {"beforeYear", fromIntegers<1>([](const I1& v) { return DateCalendar::dateRange({1, 1, 1970}, {1, 1, v[0]}); })},
-        {"beforeMonth", fromIntegers<1>([](const I1& v) { return DateCalendar::dateRange({1, 1, 1970}, {1, v[0], {}}); })},
+        {"beforeYear", fromIntegers<1>([](const I1& v) {
+             return DateCalendar::dateRange({1, 1, 1970}, {1, 1, v[0]});
+         })},
+        {"beforeMonth", fromIntegers<1>([](const I1& v) {
+             return DateCalendar::dateRange({1, 1, 1970}, {1, v[0], {}});
+         })},
     };
     return table;
 }
@@ -186,17 +219,17 @@ const std::map<std::string, Builder, std::less<>>& builders() {
 }  // namespace
 
 std::vector<std::string> DateCommandCreator::commandNames() const {
-    return {"specificDateRange", "thisTimeUnit",     "lastTimeUnit",         "lastNDateUnit",   "month",
-            "monthYear",         "monthToMonth",     "monthYearToMonth",     "monthToMonthYear", "monthYearToMonthYear",
-            "monthYearToYear",   "yearMonthToMonth", "monthDayToMonth",      "yearToYear",      "year",
-            "afterDate",         "afterYear",        "afterMonth",           "beforeDate",      "beforeYear",
+    return {"specificDateRange", "thisTimeUnit",     "lastTimeUnit",     "lastNDateUnit",    "month",
+            "monthYear",         "monthToMonth",     "monthYearToMonth", "monthToMonthYear", "monthYearToMonthYear",
+            "monthYearToYear",   "yearMonthToMonth", "monthDayToMonth",  "yearToYear",       "year",
+            "afterDate",         "afterYear",        "afterMonth",       "beforeDate",       "beforeYear",
             "beforeMonth",       "dayMonth"};
 }
 
 const std::vector<std::string>& DateCommandCreator::commandAutoCompletionWords() {
-    static const std::vector<std::string> words{"ever",     "now",     "recent", "today",   "yesterday",
+    static const std::vector<std::string> words{"ever",     "now",      "recent",  "today",  "yesterday",
                                                 "tomorrow", "modified", "changed", "edited", "created",
-                                                "made",     "week",    "year",   "month"};
+                                                "made",     "week",     "year",    "month"};
     return words;
 }
 

@@ -1,8 +1,8 @@
 #include "commands/ExcludeFolderCommand.h"
 
 #include "language/UnicodeText.h"
-#include "support/PathText.h"
 #include "query/SearchResult.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -12,7 +12,8 @@ CommandPtr ExcludeFolderCommand::create(std::string_view, const VariableArgument
     return std::make_shared<ExcludeFolderCommand>(word->textOriginalCase);
 }
 
-CommandApplyResult ExcludeFolderCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*, const QueryContainer&) {
+CommandApplyResult ExcludeFolderCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*,
+                                                         const QueryContainer&) {
     std::string parent = lowercased(parentPath(to.url.path())) + "/";
     std::string folder = lowercased(insidePath);
     bool excluded = parent.find(folder) != std::string::npos || parent == folder;

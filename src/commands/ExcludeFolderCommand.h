@@ -18,7 +18,9 @@ public:
     CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
                                        const QueryContainer& forQuery) override;
     bool commandSupportsBooleanCombination() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::ExcludingFolder; }
+    std::optional<AvailableHelpFileNames> helpFileName() const override {
+        return AvailableHelpFileNames::ExcludingFolder;
+    }
     bool sameParameters(const ExcludeFolderCommand& other) const { return insidePath == other.insidePath; }
 
     std::string insidePath;

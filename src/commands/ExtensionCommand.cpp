@@ -1,8 +1,8 @@
 #include "commands/ExtensionCommand.h"
 
 #include "language/UnicodeText.h"
-#include "support/PathText.h"
 #include "query/SearchResult.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -15,13 +15,16 @@ CommandPtr ExtensionCommand::create(std::string_view commandName, const Variable
 ExtensionCommand::ExtensionCommand(std::string_view extension, bool isNot)
     : wantedFileNameExtension(lowercased(extension.starts_with('.') ? extension.substr(1) : extension)), isNot(isNot) {}
 
-std::string ExtensionCommand::commandToString() const { return (isNot ? "not ." : ".") + wantedFileNameExtension; }
+std::string ExtensionCommand::commandToString() const {
+    return (isNot ? "not ." : ".") + wantedFileNameExtension;
+}
 
 std::string ExtensionCommand::commandExample() const {
     return (isNot ? "not .**" : ".**") + wantedFileNameExtension + "**";
 }
 
-CommandApplyResult ExtensionCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*, const QueryContainer&) {
+CommandApplyResult ExtensionCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*,
+                                                     const QueryContainer&) {
     bool equal = lowercased(pathExtension(to.url.path())) == wantedFileNameExtension;
     return equal != isNot ? CommandApplyResult::accept : CommandApplyResult::exclude;
 }

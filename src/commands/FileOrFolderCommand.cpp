@@ -10,7 +10,8 @@ CommandPtr FileOrFolderCommand::create(std::string_view commandName, const Varia
     return nullptr;
 }
 
-CommandApplyResult FileOrFolderCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*, const QueryContainer&) {
+CommandApplyResult FileOrFolderCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*,
+                                                        const QueryContainer&) {
     FileOrFolderType found = to.isDirectory ? FileOrFolderType::folder : FileOrFolderType::file;
     if (to.isDirectory && to.url.path().ends_with(".app")) return CommandApplyResult::exclude;
     return found == type ? CommandApplyResult::accept : CommandApplyResult::exclude;

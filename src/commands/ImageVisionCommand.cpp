@@ -2,7 +2,8 @@
 
 namespace quester {
 
-CommandPtr ImageVisionCommand::create(std::string_view commandName, const VariableArguments& args, const TemplateFlags&) {
+CommandPtr ImageVisionCommand::create(std::string_view commandName, const VariableArguments& args,
+                                      const TemplateFlags&) {
     const auto* terms = argumentAt<SentenceComponent>(args, 0);
     if (!terms) return nullptr;
     bool allItems = commandName.find("ImageVisionAllItems") != std::string_view::npos;

@@ -12,7 +12,8 @@ public:
     // "ImageVision" or "ImageVisionAllItems"; args[0] is the terms' word.
     static CommandPtr create(std::string_view commandName, const VariableArguments& args, const TemplateFlags& flags);
 
-    ImageVisionCommand(std::string searchString, bool allItems) : searchString(std::move(searchString)), allItems(allItems) {}
+    ImageVisionCommand(std::string searchString, bool allItems)
+        : searchString(std::move(searchString)), allItems(allItems) {}
 
     std::string commandToString() const override { return prefix() + quotedText(searchString, false); }
     std::string commandExample() const override { return prefix() + quotedText(searchString, true); }
@@ -20,7 +21,9 @@ public:
         return CommandApplyResult::skip;
     }
     bool commandSupportsBooleanCombination() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::ImageRecognition; }
+    std::optional<AvailableHelpFileNames> helpFileName() const override {
+        return AvailableHelpFileNames::ImageRecognition;
+    }
     std::optional<std::string> missingEngine() const override { return "image recognition"; }
     bool sameParameters(const ImageVisionCommand& other) const { return allItems == other.allItems; }
 

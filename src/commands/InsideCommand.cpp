@@ -6,10 +6,10 @@
 #include <cstdlib>
 
 #include "language/UnicodeText.h"
-#include "support/PathText.h"
 #include "platform/Url.h"
 #include "query/SearchResult.h"
 #include "support/AppDirectories.h"
+#include "support/PathText.h"
 
 namespace quester {
 

@@ -24,8 +24,7 @@ CommandPtr LabelCommand::create(std::string_view commandName, const VariableArgu
 }
 
 CommandApplyResult LabelCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate*, const QueryContainer&) {
-    const bool tagged =
-        joinedLowerCase(ItemAttributes::tagNames(to.url.path())).find(labelName) != std::string::npos;
+    const bool tagged = joinedLowerCase(ItemAttributes::tagNames(to.url.path())).find(labelName) != std::string::npos;
     return tagged != notTag ? CommandApplyResult::accept : CommandApplyResult::exclude;
 }
 

@@ -33,7 +33,9 @@ std::vector<std::string> LabelTagManager::tagsForDisplay() const {
     return sorted;
 }
 
-Status LabelTagManager::save() { return preferences.setValue(kTagsKey, tags.value()); }
+Status LabelTagManager::save() {
+    return preferences.setValue(kTagsKey, tags.value());
+}
 
 std::vector<std::string> LabelTagManager::merge(const std::vector<std::string>& newer,
                                                 const std::vector<std::string>& older) {

@@ -28,8 +28,7 @@ public:
 
     // `newer` followed by the entries of `older` it lacks, while the list holds
     // fewer than `kRememberedTags`; `newer` itself is never cut.
-    static std::vector<std::string> merge(const std::vector<std::string>& newer,
-                                          const std::vector<std::string>& older);
+    static std::vector<std::string> merge(const std::vector<std::string>& newer, const std::vector<std::string>& older);
 
 private:
     Preferences& preferences;

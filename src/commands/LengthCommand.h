@@ -32,7 +32,9 @@ public:
         return judgeLength(Derived::measuredText(to), choice, count);
     }
     bool commandSupportsBooleanCombination() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::NamePathLength; }
+    std::optional<AvailableHelpFileNames> helpFileName() const override {
+        return AvailableHelpFileNames::NamePathLength;
+    }
     bool sameParameters(const Derived& other) const { return choice == other.choice; }
 
     LengthChoice choice;

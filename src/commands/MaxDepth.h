@@ -25,7 +25,9 @@ public:
                                        const QueryContainer& forQuery) override;
     bool commandIsOnlyAFilter() const override { return true; }
     bool commandSupportsBooleanCombination() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::MaxFolderDepth; }
+    std::optional<AvailableHelpFileNames> helpFileName() const override {
+        return AvailableHelpFileNames::MaxFolderDepth;
+    }
     bool sameParameters(const MaxDepth&) const { return true; }
 
     int maxDepth;

@@ -4,6 +4,8 @@
 
 namespace quester {
 
-std::string PathLengthCommand::measuredText(const SearchResult& result) { return result.url.path(); }
+std::string PathLengthCommand::measuredText(const SearchResult& result) {
+    return result.url.path();
+}
 
 }  // namespace quester

@@ -5,13 +5,14 @@
 
 #include "language/UnicodeText.h"
 #include "query/SearchDataSourceDelegate.h"
-#include "support/PathText.h"
 #include "query/SearchResult.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 
-CommandPtr RegexCommand::create(std::string_view commandName, const VariableArguments& args, const TemplateFlags& flags) {
+CommandPtr RegexCommand::create(std::string_view commandName, const VariableArguments& args,
+                                const TemplateFlags& flags) {
     const auto* word = argumentAt<SentenceComponent>(args, 0);
     if (!word) return nullptr;
     auto notFlag = flags.find("not");
@@ -19,7 +20,9 @@ CommandPtr RegexCommand::create(std::string_view commandName, const VariableArgu
     return std::make_shared<RegexCommand>(word->textOriginalCase, isNot);
 }
 
-RegexCommand::RegexCommand(std::string pattern, bool isNot) : regex(std::move(pattern)), isNot(isNot) { compile(); }
+RegexCommand::RegexCommand(std::string pattern, bool isNot) : regex(std::move(pattern)), isNot(isNot) {
+    compile();
+}
 
 void RegexCommand::setPattern(std::string pattern) {
     regex = std::move(pattern);
@@ -34,9 +37,13 @@ void RegexCommand::compile() {
     matcher = U_SUCCESS(status) ? compiledPattern : nullptr;
 }
 
-std::string RegexCommand::commandToString() const { return "regex " + quotedIfNeeded(regex) + (isNot ? " not" : ""); }
+std::string RegexCommand::commandToString() const {
+    return "regex " + quotedIfNeeded(regex) + (isNot ? " not" : "");
+}
 
-std::string RegexCommand::commandExample() const { return "regex **" + regex + "**" + (isNot ? " not" : ""); }
+std::string RegexCommand::commandExample() const {
+    return "regex **" + regex + "**" + (isNot ? " not" : "");
+}
 
 namespace {
 
@@ -68,7 +75,8 @@ CommandApplyResult RegexCommand::commandImpApply(SearchResult& to, SearchDataSou
     if (feedback != nullptr) search->setMatchCallback(goesOn, feedback, status);
     const bool found = search->find(status) && U_SUCCESS(status);
     if (status == U_REGEX_STOPPED_BY_CALLER) return CommandApplyResult::exclude;
-    if (status == U_REGEX_TIME_OUT) LogFunc("regex " + regex + " gave up on the name " + name + ": too much backtracking");
+    if (status == U_REGEX_TIME_OUT)
+        LogFunc("regex " + regex + " gave up on the name " + name + ": too much backtracking");
     return found != isNot ? CommandApplyResult::accept : CommandApplyResult::exclude;
 }
 

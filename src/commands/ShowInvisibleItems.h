@@ -13,7 +13,9 @@ public:
         return CommandApplyResult::accept;
     }
     bool commandIsOnlyAFilter() const override { return true; }
-    std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::ShowInvisibleItems; }
+    std::optional<AvailableHelpFileNames> helpFileName() const override {
+        return AvailableHelpFileNames::ShowInvisibleItems;
+    }
     CommandRole commandRole() const override { return CommandRole::showInvisibleItems; }
     bool sameParameters(const ShowInvisibleItems&) const { return true; }
 };

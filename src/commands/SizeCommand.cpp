@@ -14,10 +14,14 @@ namespace {
 
 std::string prefixFor(SizeCommandType command) {
     switch (command) {
-        case SizeCommandType::smallerThan: return "smaller than";
-        case SizeCommandType::greaterThan: return "larger than";
-        case SizeCommandType::equalTo: return "size";
-        case SizeCommandType::exactlyEqualTo: return "==";
+        case SizeCommandType::smallerThan:
+            return "smaller than";
+        case SizeCommandType::greaterThan:
+            return "larger than";
+        case SizeCommandType::equalTo:
+            return "size";
+        case SizeCommandType::exactlyEqualTo:
+            return "==";
     }
     return {};
 }
@@ -75,7 +79,9 @@ std::int64_t SizeCommand::toByteCount(double value, SizeUnits units) {
     return static_cast<std::int64_t>(bytes);
 }
 
-std::int64_t SizeCommand::tolerance() const { return std::max<std::int64_t>(toByteCount(unitCompareRange, units), 1); }
+std::int64_t SizeCommand::tolerance() const {
+    return std::max<std::int64_t>(toByteCount(unitCompareRange, units), 1);
+}
 
 std::string SizeCommand::commandToString() const {
     return prefixFor(command) + " " + shortestNumberText(value) + toString(units);
@@ -93,9 +99,15 @@ CommandApplyResult SizeCommand::commandImpApply(SearchResult& to, SearchDataSour
     std::int64_t size = sizeFits ? static_cast<std::int64_t>(to.size) : kMaxBytes;
     bool accepted = false;
     switch (command) {
-        case SizeCommandType::smallerThan: accepted = wanted >= 1 && sizeFits && size < wanted; break;
-        case SizeCommandType::greaterThan: accepted = wanted < 0 || !sizeFits || size > wanted; break;
-        case SizeCommandType::exactlyEqualTo: accepted = sizeFits && size == wanted; break;
+        case SizeCommandType::smallerThan:
+            accepted = wanted >= 1 && sizeFits && size < wanted;
+            break;
+        case SizeCommandType::greaterThan:
+            accepted = wanted < 0 || !sizeFits || size > wanted;
+            break;
+        case SizeCommandType::exactlyEqualTo:
+            accepted = sizeFits && size == wanted;
+            break;
         case SizeCommandType::equalTo: {
             std::int64_t lower = saturatingAdd(wanted, -tolerance());
             accepted = (lower < 1 || size >= lower) && sizeFits && size <= saturatingAdd(wanted, tolerance());
@@ -119,7 +131,9 @@ void SizeCommand::commandImpQuerySearchArguments(QuerySearchArguments& to) const
             range = {std::max<std::int64_t>(saturatingAdd(wanted, -tolerance()), 0),
                      saturatingAdd(saturatingAdd(wanted, tolerance()), 1)};
             break;
-        case SizeCommandType::exactlyEqualTo: range = {wanted, saturatingAdd(wanted, 1)}; break;
+        case SizeCommandType::exactlyEqualTo:
+            range = {wanted, saturatingAdd(wanted, 1)};
+            break;
     }
     to.fileSize = range;
 }

@@ -20,11 +20,15 @@ public:
 
     explicit SpotlightTextCommand(std::string content) : content(std::move(content)) {}
 
-    std::string commandToString() const override { return std::string(Derived::keyword) + " " + quotedText(content, false); }
-    std::string commandExample() const override { return std::string(Derived::keyword) + " " + quotedText(content, true); }
+    std::string commandToString() const override {
+        return std::string(Derived::keyword) + " " + quotedText(content, false);
+    }
+    std::string commandExample() const override {
+        return std::string(Derived::keyword) + " " + quotedText(content, true);
+    }
     CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate*, const QueryContainer&) override {
         return to.searchResultSuppliedBy == SearchResultSupplier::spotlight ? CommandApplyResult::accept
-                                                                           : CommandApplyResult::exclude;
+                                                                            : CommandApplyResult::exclude;
     }
     bool commandStopsWordBasedSearches() const override { return stopsWordBasedSearches; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::Spotlight; }

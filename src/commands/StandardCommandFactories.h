@@ -12,8 +12,8 @@ namespace quester {
 // function that builds the command.
 class FunctionCommandFactory final : public CommandFactory {
 public:
-    using CreateFunction =
-        std::function<CommandPtr(std::string_view commandName, const VariableArguments& args, const TemplateFlags& flags)>;
+    using CreateFunction = std::function<CommandPtr(std::string_view commandName, const VariableArguments& args,
+                                                    const TemplateFlags& flags)>;
 
     FunctionCommandFactory(std::string factoryName, std::vector<std::string> names, CreateFunction function)
         : factoryName(std::move(factoryName)), names(std::move(names)), function(std::move(function)) {}

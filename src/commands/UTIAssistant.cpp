@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "language/UnicodeText.h"
-#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 
 namespace quester {
 

@@ -5,9 +5,9 @@
 #include "commands/UTIAssistant.h"
 #include "language/UTIWords.h"
 #include "platform/ExecutableFile.h"
-#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "query/SearchResult.h"
+#include "support/PathText.h"
 
 namespace quester {
 

@@ -36,7 +36,7 @@ public:
 
     // What a parse met beyond the expression itself.
     struct Reading {
-        int deepestNesting = 0;   // parentheses and NOTs inside one another
+        int deepestNesting = 0;     // parentheses and NOTs inside one another
         size_t unreadOperands = 0;  // words and commands after a ")" that closes nothing
     };
 

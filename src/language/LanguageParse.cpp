@@ -24,7 +24,8 @@ public:
     explicit PrefixMaximum(size_t size) : tree(size + 1, std::numeric_limits<int>::min()) {}
 
     void raise(size_t position, int value) {
-        for (; position < tree.size(); position += position & (~position + 1)) tree[position] = std::max(tree[position], value);
+        for (; position < tree.size(); position += position & (~position + 1))
+            tree[position] = std::max(tree[position], value);
     }
 
     int maximum(size_t position) const {

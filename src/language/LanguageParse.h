@@ -45,7 +45,8 @@ public:
     // The program's template table.
     explicit LanguageParse(VariableSources sources = {});
     // Any template table, for tests and tools.
-    explicit LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>> templates, VariableSources sources = {});
+    explicit LanguageParse(std::shared_ptr<const std::vector<SentenceTemplate>> templates,
+                           VariableSources sources = {});
 
     // All surviving full matches, in template order.
     std::vector<TemplateWordStatsResult> matchesFor(const std::vector<SentenceComponent>& input) const;

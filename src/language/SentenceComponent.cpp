@@ -182,7 +182,8 @@ namespace {
 std::vector<SentenceComponent> expandedFront(std::span<const SentenceComponent> words, size_t enough) {
     std::vector<SentenceComponent> expanded;
     for (size_t i = 0; i < words.size() && expanded.size() < enough; ++i) {
-        std::vector<SentenceComponent> pieces = SentenceComponent::parseWords(words[i].textOriginalCase, &words[i], false);
+        std::vector<SentenceComponent> pieces =
+            SentenceComponent::parseWords(words[i].textOriginalCase, &words[i], false);
         expanded.insert(expanded.end(), std::make_move_iterator(pieces.begin()), std::make_move_iterator(pieces.end()));
     }
     return expanded;

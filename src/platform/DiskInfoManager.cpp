@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "platform/BlockDevice.h"
-#include "support/PathText.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

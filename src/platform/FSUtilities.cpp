@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "platform/MountTable.h"
-#include "support/PathText.h"
 #include "platform/VolumeLabel.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

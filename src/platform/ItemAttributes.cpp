@@ -39,8 +39,8 @@ std::vector<std::string> ItemAttributes::tagNames(const std::string& path) {
 bool ItemAttributes::isUserImmutable(const std::string& path) {
     struct statx info {};
     if (statx(AT_FDCWD, path.c_str(), 0, STATX_MODE, &info) != 0) return false;
-    const bool immutable = (info.stx_attributes_mask & STATX_ATTR_IMMUTABLE) &&
-                           (info.stx_attributes & STATX_ATTR_IMMUTABLE);
+    const bool immutable =
+        (info.stx_attributes_mask & STATX_ATTR_IMMUTABLE) && (info.stx_attributes & STATX_ATTR_IMMUTABLE);
     const bool writableBySomeone = info.stx_mode & (S_IWUSR | S_IWGRP | S_IWOTH);
     return immutable || !writableBySomeone;
 }

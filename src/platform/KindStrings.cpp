@@ -1,7 +1,7 @@
 #include "platform/KindStrings.h"
 
-#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
+#include "support/PathText.h"
 
 namespace quester {
 

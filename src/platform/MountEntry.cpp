@@ -4,8 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

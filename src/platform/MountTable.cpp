@@ -9,8 +9,8 @@
 #include <cstring>
 #include <memory>
 
-#include "support/PathText.h"
 #include "support/Locked.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

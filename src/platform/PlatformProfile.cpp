@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <sstream>
 
-#include "support/PathText.h"
 #include "support/AppDirectories.h"
 #include "support/Locked.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -95,8 +95,9 @@ PlatformProfile PlatformProfile::macOS(std::optional<std::string> bootVolumeName
     profile.osPrefixesAreWholeComponents = false;
     profile.osExactPaths = {"/Volumes", "/User", "/"};
     profile.systemApplicationsPrefix = "/System/Applications/";
-    profile.applicationFolders = {"/Applications", "/Applications/Utilities", "/System/Library/CoreServices/Applications",
-                                  "/System/Applications", "/System/Applications/Utilities"};
+    profile.applicationFolders = {"/Applications", "/Applications/Utilities",
+                                  "/System/Library/CoreServices/Applications", "/System/Applications",
+                                  "/System/Applications/Utilities"};
     profile.dataVolumePrefix = "/System/Volumes/Data";
     profile.osRulesApplyInsideVolumes = true;
     profile.volumesFolder = "/Volumes";

@@ -8,10 +8,10 @@
 #include <algorithm>
 
 #include "platform/MountTable.h"
-#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
 #include "platform/VolumeLabel.h"
 #include "support/AppDirectories.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

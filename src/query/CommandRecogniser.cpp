@@ -57,7 +57,8 @@ CommandRecogniserResult CommandRecogniser::makeCommands(const std::vector<Senten
         entry->second.insert(entry->second.end(), parts.begin(), parts.end());
         if (isNew) kept.push_back(std::move(command));
     }
-    for (const CommandPtr& command : kept) command->setCommandConsumedParts(std::move(partsByText[command->commandToString()]));
+    for (const CommandPtr& command : kept)
+        command->setCommandConsumedParts(std::move(partsByText[command->commandToString()]));
     made.commands = std::move(kept);
     return made;
 }

@@ -1,8 +1,8 @@
 #include "query/NotIncludingWords.h"
 
 #include "language/UnicodeText.h"
-#include "support/PathText.h"
 #include "query/SearchResult.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -19,7 +19,8 @@ std::string NotIncludingWords::commandToString() const {
     return text;
 }
 
-CommandApplyResult NotIncludingWords::commandImpApply(SearchResult& to, SearchDataSourceDelegate*, const QueryContainer&) {
+CommandApplyResult NotIncludingWords::commandImpApply(SearchResult& to, SearchDataSourceDelegate*,
+                                                      const QueryContainer&) {
     std::string name = lowercased(lastPathComponent(to.url.path()));
     for (const auto& word : excluded) {
         if (name.find(word) != std::string::npos) return CommandApplyResult::exclude;

@@ -9,14 +9,14 @@
 
 #include "language/BooleanParser.h"
 #include "language/QueryLimits.h"
-#include "query/CommandRecogniser.h"
 #include "language/UnicodeText.h"
 #include "platform/FileSystem.h"
-#include "support/PathText.h"
+#include "query/CommandRecogniser.h"
 #include "query/CommandWithScope.h"
 #include "query/NotIncludingWords.h"
 #include "query/Soundex.h"
 #include "query/WildcardWords.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -44,9 +44,13 @@ bool isStructuralParen(const SentenceComponent& word) {
     return !word.wasInQuotes && (word.textOriginalCase == "(" || word.textOriginalCase == ")");
 }
 
-bool isBareOr(const SentenceComponent& word) { return !word.wasInQuotes && word.textLowered == "or"; }
+bool isBareOr(const SentenceComponent& word) {
+    return !word.wasInQuotes && word.textLowered == "or";
+}
 
-bool isMinusWord(const SentenceComponent& word) { return !word.wasInQuotes && word.textOriginalCase.starts_with('-'); }
+bool isMinusWord(const SentenceComponent& word) {
+    return !word.wasInQuotes && word.textOriginalCase.starts_with('-');
+}
 
 bool isBooleanLeaf(const Command& command) {
     return command.commandSupportsBooleanCombination() || !command.suppliedDataSources().empty();
@@ -69,14 +73,20 @@ bool isSplitCharacter(std::string_view character) {
 
 int displayPriority(const Command& command) {
     switch (command.commandRole()) {
-        case CommandRole::caseSensitive: return 0;
-        case CommandRole::exactName: return 100;
-        case CommandRole::contentSearch: return 300;
-        default: return 200;
+        case CommandRole::caseSensitive:
+            return 0;
+        case CommandRole::exactName:
+            return 100;
+        case CommandRole::contentSearch:
+            return 300;
+        default:
+            return 200;
     }
 }
 
-std::string upToFirstPoint(const std::string& text) { return text.substr(0, text.find('.')); }
+std::string upToFirstPoint(const std::string& text) {
+    return text.substr(0, text.find('.'));
+}
 
 std::string joinedTexts(const Words& words) {
     std::string text;
@@ -130,13 +140,13 @@ QueryContainer::QueryContainer(std::string_view text, const CommandRecogniser& p
 bool QueryContainer::refusedForItsSize() {
     if (baseString_.size() > QueryLimits::maximumTextBytes) {
         refusalReason_ = fmt::format("the query is {} bytes long; at most {} are read", baseString_.size(),
-                                    QueryLimits::maximumTextBytes);
+                                     QueryLimits::maximumTextBytes);
         return true;
     }
     allWords_ = SentenceComponent::parseWords(baseString_, nullptr, true);
     if (allWords_.size() <= QueryLimits::maximumWords) return false;
-    refusalReason_ = fmt::format("the query has {} words; at most {} are read", allWords_.size(),
-                                QueryLimits::maximumWords);
+    refusalReason_ =
+        fmt::format("the query has {} words; at most {} are read", allWords_.size(), QueryLimits::maximumWords);
     allWords_.clear();
     return true;
 }
@@ -148,7 +158,8 @@ void QueryContainer::parseCommands(const CommandRecogniser& parser) {
     CommandRecogniserResult parsed = parser.makeCommands(commandWords);
     commandsFoundInQuery_ = std::move(parsed.commands);
     allRecoginsedParts_ = std::move(parsed.consumedParts);
-    for (const auto& command : commandsFoundInQuery_) appendUnique(allRecoginsedParts_, command->commandConsumedParts());
+    for (const auto& command : commandsFoundInQuery_)
+        appendUnique(allRecoginsedParts_, command->commandConsumedParts());
 }
 
 // Cheap name tests first, content reading last.
@@ -163,7 +174,8 @@ void QueryContainer::sortCommands() {
 }
 
 void QueryContainer::classifyWords() {
-    auto colon = std::find_if(allWords_.begin(), allWords_.end(), [](const SentenceComponent& w) { return w.isAfterAColon; });
+    auto colon =
+        std::find_if(allWords_.begin(), allWords_.end(), [](const SentenceComponent& w) { return w.isAfterAColon; });
     Words commandArea(colon, allWords_.end());
 
     auto shortcut = std::find_if(commandArea.begin(), commandArea.end(),
@@ -203,7 +215,8 @@ void QueryContainer::addCommandsForSearchWords() {
     Words wildcardWords;
     std::copy_if(searchWordsWithoutMinus_.begin(), searchWordsWithoutMinus_.end(), std::back_inserter(wildcardWords),
                  [](const SentenceComponent& w) { return w.wildcard != SentenceComponent::Wildcard::none; });
-    if (!wildcardWords.empty()) commandsFoundInQuery_.push_back(std::make_shared<WildcardWords>(std::move(wildcardWords)));
+    if (!wildcardWords.empty())
+        commandsFoundInQuery_.push_back(std::make_shared<WildcardWords>(std::move(wildcardWords)));
 }
 
 void QueryContainer::collectSearchWords() {
@@ -245,17 +258,19 @@ void QueryContainer::buildBooleanExpr() {
     };
     auto recognised = [&](const SentenceComponent& word) { return isRecognised(word); };
     BooleanParser::Reading reading;
-    booleanExpr_ = BooleanParser::parse(BooleanParser::tokenizeUnified(allWords_, recognised, commandForPart), &reading);
+    booleanExpr_ =
+        BooleanParser::parse(BooleanParser::tokenizeUnified(allWords_, recognised, commandForPart), &reading);
     refuseUnreadableExpression(reading);
 }
 
 void QueryContainer::refuseUnreadableExpression(const BooleanParser::Reading& reading) {
-    const bool onlyOperators = !allWords_.empty() && std::all_of(allWords_.begin(), allWords_.end(), [](const auto& word) {
-        return word.isBooleanOperator() || isStructuralParen(word);
-    });
+    const bool onlyOperators =
+        !allWords_.empty() && std::all_of(allWords_.begin(), allWords_.end(), [](const auto& word) {
+            return word.isBooleanOperator() || isStructuralParen(word);
+        });
     if (reading.deepestNesting > QueryLimits::maximumNesting) {
         refusalReason_ = fmt::format("the query nests parentheses and NOTs {} deep; at most {} are read",
-                                    reading.deepestNesting, QueryLimits::maximumNesting);
+                                     reading.deepestNesting, QueryLimits::maximumNesting);
     } else if (onlyOperators) {
         refusalReason_ = "the query holds only operators and parentheses: put a word or a criterion in it";
     } else if (reading.unreadOperands > 0) {
@@ -285,7 +300,9 @@ QuerySearchArguments QueryContainer::computeQuerySearchArguments() const {
     return arguments;
 }
 
-bool QueryContainer::isRecognised(const SentenceComponent& word) const { return containsPart(allRecoginsedParts_, word); }
+bool QueryContainer::isRecognised(const SentenceComponent& word) const {
+    return containsPart(allRecoginsedParts_, word);
+}
 
 std::string QueryContainer::debugDescription() const {
     std::string text = baseString_ + ": ";
@@ -319,8 +336,9 @@ std::vector<CommandPtr> QueryContainer::commandsFoundInQueryForDisplay() const {
             shown.push_back(command);
         }
     }
-    std::stable_sort(shown.begin(), shown.end(),
-                     [](const CommandPtr& a, const CommandPtr& b) { return displayPriority(*a) < displayPriority(*b); });
+    std::stable_sort(shown.begin(), shown.end(), [](const CommandPtr& a, const CommandPtr& b) {
+        return displayPriority(*a) < displayPriority(*b);
+    });
     return shown;
 }
 
@@ -378,7 +396,9 @@ std::vector<UnavailableCriterion> QueryContainer::unavailableCriteria() const {
 }
 
 bool QueryContainer::isWordBasedSearch() const {
-    auto any = [&](auto predicate) { return std::any_of(commandsFoundInQuery_.begin(), commandsFoundInQuery_.end(), predicate); };
+    auto any = [&](auto predicate) {
+        return std::any_of(commandsFoundInQuery_.begin(), commandsFoundInQuery_.end(), predicate);
+    };
     if (any([](const CommandPtr& c) { return c->commandStopsWordBasedSearches(); })) return false;
     if (any([](const CommandPtr& c) { return !c->commandIsOnlyAFilter(); })) return true;
     return !searchWords_.empty();
@@ -403,8 +423,9 @@ bool QueryContainer::fsItemNameStringIncludesWordsFromQuery(std::string_view nam
         if (end > start) values.push_back(Soundex::value(std::string_view(last).substr(start, end - start)));
         start = end + 1;
     }
-    return std::any_of(searchWordStringsSoundexValues_.begin(), searchWordStringsSoundexValues_.end(),
-                       [&](const std::string& value) { return std::find(values.begin(), values.end(), value) != values.end(); });
+    return std::any_of(
+        searchWordStringsSoundexValues_.begin(), searchWordStringsSoundexValues_.end(),
+        [&](const std::string& value) { return std::find(values.begin(), values.end(), value) != values.end(); });
 }
 
 bool QueryContainer::pathIsInQueryLocation(const std::string& path) const {

@@ -1,6 +1,5 @@
 #include "query/SearchLocation.h"
 
-
 #include <algorithm>
 #include <array>
 
@@ -30,7 +29,9 @@ std::vector<Url> volumeURLs(const std::vector<DiskInfo>& volumes, Predicate want
     return urls;
 }
 
-void append(std::vector<Url>& urls, const std::vector<Url>& more) { urls.insert(urls.end(), more.begin(), more.end()); }
+void append(std::vector<Url>& urls, const std::vector<Url>& more) {
+    urls.insert(urls.end(), more.begin(), more.end());
+}
 
 std::vector<Url> localDisks(const std::vector<DiskInfo>& volumes) {
     auto urls = volumeURLs(volumes, [](const DiskInfo& d) { return d.isLocal && !d.isBackup && d.isMacFS; });
@@ -121,11 +122,16 @@ std::vector<Url> SearchLocation::urlsFor(SearchLocationURLSet set, const DiskInf
         }
         case SearchLocationURLSet::macDisks:
             return volumeURLs(volumes, [](const DiskInfo& d) { return d.isLocal && !d.isBackup && d.isMacFS; });
-        case SearchLocationURLSet::localDisks: return localDisks(volumes);
-        case SearchLocationURLSet::networkDisks: return volumeURLs(volumes, [](const DiskInfo& d) { return !d.isLocal; });
-        case SearchLocationURLSet::backups: return volumeURLs(volumes, [](const DiskInfo& d) { return d.isBackup; });
-        case SearchLocationURLSet::home: return {Url(userHomeFolder(), true)};
-        case SearchLocationURLSet::external: return volumeURLs(disks.externalDisks(), [](const DiskInfo&) { return true; });
+        case SearchLocationURLSet::localDisks:
+            return localDisks(volumes);
+        case SearchLocationURLSet::networkDisks:
+            return volumeURLs(volumes, [](const DiskInfo& d) { return !d.isLocal; });
+        case SearchLocationURLSet::backups:
+            return volumeURLs(volumes, [](const DiskInfo& d) { return d.isBackup; });
+        case SearchLocationURLSet::home:
+            return {Url(userHomeFolder(), true)};
+        case SearchLocationURLSet::external:
+            return volumeURLs(disks.externalDisks(), [](const DiskInfo&) { return true; });
     }
     return {};
 }

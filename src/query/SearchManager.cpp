@@ -7,12 +7,12 @@
 #include <utility>
 
 #include "platform/FSUtilities.h"
-#include "support/PathText.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
 #include "query/NotIncludingWords.h"
 #include "query/WildcardWords.h"
 #include "support/Crc64.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -127,15 +127,15 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       fileSystemSearchDataSources(std::move(environment.fileSystemSearchDataSources)),
       mainLoop(environment.mainLoop ? *environment.mainLoop : MainLoop::shared()),
       fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
-      showsHiddenItems(searchInsideSystemAndApps || searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
+      showsHiddenItems(searchInsideSystemAndApps ||
+                       searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
       searchedFolders(searchQuery.whereLocation() ? searchQuery.whereLocation()->locationPaths()
                                                   : std::vector<std::string>{}),
       progressUpdateTimer(std::chrono::milliseconds(250), true, clock) {}
 
 SearchManager::~SearchManager() {
-    allInstancesList().access([&](auto& list) {
-        std::erase_if(list, [&](const auto& weak) { return weak.expired(); });
-    });
+    allInstancesList().access(
+        [&](auto& list) { std::erase_if(list, [&](const auto& weak) { return weak.expired(); }); });
 }
 
 std::vector<std::shared_ptr<SearchManager>> SearchManager::allInstances() {
@@ -167,9 +167,8 @@ void SearchManager::runSearches() {
         }
         startDataSources(sources, localQueue);
         bool anySourceHasLocations = allDataSources.access([&](const DataSources& all) {
-            return std::any_of(all.begin(), all.end(), [&](const auto& source) {
-                return !source->dataSourceLocations(searchQuery).empty();
-            });
+            return std::any_of(all.begin(), all.end(),
+                               [&](const auto& source) { return !source->dataSourceLocations(searchQuery).empty(); });
         });
         if (searchQuery.isWordBasedSearch() && !anySourceHasLocations) {
             startDataSources(fileSystemSearchDataSources, localQueue);
@@ -224,7 +223,8 @@ void SearchManager::searchDataSourceFinishedSearch(SearchDataSource& source) {
     LOG("finished: " + source.debugDescription());
     finishedDataSources.access([&](DataSources& finished) {
         finished.push_back(allDataSources.access([&](const DataSources& all) {
-            auto found = std::find_if(all.begin(), all.end(), [&](const auto& listed) { return listed.get() == &source; });
+            auto found =
+                std::find_if(all.begin(), all.end(), [&](const auto& listed) { return listed.get() == &source; });
             return found == all.end() ? nullptr : *found;
         }));
     });
@@ -297,7 +297,9 @@ void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchRe
         return !std::exchange(waiting.drainScheduled, true);
     });
     if (scheduleDrain) {
-        (fast ? fastQueue : filterQueue).addOperation([this, &pending, &commands] { drainPendingResults(pending, commands); });
+        (fast ? fastQueue : filterQueue).addOperation([this, &pending, &commands] {
+            drainPendingResults(pending, commands);
+        });
     }
 }
 
@@ -479,7 +481,9 @@ void SearchManager::supplySkippedDirectories(std::int64_t numberOfDirectories) {
 
 void SearchManager::reportProgressIfDue() {
     if (!progressUpdateTimer.hasElapsed()) return;
-    onMainLoop([snapshot = counters.snapshot()](SearchManagerDelegate& receiver) { receiver.searchManagerProgress(snapshot); });
+    onMainLoop([snapshot = counters.snapshot()](SearchManagerDelegate& receiver) {
+        receiver.searchManagerProgress(snapshot);
+    });
 }
 
 SearchManager::Progress SearchManager::Counters::snapshot() const {
@@ -489,7 +493,8 @@ SearchManager::Progress SearchManager::Counters::snapshot() const {
 }
 
 void SearchManager::searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {
-    onMainLoop([=](SearchManagerDelegate& receiver) { receiver.searchingInsideFile(name, inProgress, percentageProgress); });
+    onMainLoop(
+        [=](SearchManagerDelegate& receiver) { receiver.searchingInsideFile(name, inProgress, percentageProgress); });
 }
 
 void SearchManager::searchInvalidQuery() {

@@ -48,9 +48,9 @@ public:
         DataSources fileSystemSearchDataSources;
         // Started for every query, before the query's own sources.
         DataSources commandBasedDataSources;
-        MainLoop* mainLoop = nullptr;      // MainLoop::shared() when none
+        MainLoop* mainLoop = nullptr;        // MainLoop::shared() when none
         FSUtilities* fsUtilities = nullptr;  // FSUtilities::shared() when none
-        const Clock* clock = nullptr;      // the system clock when none
+        const Clock* clock = nullptr;        // the system clock when none
     };
 
     // `searchInsideSystemAndApps` (or a query that asks for invisible items)

@@ -135,7 +135,9 @@ nlohmann::ordered_json SearchResult::toJSONObject() const {
     return object;
 }
 
-std::string SearchResult::toJSON() const { return toJSONObject().dump(); }
+std::string SearchResult::toJSON() const {
+    return toJSONObject().dump();
+}
 
 Result<SearchResult> SearchResult::fromJSON(std::string_view text) {
     auto object = nlohmann::ordered_json::parse(text, nullptr, false);
@@ -167,7 +169,8 @@ Result<SearchResult> SearchResult::fromJSONObject(const nlohmann::ordered_json& 
     if (!uuid) return makeError(ErrorCode::invalidArgument, "uuid is no UUID: " + uuidText);
     auto supplier = searchResultSupplierFromRaw(supplierRaw);
     if (!supplier) return makeError(ErrorCode::invalidArgument, "unknown supplier " + std::to_string(supplierRaw));
-    if (auto key = object.find("diskKey"); key != object.end() && key->is_string()) result.diskKey = key->get<std::string>();
+    if (auto key = object.find("diskKey"); key != object.end() && key->is_string())
+        result.diskKey = key->get<std::string>();
     result.url = *url;
     result.uuid = *uuid;
     result.searchResultSuppliedBy = *supplier;

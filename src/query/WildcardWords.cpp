@@ -1,8 +1,8 @@
 #include "query/WildcardWords.h"
 
 #include "language/UnicodeText.h"
-#include "support/PathText.h"
 #include "query/SearchResult.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -39,7 +39,8 @@ CommandApplyResult WildcardWords::checkWildCardsFor(std::string_view name) const
     if (suffixWords.size() == 1 && !name.ends_with(suffixWords.front())) return CommandApplyResult::exclude;
     for (const auto& piece : pieces) {
         for (const auto& prefix : prefixWords) {
-            if (piece.find(prefix) != std::string::npos && !piece.starts_with(prefix)) return CommandApplyResult::exclude;
+            if (piece.find(prefix) != std::string::npos && !piece.starts_with(prefix))
+                return CommandApplyResult::exclude;
         }
         for (const auto& suffix : suffixWords) {
             if (piece.find(suffix) != std::string::npos && !piece.ends_with(suffix)) return CommandApplyResult::exclude;

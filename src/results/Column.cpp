@@ -26,11 +26,15 @@ constexpr std::array<ColumnInfo, 11> columnTable{{
     {Column::rank, "rank", "rankInVisible"},
 }};
 
-const ColumnInfo& infoFor(Column column) { return columnTable[static_cast<std::size_t>(column)]; }
+const ColumnInfo& infoFor(Column column) {
+    return columnTable[static_cast<std::size_t>(column)];
+}
 
 }  // namespace
 
-const char* identifier(Column column) { return infoFor(column).identifier; }
+const char* identifier(Column column) {
+    return infoFor(column).identifier;
+}
 
 std::optional<Column> columnFromIdentifier(std::string_view identifier) {
     for (const auto& info : columnTable) {

@@ -39,7 +39,9 @@ std::string formatNumber(double value, int fractionDigits) {
     return utf8;
 }
 
-bool isControlCharacter(UChar32 c) { return c < 0x20 || (c >= 0x7f && c < 0xa0); }
+bool isControlCharacter(UChar32 c) {
+    return c < 0x20 || (c >= 0x7f && c < 0xa0);
+}
 
 // `text` with each ill-formed sequence, and each scalar that `replaced`
 // answers true for, as `replacement`.
@@ -80,12 +82,16 @@ std::string fileSizeText(std::uint64_t bytes) {
     return formatNumber(value, 0) + " bytes";
 }
 
-std::string displaySizeText(std::uint64_t bytes) { return bytes == 0 ? "--" : fileSizeText(bytes); }
+std::string displaySizeText(std::uint64_t bytes) {
+    return bytes == 0 ? "--" : fileSizeText(bytes);
+}
 
 std::string withReplacementCharacters(std::string_view text) {
     return withReplacements(text, "\uFFFD", [](UChar32) { return false; });
 }
 
-std::string terminalSafeText(std::string_view text) { return withReplacements(text, "?", isControlCharacter); }
+std::string terminalSafeText(std::string_view text) {
+    return withReplacements(text, "?", isControlCharacter);
+}
 
 }  // namespace quester

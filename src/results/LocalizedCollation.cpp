@@ -32,7 +32,8 @@ std::unique_ptr<icu::Collator> makeCollator(bool numeric) {
 }
 
 std::string sortKey(const icu::Collator& collator, std::string_view text) {
-    const icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    const icu::UnicodeString unicode =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
     std::vector<uint8_t> buffer(64 + static_cast<std::size_t>(unicode.length()) * 4);
     int32_t length = collator.getSortKey(unicode, buffer.data(), static_cast<int32_t>(buffer.size()));
     if (length > static_cast<int32_t>(buffer.size())) {
@@ -56,7 +57,9 @@ const icu::Collator& caseInsensitiveCollator() {
 
 }  // namespace
 
-std::string LocalizedCollation::standardKey(std::string_view text) { return sortKey(standardCollator(), text); }
+std::string LocalizedCollation::standardKey(std::string_view text) {
+    return sortKey(standardCollator(), text);
+}
 
 std::string LocalizedCollation::caseInsensitiveKey(std::string_view text) {
     return sortKey(caseInsensitiveCollator(), text);

@@ -26,9 +26,8 @@ Result<std::string> formDecoded(std::string_view text) {
             decoded += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
             i += 2;
         } else {
-            return makeError(ErrorCode::invalidArgument,
-                             "bad percent escape '" + std::string(text.substr(i, 3)) +
-                                 "' in the quester: URL (write a % sign as %25)");
+            return makeError(ErrorCode::invalidArgument, "bad percent escape '" + std::string(text.substr(i, 3)) +
+                                                             "' in the quester: URL (write a % sign as %25)");
         }
     }
     return decoded;

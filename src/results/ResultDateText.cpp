@@ -62,8 +62,8 @@ ResultDateText::ResultDateText(const std::string& locale, const std::string& tim
     : clock(clock), formatters(std::make_unique<Formatters>()) {
     const icu::Locale where = locale.empty() ? icu::Locale::getDefault() : icu::Locale(locale.c_str());
     UErrorCode status = U_ZERO_ERROR;
-    formatters->dateAndTime.reset(icu::DateFormat::createDateTimeInstance(icu::DateFormat::kShort,
-                                                                          icu::DateFormat::kShort, where));
+    formatters->dateAndTime.reset(
+        icu::DateFormat::createDateTimeInstance(icu::DateFormat::kShort, icu::DateFormat::kShort, where));
     formatters->timeOnly.reset(icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, where));
     formatters->calendar.reset(icu::Calendar::createInstance(makeTimeZone(timeZone), where, status));
     formatters->dateAndTime->setTimeZone(formatters->calendar->getTimeZone());

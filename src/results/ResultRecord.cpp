@@ -4,9 +4,9 @@
 #include <ctime>
 
 #include "platform/ItemAttributes.h"
+#include "support/Logger.h"
 #include "support/PathText.h"
 #include "support/Utf8Text.h"
-#include "support/Logger.h"
 
 namespace quester {
 
@@ -14,9 +14,12 @@ namespace {
 
 const char* typeName(UINode::Kind kind) {
     switch (kind) {
-        case UINode::Kind::folder: return "folder";
-        case UINode::Kind::package: return "package";
-        default: return "file";
+        case UINode::Kind::folder:
+            return "folder";
+        case UINode::Kind::package:
+            return "package";
+        default:
+            return "file";
     }
 }
 

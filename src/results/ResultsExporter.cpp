@@ -13,8 +13,8 @@ namespace quester {
 
 namespace {
 
-constexpr std::array<const char*, 7> headerNames{"name", "path", "size", "mod date", "creation date", "kind",
-                                                 "parent name"};
+constexpr std::array<const char*, 7> headerNames{"name",          "path", "size",       "mod date",
+                                                 "creation date", "kind", "parent name"};
 
 std::string dateField(std::int64_t seconds, const ResultDateText& dates) {
     std::string text = dates.dateToString(seconds);
@@ -39,7 +39,8 @@ std::string joinedLine(const std::vector<std::string>& fields, ResultsExporter::
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (i > 0) line += separator;
         const std::string text = withReplacementCharacters(fields[i]);
-        line += format == ResultsExporter::Format::csv ? ResultsExporter::csvField(text) : ResultsExporter::tsvField(text);
+        line +=
+            format == ResultsExporter::Format::csv ? ResultsExporter::csvField(text) : ResultsExporter::tsvField(text);
     }
     return line + "\n";
 }
@@ -50,9 +51,13 @@ const char* ResultsExporter::menuTitle(Format format) {
     return format == Format::csv ? "CSV" : "Text (tab-delimited)";
 }
 
-const char* ResultsExporter::fileExtension(Format format) { return format == Format::csv ? "csv" : "txt"; }
+const char* ResultsExporter::fileExtension(Format format) {
+    return format == Format::csv ? "csv" : "txt";
+}
 
-const char* ResultsExporter::preferenceName(Format format) { return format == Format::csv ? "csv" : "text"; }
+const char* ResultsExporter::preferenceName(Format format) {
+    return format == Format::csv ? "csv" : "text";
+}
 
 std::optional<ResultsExporter::Format> ResultsExporter::formatFromPreferenceName(const std::string& name) {
     if (name == "csv") return Format::csv;
@@ -60,7 +65,9 @@ std::optional<ResultsExporter::Format> ResultsExporter::formatFromPreferenceName
     return std::nullopt;
 }
 
-std::vector<ResultsExporter::Format> ResultsExporter::menuFormats() { return {Format::csv, Format::text}; }
+std::vector<ResultsExporter::Format> ResultsExporter::menuFormats() {
+    return {Format::csv, Format::text};
+}
 
 ResultsExporter::ResultsExporter(Preferences& preferences, SavePanel savePanel)
     : preferences(preferences), savePanel(std::move(savePanel)) {}
@@ -83,11 +90,20 @@ std::string ResultsExporter::tsvField(const std::string& field) {
     std::string escaped;
     for (char c : field) {
         switch (c) {
-            case '\\': escaped += "\\\\"; break;
-            case '\t': escaped += "\\t"; break;
-            case '\n': escaped += "\\n"; break;
-            case '\r': escaped += "\\r"; break;
-            default: escaped += c;
+            case '\\':
+                escaped += "\\\\";
+                break;
+            case '\t':
+                escaped += "\\t";
+                break;
+            case '\n':
+                escaped += "\\n";
+                break;
+            case '\r':
+                escaped += "\\r";
+                break;
+            default:
+                escaped += c;
         }
     }
     return escaped;
@@ -109,8 +125,7 @@ Status ResultsExporter::exportResultsAction(const UINode::NodeList& results,
     return exportResults(choice->format, results, choice->path, dates);
 }
 
-std::string ResultsExporter::exportedText(Format format, const UINode::NodeList& results,
-                                          const ResultDateText& dates) {
+std::string ResultsExporter::exportedText(Format format, const UINode::NodeList& results, const ResultDateText& dates) {
     std::string text = joinedLine({headerNames.begin(), headerNames.end()}, format);
     for (const auto& node : results) text += joinedLine(rowFields(*node, dates), format);
     return text;

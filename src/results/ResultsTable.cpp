@@ -103,8 +103,8 @@ std::string ResultsTable::shortenedInTheMiddle(std::string_view text, std::size_
     return std::string(text.substr(0, headBytes)) + "…" + std::string(text.substr(text.size() - tailBytes));
 }
 
-std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t terminalWidth,
-                                 const ResultDateText& dates, bool boldHeader) {
+std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates,
+                                 bool boldHeader) {
     std::vector<Row> table{{"Name", "Folder", "Size", "Modified", "Kind"}};
     for (const auto& node : rows) {
         const UINode::Changable changes = node->dynamic();

@@ -1,15 +1,17 @@
 #include "results/SearchSession.h"
 
-#include "support/PathText.h"
 #include "results/QuesterURL.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 
 namespace {
 
-std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+std::string firstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
 
 UINodeModel::Environment modelEnvironment(MainLoop& loop, TimerScheduler& scheduler, Preferences& preferences) {
     UINodeModel::Environment made;
@@ -69,7 +71,9 @@ void SearchSession::cancelOperation() {
     model->cancelPendingWork();
 }
 
-void SearchSession::stopFlushTimer() { flushTimer.reset(); }
+void SearchSession::stopFlushTimer() {
+    flushTimer.reset();
+}
 
 void SearchSession::doSearch() {
     LOG("doSearch(_:)");

@@ -93,25 +93,35 @@ std::string tagsKey(std::vector<std::string> tags) {
 
 std::string columnText(const UINode& node, const UINode::Changable& changes, Column column) {
     switch (column) {
-        case Column::kind: return LocalizedCollation::standardKey(changes.displayKind);
-        case Column::inside: return node.displayInside();
+        case Column::kind:
+            return LocalizedCollation::standardKey(changes.displayKind);
+        case Column::inside:
+            return node.displayInside();
         case Column::tags:
             // Rows learn their tags once on screen; a sort by tags can't wait for that.
             return LocalizedCollation::caseInsensitiveKey(
                 tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL.path())));
-        case Column::path: return node.displayPath();
-        default: return {};
+        case Column::path:
+            return node.displayPath();
+        default:
+            return {};
     }
 }
 
 std::int64_t columnValue(const UINode& node, const UINode::Changable& changes, Column column) {
     switch (column) {
-        case Column::size: return static_cast<std::int64_t>(changes.totalSize);
-        case Column::modDate: return node.modificationDate;
-        case Column::created: return node.creationDate;
-        case Column::lastAccessDate: return node.lastAccessDate;
-        case Column::rank: return changes.contentSearchResultsRank;
-        default: return 0;
+        case Column::size:
+            return static_cast<std::int64_t>(changes.totalSize);
+        case Column::modDate:
+            return node.modificationDate;
+        case Column::created:
+            return node.creationDate;
+        case Column::lastAccessDate:
+            return node.lastAccessDate;
+        case Column::rank:
+            return changes.contentSearchResultsRank;
+        default:
+            return 0;
     }
 }
 
@@ -130,7 +140,9 @@ Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules, TextS
 // Rows of the same name (in different folders, or in different case) go by
 // their paths, so that a tree always lists the same way, however the walk's
 // threads delivered its items.
-bool byPath(const Key& a, const Key& b) { return a.node->fileURL.path() < b.node->fileURL.path(); }
+bool byPath(const Key& a, const Key& b) {
+    return a.node->fileURL.path() < b.node->fileURL.path();
+}
 
 // a before b by one value in the sort direction; equal values fall back to
 // ascending names, then paths, whatever the direction.
@@ -143,7 +155,8 @@ bool inDirectionThenByName(const T& a, const T& b, bool forward, const Key& keyA
 
 bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
     switch (column) {
-        case Column::image: return false;
+        case Column::image:
+            return false;
         case Column::name:
             if (a.sortScore != b.sortScore) return forward ? a.sortScore < b.sortScore : a.sortScore > b.sortScore;
             if (a.name != b.name) return forward ? a.name < b.name : b.name < a.name;
@@ -152,11 +165,13 @@ bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
         case Column::modDate:
         case Column::created:
         case Column::lastAccessDate:
-        case Column::rank: return inDirectionThenByName(a.columnValue, b.columnValue, forward, a, b);
+        case Column::rank:
+            return inDirectionThenByName(a.columnValue, b.columnValue, forward, a, b);
         case Column::kind:
         case Column::inside:
         case Column::tags:
-        case Column::path: return inDirectionThenByName(a.columnText, b.columnText, forward, a, b);
+        case Column::path:
+            return inDirectionThenByName(a.columnText, b.columnText, forward, a, b);
     }
     return false;
 }
@@ -214,8 +229,8 @@ void SortedNodeList::merge(const UINode::NodeList& batch) {
     // On a tie std::merge takes the earlier list's row first, as a stable sort would.
     std::vector<std::size_t> merged;
     merged.reserve(keys->order.size() + batchOrder.size());
-    std::merge(keys->order.begin(), keys->order.end(), batchOrder.begin(), batchOrder.end(),
-               std::back_inserter(merged), before);
+    std::merge(keys->order.begin(), keys->order.end(), batchOrder.begin(), batchOrder.end(), std::back_inserter(merged),
+               before);
     keys->order = std::move(merged);
 }
 
@@ -226,7 +241,9 @@ UINode::NodeList SortedNodeList::nodes() const {
     return sorted;
 }
 
-std::size_t SortedNodeList::size() const { return keys->order.size(); }
+std::size_t SortedNodeList::size() const {
+    return keys->order.size();
+}
 
 bool SortedNodeList::sortsBy(Column byColumn, bool currentColumnReversed,
                              const std::optional<std::string>& queryText) const {

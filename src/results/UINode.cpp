@@ -9,11 +9,11 @@
 #include "platform/FileSystem.h"
 #include "platform/ItemAttributes.h"
 #include "platform/KindStrings.h"
-#include "support/PathText.h"
 #include "results/DisplayText.h"
 #include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -42,7 +42,9 @@ FileAttributes readAttributes(const std::string& path) {
 }
 
 // Whether anything stands at the path, a dangling link included.
-bool itemExists(const std::string& path) { return FileSystem::real().status(path, false).ok(); }
+bool itemExists(const std::string& path) {
+    return FileSystem::real().status(path, false).ok();
+}
 
 bool isSymbolicLink(const std::string& path) {
     const auto status = FileSystem::real().status(path, false);
@@ -120,8 +122,8 @@ std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlig
     return node;
 }
 
-std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UINode>& parent,
-                                       const UINode* replacing, Highlight highlight, const Clock& clock) {
+std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UINode>& parent, const UINode* replacing,
+                                       Highlight highlight, const Clock& clock) {
     auto node = made(clock.now(), std::move(highlight));
     const FileAttributes attributes = readAttributes(url.path());
     node->fileURL = Url(url.path(), attributes.isDirectory);
@@ -140,8 +142,8 @@ std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UIN
 
 std::shared_ptr<UINode> UINode::childForFoundItem(const FoundItem& item) const {
     // A hit highlights the words of its item, always ignoring case.
-    const auto words = highlight ? std::make_shared<const HighlightWords>(HighlightWords{highlight->words, false})
-                                 : nullptr;
+    const auto words =
+        highlight ? std::make_shared<const HighlightWords>(HighlightWords{highlight->words, false}) : nullptr;
     auto child = made(nodeCreated, words);
     child->fileURL = fileURL;
     child->extras = std::make_unique<const Extras>(Extras{item, {}, {}, {}});
@@ -168,7 +170,8 @@ Result<UINode::NodeList> UINode::nodesForContentsOfFolder(const Url& folder, boo
         }
     }
     NodeList nodes;
-    for (const auto& name : names) nodes.push_back(create(Url(joinPath(folder.path(), name)), nullptr, nullptr, highlight));
+    for (const auto& name : names)
+        nodes.push_back(create(Url(joinPath(folder.path(), name)), nullptr, nullptr, highlight));
     return nodes;
 }
 
@@ -186,7 +189,9 @@ std::string UINode::displayName() const {
     return name;
 }
 
-std::string UINode::nameSortKey() const { return LocalizedCollation::standardKey(displayName()); }
+std::string UINode::nameSortKey() const {
+    return LocalizedCollation::standardKey(displayName());
+}
 
 std::string UINode::displayPath() const {
     if (foundItem()) return {};
@@ -252,8 +257,8 @@ void UINode::setCalculatedFolderSize(std::uint64_t size) {
     setDynamic(std::move(changes));
 }
 
-void UINode::loadChildren(Column currentColumn, bool currentColumnReversed,
-                          const std::optional<std::string>& queryText, const Preferences& preferences) {
+void UINode::loadChildren(Column currentColumn, bool currentColumnReversed, const std::optional<std::string>& queryText,
+                          const Preferences& preferences) {
     Changable changes = dynamic();
     if (changes.kind != Kind::folder || !changes.children.empty()) return;
     if (!itemExists(fileURL.path())) return;
@@ -268,8 +273,7 @@ void UINode::purgeChildren() {
     setDynamic(std::move(changes));
 }
 
-UINode::VisibleCheckResult UINode::visibleOnScreenChecksModern(VisualState hint,
-                                                               const Preferences& preferences) const {
+UINode::VisibleCheckResult UINode::visibleOnScreenChecksModern(VisualState hint, const Preferences& preferences) const {
     const Changable original = dynamic();
     VisibleCheckResult result{VisibleCheckResultAction::none, original, std::nullopt};
     Changable& changes = result.changes;

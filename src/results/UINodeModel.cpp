@@ -4,13 +4,13 @@
 #include <thread>
 #include <unordered_set>
 
-#include "support/PathText.h"
 #include "query/QueryContainer.h"
 #include "query/SearchManager.h"
 #include "results/DisplayText.h"
 #include "stores/Preferences.h"
 #include "support/Crc64.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -76,7 +76,9 @@ UINodeModel::UINodeModel(Environment environment)
                                                           : std::function<bool()>(anySearchManagerSearching)),
       sizingPause(environment.sizingPause) {}
 
-UINodeModel::~UINodeModel() { cancelTasks(); }
+UINodeModel::~UINodeModel() {
+    cancelTasks();
+}
 
 std::vector<std::shared_ptr<UINodeModel>> UINodeModel::allInstances() {
     std::vector<std::shared_ptr<UINodeModel>> alive;
@@ -108,7 +110,9 @@ void UINodeModel::forEachDelegate(const std::function<void(UINodeModelDelegate&)
     }
 }
 
-void UINodeModel::addDelegate(std::weak_ptr<UINodeModelDelegate> delegate) { delegates.push_back(std::move(delegate)); }
+void UINodeModel::addDelegate(std::weak_ptr<UINodeModelDelegate> delegate) {
+    delegates.push_back(std::move(delegate));
+}
 
 void UINodeModel::setDisplayItems(UINode::NodeList items) {
     display = std::move(items);
@@ -132,7 +136,8 @@ void UINodeModel::cancelPendingWork() {
 }
 
 void UINodeModel::afterPendingWork(std::function<void()> then) {
-    onContentQueue([then = std::move(then)](UINodeModel& model) { model.onMainLoop([then](UINodeModel&) { then(); }); });
+    onContentQueue(
+        [then = std::move(then)](UINodeModel& model) { model.onMainLoop([then](UINodeModel&) { then(); }); });
 }
 
 void UINodeModel::clear() {
@@ -221,7 +226,8 @@ void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
 
 std::unordered_set<std::string_view> UINodeModel::urlsFrom(std::size_t first) const {
     std::unordered_set<std::string_view> urls;
-    for (std::size_t index = first; index < contentOrder.size(); ++index) urls.insert(contentOrder[index]->fileURL.path());
+    for (std::size_t index = first; index < contentOrder.size(); ++index)
+        urls.insert(contentOrder[index]->fileURL.path());
     return urls;
 }
 
@@ -311,9 +317,8 @@ void UINodeModel::setSortingDeferred(bool deferred) {
                                     kept->sortsBy(request.column, request.reversed, request.queryText);
         std::vector<ChildrenChange> changes;
         const auto everyRow = [](const UINode::NodeList&) { return true; };
-        UINode::NodeList sorted = keptOrderHolds
-                                      ? model.withChildrenSorted(kept->nodes(), request, changes, everyRow)
-                                      : model.sortedContent(request, changes, everyRow);
+        UINode::NodeList sorted = keptOrderHolds ? model.withChildrenSorted(kept->nodes(), request, changes, everyRow)
+                                                 : model.sortedContent(request, changes, everyRow);
         model.applyOnMainLoop(std::move(changes), std::move(sorted), {}, sortGeneration);
     });
 }
@@ -354,8 +359,8 @@ void UINodeModel::substituteItems(const UINodePtr& old, const UINodePtr& replace
             model.contentOrder.push_back(replacement);
         }
     });
-    const auto shown = std::find_if(display.begin(), display.end(),
-                                    [&](const UINodePtr& node) { return node->id == old->id; });
+    const auto shown =
+        std::find_if(display.begin(), display.end(), [&](const UINodePtr& node) { return node->id == old->id; });
     if (shown == display.end()) return;
     *shown = replacement;
     forEachDelegate([](UINodeModelDelegate& delegate) { delegate.displayChanged(); });
@@ -404,8 +409,8 @@ void UINodeModel::nodesBecameVisible(const UINode::NodeList& nodes, VisualState 
             return containsId(lastVisibleNodes, queued) && !containsId(nodes, queued);
         });
         for (const auto& node : nodes) {
-            const bool queued = std::any_of(queue.begin(), queue.end(),
-                                            [&](const UINodePtr& other) { return other->id == node->id; });
+            const bool queued =
+                std::any_of(queue.begin(), queue.end(), [&](const UINodePtr& other) { return other->id == node->id; });
             if (!queued) queue.push_back(node);
         }
     });
@@ -414,10 +419,10 @@ void UINodeModel::nodesBecameVisible(const UINode::NodeList& nodes, VisualState 
 }
 
 void UINodeModel::createCheckNodesTimer() {
-    visibleItemsCheck = std::make_unique<RepeatingTimer>(scheduler, std::chrono::milliseconds(200),
-                                                         [weak = weak_from_this()] {
-                                                             if (auto self = weak.lock()) self->checkTimerTick();
-                                                         });
+    visibleItemsCheck =
+        std::make_unique<RepeatingTimer>(scheduler, std::chrono::milliseconds(200), [weak = weak_from_this()] {
+            if (auto self = weak.lock()) self->checkTimerTick();
+        });
 }
 
 void UINodeModel::checkTimerTick() {
@@ -470,13 +475,17 @@ void UINodeModel::runVisibleCheck(VisualState visualHint) {
 
 void UINodeModel::applyCheckResult(const UINodePtr& node, UINode::VisibleCheckResult result) {
     switch (result.action) {
-        case UINode::VisibleCheckResultAction::none: return;
+        case UINode::VisibleCheckResultAction::none:
+            return;
         case UINode::VisibleCheckResultAction::changed:
             node->setDynamic(std::move(result.changes));
             rowsChanged();
             return;
-        case UINode::VisibleCheckResultAction::remove: removeNodes({node}); return;
-        case UINode::VisibleCheckResultAction::reload: break;
+        case UINode::VisibleCheckResultAction::remove:
+            removeNodes({node});
+            return;
+        case UINode::VisibleCheckResultAction::reload:
+            break;
     }
     if (result.foundItems) {
         result.changes.children.clear();
@@ -566,8 +575,8 @@ void UINodeModel::startFolderSizing(UINode::NodeList unsized) {
     folderSizeQueue.addOperation(task);
 }
 
-void UINodeModel::sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINode::NodeList& folders,
-                              bool sizeSorted, const Operation& task) {
+void UINodeModel::sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINode::NodeList& folders, bool sizeSorted,
+                              const Operation& task) {
     for (const auto& folder : folders) {
         if (task.isCancelled()) return;
         if (folder->dynamic().hasCalculatedFolderSize) continue;

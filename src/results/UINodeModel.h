@@ -54,9 +54,9 @@ public:
 
 // What a results model runs on; tests hand in their own loop, timers and settings.
 struct UINodeModelEnvironment {
-    MainLoop* mainLoop = nullptr;           // MainLoop::shared() when none
-    TimerScheduler* scheduler = nullptr;    // MainLoopTimerScheduler::shared() when none
-    Preferences* preferences = nullptr;     // Preferences::shared() when none
+    MainLoop* mainLoop = nullptr;         // MainLoop::shared() when none
+    TimerScheduler* scheduler = nullptr;  // MainLoopTimerScheduler::shared() when none
+    Preferences* preferences = nullptr;   // Preferences::shared() when none
     // Whether any search runs in the process; folder sizing waits while
     // one does. Reads the live search managers when none.
     std::function<bool()> anySearchInProgress;
@@ -188,8 +188,8 @@ private:
     // is deferred no longer holds and the end of the deferral sorts anew.
     void rowsChanged();
     SortRequest sortRequest() const;
-    void applyOnMainLoop(std::vector<ChildrenChange> changes, UINode::NodeList sorted,
-                         std::function<void()> completion, std::uint64_t mergeGeneration);
+    void applyOnMainLoop(std::vector<ChildrenChange> changes, UINode::NodeList sorted, std::function<void()> completion,
+                         std::uint64_t mergeGeneration);
     void setDisplayItems(UINode::NodeList items);
     void enqueueForCheck(const std::function<bool(const UINode::Changable&)>& wanted);
     void appendToCheckQueue(const UINode::NodeList& nodes);
@@ -201,8 +201,8 @@ private:
 
     void startFolderSizing(UINode::NodeList unsized);
     // On the sizing queue, holding the model only between folders.
-    static void sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINode::NodeList& folders,
-                            bool sizeSorted, const Operation& task);
+    static void sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINode::NodeList& folders, bool sizeSorted,
+                            const Operation& task);
     // False when the task was cancelled or the model went while waiting.
     static bool waitWhileBusy(const std::weak_ptr<UINodeModel>& weak, const Operation& task);
     void folderSizingEnded(const UINode::NodeList& folders, const std::weak_ptr<Operation>& ended);

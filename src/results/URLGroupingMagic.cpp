@@ -8,8 +8,8 @@
 #include <cctype>
 #include <string_view>
 
-#include "support/PathText.h"
 #include "results/DisplayText.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -40,7 +40,7 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b) {
 
 bool isReleaseTag(const std::string& word) {
     static const std::array<std::string_view, 9> tags{"720p", "1080p", "HDTV", "h264", "x264",
-                                                      "x265", "h264", "HEVC", "XviD"};
+                                                      "x265", "h264",  "HEVC", "XviD"};
     return std::any_of(tags.begin(), tags.end(), [&](std::string_view tag) { return equalsIgnoringCase(tag, word); });
 }
 
@@ -66,8 +66,7 @@ URLGroupingMagic::Word::Word(std::string text) : rawValue(std::move(text)) {
 bool URLGroupingMagic::Word::isTVEpisode() const {
     if (letters.size() == 3) return letters[0] == "e" && readsAsInteger(letters, 1, 2);
     if (letters.size() == 6) {
-        return letters[0] == "s" && readsAsInteger(letters, 1, 2) && letters[3] == "e" &&
-               readsAsInteger(letters, 4, 2);
+        return letters[0] == "s" && readsAsInteger(letters, 1, 2) && letters[3] == "e" && readsAsInteger(letters, 4, 2);
     }
     return false;
 }
@@ -137,7 +136,7 @@ std::vector<URLGroupingMagic::Word> URLGroupingMagic::splitIntoWords(const std::
 }
 
 URLGroupingMagic::FuzzySentenceCompareResult URLGroupingMagic::fuzzySentenceCompatre(const std::vector<Word>& a,
-                                                                                   const std::vector<Word>& b) {
+                                                                                     const std::vector<Word>& b) {
     FuzzySentenceCompareResult sentence;
     for (std::size_t i = 0; i < a.size(); ++i) {
         if (i >= b.size()) {

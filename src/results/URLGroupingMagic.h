@@ -52,7 +52,7 @@ public:
     struct Group {
         std::string title;
         std::vector<Word> words;
-        std::vector<File> contents;  // one per path, in the order added
+        std::vector<File> contents;                                              // one per path, in the order added
         std::map<std::string, std::vector<FuzzySentenceCompareResult>> reasons;  // by path
 
         void add(const File& file, const FuzzySentenceCompareResult& why);

@@ -8,13 +8,13 @@
 #include "commands/MaxDepth.h"
 #include "platform/FSUtilities.h"
 #include "platform/MountTable.h"
-#include "support/PathText.h"
 #include "platform/Url.h"
 #include "query/SearchDataSourceDelegate.h"
 #include "query/SearchResult.h"
-#include "support/ActivityController.h"
 #include "sources/DirectoryIterator.h"
+#include "support/ActivityController.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -98,17 +98,16 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
         }
     }
 
-    activityController.mainLoop().post([item = progressItem, &controller = activityController] {
-        controller.remove(*item);
-    });
+    activityController.mainLoop().post(
+        [item = progressItem, &controller = activityController] { controller.remove(*item); });
 }
 
 void FileSystemSearch::searchDisk(const Url& disk, const MountTable* mounts, std::vector<Url>& disks,
                                   SearchDataSourceDelegate& handler) {
     const std::string diskPath = withoutTrailingSlash(disk.path());
     std::string diskKey = fsUtilities.keyForDisk(disk);
-    bool tryCatalog = isVolumeRoot(diskPath) && !query->searchWords().empty() && maxDepth == 0 &&
-                      !query->includesORStatement();
+    bool tryCatalog =
+        isVolumeRoot(diskPath) && !query->searchWords().empty() && maxDepth == 0 && !query->includesORStatement();
     if (tryCatalog) {
         int answer = searchfs(diskPath);
         if (answer != catalogSearchNotSupported && answer != kPermissionDenied) return;
@@ -123,7 +122,9 @@ void FileSystemSearch::searchDisk(const Url& disk, const MountTable* mounts, std
 }
 
 // Linux has no catalog search of a whole volume.
-int FileSystemSearch::searchfs(const std::string&) { return catalogSearchNotSupported; }
+int FileSystemSearch::searchfs(const std::string&) {
+    return catalogSearchNotSupported;
+}
 
 // In the flat form a result whose name fails is dropped whatever its commands
 // say, unless the query is "words or : commands" or has no words at all.
@@ -150,7 +151,12 @@ FileSystemSearch::DiskWalk FileSystemSearch::makeSkipPaths(const std::string& ba
     std::string root = base == "/" ? "" : base;
     std::vector<std::string> skipPaths;
     for (const auto& folder : profile.walkSkippedFolders) skipPaths.push_back(root + folder);
-    return DiskWalk{base, std::move(diskKey), std::move(skipPaths), profile.walkSkippedPathParts, {}, false,
+    return DiskWalk{base,
+                    std::move(diskKey),
+                    std::move(skipPaths),
+                    profile.walkSkippedPathParts,
+                    {},
+                    false,
                     Url::bootVolumeURL().has_value()};
 }
 
@@ -213,7 +219,8 @@ void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& h
                 // progress is read four times a second, not a folder at a time.
                 reportDirectories(subdirectoriesSeen, skipped, handler);
                 pending.access([&](std::deque<PendingFolder>& waiting) {
-                    waiting.insert(waiting.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
+                    waiting.insert(waiting.end(), std::make_move_iterator(found.begin()),
+                                   std::make_move_iterator(found.end()));
                 });
             });
         }
@@ -299,8 +306,8 @@ void FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskWalk& wal
     SearchResult result;
     result.searchResultSuppliedBy = SearchResultSupplier::fileSystem;
     result.diskKey = walk.diskKey;
-    result.url = Url(walk.correctsRootPaths ? Url::correctRootBasedPath(item.fullPath) : item.fullPath,
-                     item.isDirectory);
+    result.url =
+        Url(walk.correctsRootPaths ? Url::correctRootBasedPath(item.fullPath) : item.fullPath, item.isDirectory);
     result.isDirectory = item.isDirectory;
     result.size = item.fileSize;
     result.creationDate = item.createTime.seconds;
@@ -328,6 +335,8 @@ void FileSystemSearch::searchShouldStop() {
     directoryIterationQueue.cancelAllOperations();
 }
 
-void FileSystemSearch::cancel(ActivityItem&) { userCanceled = true; }
+void FileSystemSearch::cancel(ActivityItem&) {
+    userCanceled = true;
+}
 
 }  // namespace quester

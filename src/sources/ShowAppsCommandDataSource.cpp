@@ -3,14 +3,14 @@
 #include <deque>
 #include <utility>
 
+#include "commands/KnownDirectoriesCommand.h"
 #include "platform/FSUtilities.h"
-#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
 #include "query/QueryContainer.h"
 #include "query/SearchDataSourceDelegate.h"
-#include "commands/KnownDirectoriesCommand.h"
 #include "sources/DirectoryIterator.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

@@ -10,7 +10,9 @@ namespace {
 
 using nlohmann::json;
 
-Error corrupt(const std::string& what) { return makeError(ErrorCode::corrupt, "query statistics: " + what); }
+Error corrupt(const std::string& what) {
+    return makeError(ErrorCode::corrupt, "query statistics: " + what);
+}
 
 template <typename T>
 std::optional<T> required(const json& object, const char* key) {

@@ -34,8 +34,7 @@ public:
     void clear();
     // Appends a source's duration to the run of `rawQuery` that began at
     // `startTime`, making the query's entry and the run when they are new.
-    void add(QueryStatistic::Date startTime, const std::string& rawQuery, int supplier,
-             std::int64_t durationInSeconds);
+    void add(QueryStatistic::Date startTime, const std::string& rawQuery, int supplier, std::int64_t durationInSeconds);
 
     const std::string& path() const { return filePath; }
 

@@ -63,8 +63,7 @@ Status createDirectoryWithParents(const std::string& path) {
     std::error_code error;
     std::filesystem::create_directories(path, error);
     if (error) return makeError(errorCodeFor(error), "Can't create folder " + path + ": " + error.message());
-    if (!std::filesystem::is_directory(path, error))
-        return makeError(ErrorCode::ioError, "Not a folder: " + path);
+    if (!std::filesystem::is_directory(path, error)) return makeError(ErrorCode::ioError, "Not a folder: " + path);
     return Status::success();
 }
 

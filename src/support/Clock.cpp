@@ -15,7 +15,9 @@ const Clock& calendarClock() {
     return clock ? *clock : SystemClock::shared();
 }
 
-void setCalendarClock(const Clock* clock) { installedCalendarClock.store(clock, std::memory_order_release); }
+void setCalendarClock(const Clock* clock) {
+    installedCalendarClock.store(clock, std::memory_order_release);
+}
 
 const SystemClock& SystemClock::shared() {
     static const SystemClock clock;

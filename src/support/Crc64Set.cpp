@@ -8,7 +8,9 @@ constexpr std::size_t kInitialSlots = 1024;
 
 // Spreads the key over the table's index bits, so that keys differing only in
 // their high bits don't crowd one run of slots.
-std::uint64_t mixed(std::int64_t key) { return static_cast<std::uint64_t>(key) * 0x9E3779B97F4A7C15ull; }
+std::uint64_t mixed(std::int64_t key) {
+    return static_cast<std::uint64_t>(key) * 0x9E3779B97F4A7C15ull;
+}
 
 }  // namespace
 

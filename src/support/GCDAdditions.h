@@ -31,9 +31,8 @@ public:
     static std::shared_ptr<Operation> cancelPreviousThenPerform(const std::string& key,
                                                                 std::chrono::duration<double> afterDelay, Block block);
     // The same, keyed by the calling line ("<file stem> #<line>").
-    static std::shared_ptr<Operation> cancelPreviousThenPerform(
-        std::chrono::duration<double> afterDelay, Block block,
-        SourceLocation where = SourceLocation::current());
+    static std::shared_ptr<Operation> cancelPreviousThenPerform(std::chrono::duration<double> afterDelay, Block block,
+                                                                SourceLocation where = SourceLocation::current());
 };
 
 }  // namespace quester

@@ -80,8 +80,8 @@ std::string hexText(const std::vector<unsigned char>& bytes) {
 
 std::string base64Text(const std::vector<unsigned char>& bytes) {
     std::string text(4 * ((bytes.size() + 2) / 3), '\0');
-    int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), bytes.data(),
-                                 static_cast<int>(bytes.size()));
+    int length =
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), bytes.data(), static_cast<int>(bytes.size()));
     text.resize(static_cast<std::size_t>(length));
     return text;
 }
@@ -91,12 +91,18 @@ std::string base64Text(const std::vector<unsigned char>& bytes) {
 std::size_t digestLength(HashType type) {
     switch (type) {
         case HashType::md4:
-        case HashType::md5: return 16;
-        case HashType::sha1: return 20;
-        case HashType::sha224: return 28;
-        case HashType::sha256: return 32;
-        case HashType::sha384: return 48;
-        case HashType::sha512: return 64;
+        case HashType::md5:
+            return 16;
+        case HashType::sha1:
+            return 20;
+        case HashType::sha224:
+            return 28;
+        case HashType::sha256:
+            return 32;
+        case HashType::sha384:
+            return 48;
+        case HashType::sha512:
+            return 64;
     }
     return 0;
 }

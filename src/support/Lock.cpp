@@ -9,8 +9,8 @@ namespace quester {
 namespace {
 
 long futex(std::atomic<int>& word, int operation, int value) {
-    return syscall(SYS_futex, reinterpret_cast<int*>(&word), operation | FUTEX_PRIVATE_FLAG, value, nullptr,
-                   nullptr, 0);
+    return syscall(SYS_futex, reinterpret_cast<int*>(&word), operation | FUTEX_PRIVATE_FLAG, value, nullptr, nullptr,
+                   0);
 }
 
 }  // namespace
@@ -24,6 +24,8 @@ void Lock::lockContended(int seen) {
     }
 }
 
-void Lock::wakeOne() { futex(state, FUTEX_WAKE, 1); }
+void Lock::wakeOne() {
+    futex(state, FUTEX_WAKE, 1);
+}
 
 }  // namespace quester

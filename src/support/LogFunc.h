@@ -28,8 +28,8 @@ inline void LogFunc(std::string_view message, SourceLocation where = SourceLocat
 
 // Logs from the calling line. The message expression is not even evaluated
 // while logging is off.
-#define LOG(message)                                                                   \
-    do {                                                                               \
-        if (::quester::Logger::shouldLog.load(std::memory_order_relaxed))              \
-            ::quester::LogFunc((message), ::quester::SourceLocation::current());\
+#define LOG(message)                                                             \
+    do {                                                                         \
+        if (::quester::Logger::shouldLog.load(std::memory_order_relaxed))        \
+            ::quester::LogFunc((message), ::quester::SourceLocation::current()); \
     } while (false)

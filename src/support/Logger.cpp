@@ -23,7 +23,9 @@ namespace {
 constexpr const char* kTodayName = "Today's Log.txt";
 constexpr const char* kPreviousName = "Previous Log.txt";
 
-void writeToSystemLog(const std::string& message) { syslog(LOG_USER | LOG_ERR, "%s", message.c_str()); }
+void writeToSystemLog(const std::string& message) {
+    syslog(LOG_USER | LOG_ERR, "%s", message.c_str());
+}
 
 std::tm localTime(Clock::TimePoint time) {
     std::time_t seconds = std::chrono::system_clock::to_time_t(time);
@@ -45,14 +47,18 @@ std::optional<Clock::TimePoint> fileCreationDate(const std::string& path) {
     if (statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &attributes) != 0) return std::nullopt;
     // Some file systems claim a birth time and give zero: that is no date.
     if (!(attributes.stx_mask & STATX_BTIME) || attributes.stx_btime.tv_sec == 0) return std::nullopt;
-    auto sinceEpoch = std::chrono::seconds(attributes.stx_btime.tv_sec) +
-                      std::chrono::nanoseconds(attributes.stx_btime.tv_nsec);
+    auto sinceEpoch =
+        std::chrono::seconds(attributes.stx_btime.tv_sec) + std::chrono::nanoseconds(attributes.stx_btime.tv_nsec);
     return Clock::TimePoint(std::chrono::duration_cast<Clock::Duration>(sinceEpoch));
 }
 
 Logger::Environment Logger::Environment::standard() {
-    return Environment{&AppDirectories::appCachesDirectory, &SystemClock::shared(), &MainLoop::shared(),
-                       &fileCreationDate, &writeToSystemLog, &std::cerr};
+    return Environment{&AppDirectories::appCachesDirectory,
+                       &SystemClock::shared(),
+                       &MainLoop::shared(),
+                       &fileCreationDate,
+                       &writeToSystemLog,
+                       &std::cerr};
 }
 
 Logger::Logger(Environment environment) : environment(std::move(environment)) {}

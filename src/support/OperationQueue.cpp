@@ -110,14 +110,18 @@ OperationQueue::~OperationQueue() {
     }
 }
 
-bool OperationQueue::addOperation(std::shared_ptr<Operation> operation) { return addOperation(std::move(operation), {}); }
+bool OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
+    return addOperation(std::move(operation), {});
+}
 
 bool OperationQueue::addOperation(std::shared_ptr<Operation> operation, Operation::Block finishingStep) {
     std::weak_ptr<State> weakState = state;
     const Operation* identity = operation.get();
-    bool claimed = operation->claimForQueue([weakState, identity] {
-        if (auto alive = weakState.lock()) alive->dropCancelled(identity);
-    }, std::move(finishingStep));
+    bool claimed = operation->claimForQueue(
+        [weakState, identity] {
+            if (auto alive = weakState.lock()) alive->dropCancelled(identity);
+        },
+        std::move(finishingStep));
     if (!claimed) return false;
     // Notified under the lock: once it is released, a running operation may
     // destroy the queue.

@@ -48,7 +48,9 @@ std::string_view lastPathComponentView(std::string_view path) {
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
-std::string lastPathComponent(std::string_view path) { return std::string(lastPathComponentView(path)); }
+std::string lastPathComponent(std::string_view path) {
+    return std::string(lastPathComponentView(path));
+}
 
 std::string pathExtension(std::string_view path) {
     std::string name = lastPathComponent(path);

@@ -23,14 +23,22 @@ enum class ErrorCode {
 // The name of a code as written here ("notFound", "ioError", ...).
 inline const char* errorCodeName(ErrorCode code) {
     switch (code) {
-        case ErrorCode::notFound: return "notFound";
-        case ErrorCode::invalidArgument: return "invalidArgument";
-        case ErrorCode::ioError: return "ioError";
-        case ErrorCode::corrupt: return "corrupt";
-        case ErrorCode::permissionDenied: return "permissionDenied";
-        case ErrorCode::unsupported: return "unsupported";
-        case ErrorCode::cancelled: return "cancelled";
-        case ErrorCode::internal: return "internal";
+        case ErrorCode::notFound:
+            return "notFound";
+        case ErrorCode::invalidArgument:
+            return "invalidArgument";
+        case ErrorCode::ioError:
+            return "ioError";
+        case ErrorCode::corrupt:
+            return "corrupt";
+        case ErrorCode::permissionDenied:
+            return "permissionDenied";
+        case ErrorCode::unsupported:
+            return "unsupported";
+        case ErrorCode::cancelled:
+            return "cancelled";
+        case ErrorCode::internal:
+            return "internal";
     }
     return "internal";
 }
@@ -88,6 +96,8 @@ private:
     std::optional<Error> failure;
 };
 
-inline Error makeError(ErrorCode code, std::string message) { return Error{code, std::move(message)}; }
+inline Error makeError(ErrorCode code, std::string message) {
+    return Error{code, std::move(message)};
+}
 
 }  // namespace quester

@@ -38,6 +38,8 @@ private:
 };
 
 // A semaphore with the value 1: a flag that is not set, a try-lock that is free.
-inline Semaphore SemaphoreNotBusy() { return Semaphore(1); }
+inline Semaphore SemaphoreNotBusy() {
+    return Semaphore(1);
+}
 
 }  // namespace quester

@@ -4,7 +4,8 @@ namespace quester {
 
 bool TrackableOperationQueue::addTrackedOperation(std::shared_ptr<Operation> operation) {
     activeOperations.access([](int& count) { ++count; });
-    bool added = addOperation(std::move(operation), [counter = counter] { counter->access([](int& count) { --count; }); });
+    bool added =
+        addOperation(std::move(operation), [counter = counter] { counter->access([](int& count) { --count; }); });
     if (!added) activeOperations.access([](int& count) { --count; });
     return added;
 }

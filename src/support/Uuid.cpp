@@ -13,7 +13,9 @@ int hexDigitValue(char c) {
     return -1;
 }
 
-bool isDashPosition(size_t index) { return index == 8 || index == 13 || index == 18 || index == 23; }
+bool isDashPosition(size_t index) {
+    return index == 8 || index == 13 || index == 18 || index == 23;
+}
 
 }  // namespace
 

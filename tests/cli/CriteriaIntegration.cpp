@@ -67,8 +67,8 @@ protected:
         tree.write("café menu.txt");
         tree.write("Cafe-bill.txt");
         for (const auto& entry : std::filesystem::recursive_directory_iterator(tree.path())) {
-            if (std::filesystem::last_write_time(entry.path()) > std::filesystem::file_time_type::clock::now() -
-                                                                    std::chrono::hours(1)) {
+            if (std::filesystem::last_write_time(entry.path()) >
+                std::filesystem::file_time_type::clock::now() - std::chrono::hours(1)) {
                 setModified(entry.path(), now - seconds(2));
             }
         }
@@ -103,8 +103,7 @@ TEST_F(CriteriaTest, NameCriteria) {
     const std::string root = tree.str();
     const auto rootDepth = std::count(root.begin(), root.end(), '/');
     expect("report : max depth " + std::to_string(rootDepth),
-           {"report-a.txt", "report-b.txt", "report-old.txt", "Report-Final.PDF", "report-locked.txt",
-            "reports-2020"});
+           {"report-a.txt", "report-b.txt", "report-old.txt", "Report-Final.PDF", "report-locked.txt", "reports-2020"});
     expect("men : whole words", {});
 }
 
@@ -128,11 +127,11 @@ TEST_F(CriteriaTest, DiacriticsCountOnlyUntilTheUserSaysOtherwise) {
 
 TEST_F(CriteriaTest, DateCriteria) {
     expect("report : modified yesterday", {"archive/report-2019.txt"});
-    expect("report .txt : modified today", {"report-a.txt", "report-b.txt", "report-locked.txt",
-                                            "deep/a/b/report-deep.txt"});
-    expect("report -old : modified in the last 3 days", {"report-a.txt", "report-b.txt", "Report-Final.PDF",
-                                                        "report-locked.txt", "archive/report-2019.txt",
-                                                        "deep/a/b/report-deep.txt", "reports-2020"});
+    expect("report .txt : modified today",
+           {"report-a.txt", "report-b.txt", "report-locked.txt", "deep/a/b/report-deep.txt"});
+    expect("report -old : modified in the last 3 days",
+           {"report-a.txt", "report-b.txt", "Report-Final.PDF", "report-locked.txt", "archive/report-2019.txt",
+            "deep/a/b/report-deep.txt", "reports-2020"});
     // Changing the modification date leaves the creation date alone.
     expect("report-old : created today", {"report-old.txt"});
     expect("report : modified before 2000", {});

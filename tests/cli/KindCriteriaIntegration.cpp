@@ -69,7 +69,8 @@ TEST(KindCriteriaExplain, AKindWordRoundTrips) {
     ASSERT_EQ(run.status, 0) << run.err;
     const auto explanation = nlohmann::json::parse(run.out, nullptr, false);
     ASSERT_FALSE(explanation.is_discarded()) << run.out;
-    EXPECT_EQ(explanation["commands"], nlohmann::json::parse(R"([{"type": "UTICommand", "text": "is pdf", "available": true}])"));
+    EXPECT_EQ(explanation["commands"],
+              nlohmann::json::parse(R"([{"type": "UTICommand", "text": "is pdf", "available": true}])"));
     EXPECT_EQ(explanation["searchWords"], nlohmann::json({"report"}));
 }
 

@@ -73,7 +73,8 @@ TEST_F(QueryRefusalTest, QueriesOfOnlyOperatorsOrAStrayParenthesisAreRefused) {
         const auto run = search(query);
         EXPECT_EQ(run.status, 2);
         EXPECT_TRUE(run.out.empty()) << run.out;
-        EXPECT_TRUE(run.err.find("only operators") != std::string::npos || run.err.find("closes no '('") != std::string::npos)
+        EXPECT_TRUE(run.err.find("only operators") != std::string::npos ||
+                    run.err.find("closes no '('") != std::string::npos)
             << run.err;
         EXPECT_NE(explain(query).err.find("a search would refuse this query"), std::string::npos);
     }

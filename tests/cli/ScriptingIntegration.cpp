@@ -64,9 +64,11 @@ TEST_F(ScriptingTest, ExitStatusSaysFoundNothingFoundOrError) {
     EXPECT_EQ(nothing.err, "") << "a message only on a terminal";
 
     // Usage errors exited 105 to 109 through CLI11.
-    for (const std::vector<std::string>& wrong :
-         {std::vector<std::string>{"search", "report", "--no-such-option"}, {"search"}, {"frobnicate"},
-          {"search", "report", "--sort", "colour"}, {"search", "report", "--limit", "x"}}) {
+    for (const std::vector<std::string>& wrong : {std::vector<std::string>{"search", "report", "--no-such-option"},
+                                                  {"search"},
+                                                  {"frobnicate"},
+                                                  {"search", "report", "--sort", "colour"},
+                                                  {"search", "report", "--limit", "x"}}) {
         auto run = quester(wrong);
         EXPECT_EQ(run.status, 2) << wrong.back() << ": " << run.err;
         EXPECT_NE(run.err, "") << wrong.back();
@@ -188,13 +190,13 @@ TEST_F(ScriptingTest, CsvAndTsvKeepOneRowOfSevenFieldsForEveryItem) {
     std::vector<Lines> tsvRows;
     for (const auto& line : linesOf(tsv.out)) tsvRows.push_back(linesOf(line, '\t'));
     EXPECT_EQ(namesOfSevenFieldRows(tsvRows), (std::set<std::string>{"note\\ttab.txt", "note\\nbreak.txt",
-                                                                    "note bad\uFFFD.txt", "note, \"quoted\".txt"}));
+                                                                     "note bad\uFFFD.txt", "note, \"quoted\".txt"}));
 
     auto csv = search("note", {"--format", "csv"});
     ASSERT_EQ(csv.status, 0) << csv.err;
     const auto rows = csvRows(csv.out);
     EXPECT_EQ(namesOfSevenFieldRows(rows), (std::set<std::string>{"note\ttab.txt", "note\nbreak.txt",
-                                                                 "note bad\uFFFD.txt", "note, \"quoted\".txt"}));
+                                                                  "note bad\uFFFD.txt", "note, \"quoted\".txt"}));
     for (std::size_t i = 1; i < rows.size(); ++i) EXPECT_EQ(rows[i][1], at(rows[i][0]));
 }
 

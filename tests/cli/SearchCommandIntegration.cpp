@@ -52,14 +52,14 @@ protected:
 TEST_F(SearchCommandTest, PrintsPathsAndLeavesHiddenItemsOutUnlessAsked) {
     auto plain = runQuester({"search", "budget", "--in", tree.str()}, scratch);
     EXPECT_EQ(plain.status, 0) << plain.err;
-    EXPECT_EQ(split(plain.out, '\n'),
-              (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"), at("other/budget line"), "break.txt"}));
+    EXPECT_EQ(split(plain.out, '\n'), (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"),
+                                                                  at("other/budget line"), "break.txt"}));
 
     auto nul = runQuester({"search", "budget", "--in", tree.str(), "--hidden", "-0"}, scratch);
     EXPECT_EQ(nul.status, 0) << nul.err;
-    EXPECT_EQ(split(nul.out, '\0'), (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"),
-                                                                 at(".private/budget-secret.txt"),
-                                                                 at("other/budget line\nbreak.txt")}));
+    EXPECT_EQ(split(nul.out, '\0'),
+              (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"), at(".private/budget-secret.txt"),
+                                          at("other/budget line\nbreak.txt")}));
 }
 
 TEST_F(SearchCommandTest, LimitStopsAfterThatManyResults) {
@@ -124,8 +124,7 @@ std::pair<pid_t, int> startSearch(const std::string& folder) {
     if (child == 0) {
         ::dup2(output[1], STDOUT_FILENO);
         ::close(output[0]);
-        ::execl(QUESTER_BINARY, QUESTER_BINARY, "search", "item", "--in", folder.c_str(), "--format", "paths",
-                nullptr);
+        ::execl(QUESTER_BINARY, QUESTER_BINARY, "search", "item", "--in", folder.c_str(), "--format", "paths", nullptr);
         ::_exit(127);
     }
     ::close(output[1]);

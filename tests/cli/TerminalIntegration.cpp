@@ -128,8 +128,8 @@ TEST_F(TerminalTest, ColourFollowsColorNoColorAndTerm) {
               std::string::npos);
     const auto piped = testing::QuesterProcess::run(QUESTER_BINARY, search("report", {"--format", "table"}), scratch);
     EXPECT_EQ(piped.out.find('\033'), std::string::npos);
-    const auto forced =
-        testing::QuesterProcess::run(QUESTER_BINARY, search("report", {"--format", "table", "--color", "always"}), scratch);
+    const auto forced = testing::QuesterProcess::run(
+        QUESTER_BINARY, search("report", {"--format", "table", "--color", "always"}), scratch);
     EXPECT_EQ(forced.out.substr(0, bold.size()), bold);
 }
 

@@ -32,16 +32,33 @@ TEST(CommandFactories, TheTableHasTwentySevenFactoriesInItsFixedOrder) {
     const auto& table = standardCommandFactories();
     std::vector<std::string> names;
     for (const auto& factory : table) names.push_back(factoryName(*factory));
-    EXPECT_EQ(names, (std::vector<std::string>{
-                         "CaseSensitiveFactory", "ContentSearchFactory", "DateCommandCreator", "ExcludeFolderFactory",
-                         "ExtensionCommandFactory", "ExactNameCommandFactory", "FileOrFolderCommandFactry",
-                         "ImageVisionFactory", "InsideCommandFactory", "KnownDirectoriesFactory", "LabelCommandFactory",
-                         "LockedCommandFactory", "NameLengthCommandFactory", "MailSearchCommandFactory",
-                         "PathLengthCommandFactory", "MaxDepthFactory", "RegexCommandFactory", "ScriptCommandFactory",
-                         "SizeCommandFactory", "ShowAppsCommandFactory", "ShowAllFilesFactory",
-                         "ShowInvisibleItemsFactory", "SpotlightMetadataSearchCommandFactory",
-                         "SpotlightAuthorSearchFactory", "SpotlightUserQueryCommandFactory", "UTICommandFactory",
-                         "WholeWordsFactory"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"CaseSensitiveFactory",
+                                               "ContentSearchFactory",
+                                               "DateCommandCreator",
+                                               "ExcludeFolderFactory",
+                                               "ExtensionCommandFactory",
+                                               "ExactNameCommandFactory",
+                                               "FileOrFolderCommandFactry",
+                                               "ImageVisionFactory",
+                                               "InsideCommandFactory",
+                                               "KnownDirectoriesFactory",
+                                               "LabelCommandFactory",
+                                               "LockedCommandFactory",
+                                               "NameLengthCommandFactory",
+                                               "MailSearchCommandFactory",
+                                               "PathLengthCommandFactory",
+                                               "MaxDepthFactory",
+                                               "RegexCommandFactory",
+                                               "ScriptCommandFactory",
+                                               "SizeCommandFactory",
+                                               "ShowAppsCommandFactory",
+                                               "ShowAllFilesFactory",
+                                               "ShowInvisibleItemsFactory",
+                                               "SpotlightMetadataSearchCommandFactory",
+                                               "SpotlightAuthorSearchFactory",
+                                               "SpotlightUserQueryCommandFactory",
+                                               "UTICommandFactory",
+                                               "WholeWordsFactory"}));
     std::set<std::string> commandNames;
     size_t count = 0;
     for (const auto& factory : table) {
@@ -77,16 +94,19 @@ TEST(CommandFactories, DatesNeedTheirWhatFirstAndAValidSpan) {
     DateCommandCreator creator;
     EXPECT_EQ(creator.create("year", {std::any(2016)}, {}), nullptr);
     EXPECT_NE(creator.create("year", {std::any(DateCommandWhat::creationDate), std::any(2016)}, {}), nullptr);
-    EXPECT_EQ(creator.create("thisTimeUnit", {std::any(DateCommandWhat::creationDate), std::any(TimeUnit::day)}, {}), nullptr);
+    EXPECT_EQ(creator.create("thisTimeUnit", {std::any(DateCommandWhat::creationDate), std::any(TimeUnit::day)}, {}),
+              nullptr);
     DateCommandWhen day{WhenType::specificDay, std::chrono::system_clock::now(), std::nullopt};
-    EXPECT_EQ(creator.create("specificDateRange", {std::any(DateCommandWhat::modificationDate), std::any(day), std::any(day)}, {}),
+    EXPECT_EQ(creator.create("specificDateRange",
+                             {std::any(DateCommandWhat::modificationDate), std::any(day), std::any(day)}, {}),
               nullptr);
 }
 
 TEST(CommandFactories, ContentOptionsComeFromTheTemplateAndTheTrailingWords) {
     std::vector<ContentSearchFlag> options{ContentSearchFlag::allWords, ContentSearchFlag::useOCR};
-    auto made = ContentSearchCommand::create("textContent", {std::any(word("\"total\"")), std::any(word("\"draft\"")), std::any(options)},
-                                             {{"without", "1"}, {"caseSensitive", "0"}});
+    auto made = ContentSearchCommand::create(
+        "textContent", {std::any(word("\"total\"")), std::any(word("\"draft\"")), std::any(options)},
+        {{"without", "1"}, {"caseSensitive", "0"}});
     ASSERT_NE(made, nullptr);
     EXPECT_EQ(made->commandToString(), "content \"total\" without \"draft\" all words use OCR");
     EXPECT_EQ(made->commandExample(), "content \"**total**\" without \"draft\" all words use OCR");

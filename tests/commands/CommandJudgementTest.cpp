@@ -101,8 +101,10 @@ TEST(SizeJudgement, SearchArgumentsNarrowTheSizeRange) {
 }
 
 TEST(SizeJudgement, ValuesPrintWholeOrShortest) {
-    EXPECT_EQ(SizeCommand(SizeCommandType::greaterThan, 10, SizeUnits::megabytes).commandToString(), "larger than 10mb");
-    EXPECT_EQ(SizeCommand(SizeCommandType::smallerThan, 1.5, SizeUnits::gigabytes).commandToString(), "smaller than 1.5gb");
+    EXPECT_EQ(SizeCommand(SizeCommandType::greaterThan, 10, SizeUnits::megabytes).commandToString(),
+              "larger than 10mb");
+    EXPECT_EQ(SizeCommand(SizeCommandType::smallerThan, 1.5, SizeUnits::gigabytes).commandToString(),
+              "smaller than 1.5gb");
     EXPECT_EQ(SizeCommand(SizeCommandType::equalTo, 0.25, SizeUnits::bytes).commandExample(), "size **0.25b**");
     EXPECT_EQ(SizeCommand(SizeCommandType::exactlyEqualTo, 7, SizeUnits::kilobytes).commandToString(), "== 7kb");
 }
@@ -171,7 +173,8 @@ TEST(NameJudgement, RunawayRegexGivesUpOnTheNameAndHeedsTheStopFlag) {
         EXPECT_EQ(found.commandImpApply(result, &goOn, query), Verdict::exclude);
         EXPECT_GT(goOn.asked.load(), 0) << "the matcher never looked at the stop flag";
         CountingStop stopped(true);
-        EXPECT_EQ(negated.commandImpApply(result, &stopped, query), Verdict::exclude) << "a stopped match accepts nothing";
+        EXPECT_EQ(negated.commandImpApply(result, &stopped, query), Verdict::exclude)
+            << "a stopped match accepts nothing";
         EXPECT_GE(stopped.asked.load(), 1);
     }
     RegexCommand plain("^a+$", false);
@@ -276,7 +279,8 @@ TEST(SpotlightJudgement, OnlyWhatTheIndexSuppliedPasses) {
 
 SearchResult modifiedSecondsAgo(std::int64_t seconds) {
     SearchResult result = file("/d/a");
-    result.modDate = std::chrono::duration_cast<std::chrono::seconds>(DateCalendar::now().time_since_epoch()).count() - seconds;
+    result.modDate =
+        std::chrono::duration_cast<std::chrono::seconds>(DateCalendar::now().time_since_epoch()).count() - seconds;
     return result;
 }
 

@@ -119,9 +119,9 @@ TEST(DatePhrases, RangesThatCannotHoldAnythingMakeNoCommand) {
     static const CommandRecogniser parser(standardCommandFactories());
     // A range typed the wrong way round, or reaching back before the first
     // year, was read as another range.
-    for (const char* phrase : {"modified from 3/4/24 to 3/4/24", "modified from 3/4/24 to 1/2/24",
-                               "modified from 2024 to 1999", "modified from march 2024 to january 2023",
-                               "modified last 2147483647 years", "modified last -3 days"}) {
+    for (const char* phrase :
+         {"modified from 3/4/24 to 3/4/24", "modified from 3/4/24 to 1/2/24", "modified from 2024 to 1999",
+          "modified from march 2024 to january 2023", "modified last 2147483647 years", "modified last -3 days"}) {
         QueryContainer query(std::string("report : ") + phrase, parser);
         EXPECT_EQ(query.findCommand<DateCommand>(), nullptr) << phrase;
         EXPECT_FALSE(query.invalidCommandAreaWords().empty()) << phrase;

@@ -39,7 +39,8 @@ TEST(ExplainCommand, JSONTellsHowASampleQueryWasUnderstood) {
         {"type": "SizeCommand", "text": "larger than 10mb", "available": true},
         {"type": "NotIncludingWords", "text": "-work", "available": true}])"));
     EXPECT_EQ(explanation["unrecognised"], nlohmann::ordered_json({"frobnicate"}));
-    EXPECT_EQ(explanation["booleanExpr"], "((\"holiday\" AND NOT \"work\") OR \"trip\") AND ([is video] AND [larger than 10mb])");
+    EXPECT_EQ(explanation["booleanExpr"],
+              "((\"holiday\" AND NOT \"work\") OR \"trip\") AND ([is video] AND [larger than 10mb])");
     EXPECT_TRUE(explanation["location"].is_null());
     EXPECT_EQ(explanation["isWordBasedSearch"], true);
 }

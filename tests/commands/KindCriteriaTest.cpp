@@ -4,11 +4,11 @@
 
 #include "commands/UTIAssistant.h"
 #include "commands/UTICommand.h"
-#include "support/PathText.h"
 #include "platform/UniformTypeTable.h"
 #include "query/QueryContainer.h"
 #include "query/SearchResult.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {

@@ -137,8 +137,9 @@ TEST(BooleanParser, LongWordListsNestOnlyLogarithmicallyDeep) {
     EXPECT_EQ(tree("a b OR c d OR e f OR g h"),
               "or(or(and(word(a), word(b)), and(word(c), word(d))), or(and(word(e), word(f)), and(word(g), word(h))))");
     BooleanParser::Reading reading;
-    BooleanParser::parse(BooleanParser::tokenizeUnified(SentenceComponent::parseWords("( ( a ) NOT ( NOT b ) ) c ) d"), {}, {}),
-                         &reading);
+    BooleanParser::parse(
+        BooleanParser::tokenizeUnified(SentenceComponent::parseWords("( ( a ) NOT ( NOT b ) ) c ) d"), {}, {}),
+        &reading);
     EXPECT_EQ(reading.deepestNesting, 4);
     EXPECT_EQ(reading.unreadOperands, 1U) << "d, after the stray ')'";
 }

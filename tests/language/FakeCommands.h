@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "query/CommandRecogniser.h"
 #include "query/CommandFactory.h"
+#include "query/CommandRecogniser.h"
 
 namespace quester::testing {
 

@@ -55,13 +55,14 @@ TEST_P(CommandRoundTrip, CommandToStringParsesBackToAnEqualCommand) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    DatesAndNumbers, CommandRoundTrip,
-    ::testing::Values("larger than 1.25 gb", "smaller than 0.5kb", "== 7b", "min name length five",
-                      "content \"x\" whole words all files use OCR case sensitive", "edited in the last 3 days",
-                      "last 2 weeks", "changed from march 2020 to may 2021", "modified 12 june",
-                      "modified 3/4/21 5/6/21", "from march to june 2020", "in 2020 from march to june",
-                      "from march 5 to june", "accessed today", "made before march", "before 3/4/2020"));
+INSTANTIATE_TEST_SUITE_P(DatesAndNumbers, CommandRoundTrip,
+                         ::testing::Values("larger than 1.25 gb", "smaller than 0.5kb", "== 7b", "min name length five",
+                                           "content \"x\" whole words all files use OCR case sensitive",
+                                           "edited in the last 3 days", "last 2 weeks",
+                                           "changed from march 2020 to may 2021", "modified 12 june",
+                                           "modified 3/4/21 5/6/21", "from march to june 2020",
+                                           "in 2020 from march to june", "from march 5 to june", "accessed today",
+                                           "made before march", "before 3/4/2020"));
 
 TEST(QueryLanguageWithCommands, RefusedArgumentsLeaveTheWordsUnrecognised) {
     const QueryContainer query(": regex \"a(b\"", parser());

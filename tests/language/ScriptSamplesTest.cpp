@@ -17,8 +17,8 @@ const CommandRecogniser& parser() {
             return std::vector<std::pair<std::string, std::string>>{{"desktop", "/home/u/Desktop/"}};
         };
         sources.shortcutNames = [] { return std::vector<std::string>{"music quiz"}; };
-        return CommandRecogniser(CommandFactories{std::make_shared<testing::FakeFactory>(testing::templateCommandNames())},
-                             sources);
+        return CommandRecogniser(
+            CommandFactories{std::make_shared<testing::FakeFactory>(testing::templateCommandNames())}, sources);
     }();
     return parse;
 }

@@ -55,23 +55,22 @@ TEST(MacOSPathRules, SystemFoldersOtherVolumesAndTheHomeLibrary) {
 }
 
 TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsAndPlacesPeopleSearchAreNeverSystemPaths) {
-    expectOSPaths(FSUtilities(PlatformProfile::linux()),
-                  {
-                      {"/usr", true},
-                      {"/usr/x", true},
-                      {"/var/log/syslog", true},
-                      {"/lost+found/#123", true},
-                      {"/users", false},
-                      {"/usrdata/x", false},
-                      {"/binder", false},
-                      {"/", false},
-                      {"/home/alice/a.txt", false},
-                      {"/root/notes", false},
-                      {"/tmp/x", false},
-                      {"/srv/www", false},
-                      {"/media/alice/USB/a", false},
-                      {"/mnt/data", false},
-                  });
+    expectOSPaths(FSUtilities(PlatformProfile::linux()), {
+                                                             {"/usr", true},
+                                                             {"/usr/x", true},
+                                                             {"/var/log/syslog", true},
+                                                             {"/lost+found/#123", true},
+                                                             {"/users", false},
+                                                             {"/usrdata/x", false},
+                                                             {"/binder", false},
+                                                             {"/", false},
+                                                             {"/home/alice/a.txt", false},
+                                                             {"/root/notes", false},
+                                                             {"/tmp/x", false},
+                                                             {"/srv/www", false},
+                                                             {"/media/alice/USB/a", false},
+                                                             {"/mnt/data", false},
+                                                         });
 }
 
 TEST(LinuxPathRules, RealHomeAndApplicationFoldersAreNeverSystemPathsEvenUnderAPrefix) {

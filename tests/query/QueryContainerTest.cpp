@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "commands/StandardCommandFactories.h"
-#include "query/CommandRecogniser.h"
 #include "query/CommandClassName.h"
+#include "query/CommandRecogniser.h"
 #include "query/Soundex.h"
 #include "query/WildcardWords.h"
 #include "testing/TempDir.h"
@@ -17,8 +17,8 @@ const CommandRecogniser& parser() {
     return instance;
 }
 
-QueryContainer query(std::string_view text, std::optional<SearchLocation> location = std::nullopt,
-                     bool soundex = false, QueryPreferences preferences = {}) {
+QueryContainer query(std::string_view text, std::optional<SearchLocation> location = std::nullopt, bool soundex = false,
+                     QueryPreferences preferences = {}) {
     return QueryContainer(text, parser(), std::move(location), soundex, preferences);
 }
 
@@ -31,7 +31,8 @@ std::vector<std::string> texts(const std::vector<SentenceComponent>& words) {
 // Each command as "ClassName: wording".
 std::vector<std::string> described(const std::vector<CommandPtr>& commands) {
     std::vector<std::string> result;
-    for (const auto& command : commands) result.push_back(commandClassName(*command) + ": " + command->commandToString());
+    for (const auto& command : commands)
+        result.push_back(commandClassName(*command) + ": " + command->commandToString());
     return result;
 }
 
@@ -104,7 +105,8 @@ TEST(QueryContainerSamples, EachSampleGivesItsWordsCommandsAndExpressionAndNothi
         auto parsed = query(sample.text);
         EXPECT_EQ(parsed.searchWords(), sample.searchWords);
         EXPECT_EQ(parsed.booleanExpr().debugDescription(), sample.expression);
-        EXPECT_TRUE(parsed.invalidCommandAreaWords().empty()) << ::testing::PrintToString(texts(parsed.invalidCommandAreaWords()));
+        EXPECT_TRUE(parsed.invalidCommandAreaWords().empty())
+            << ::testing::PrintToString(texts(parsed.invalidCommandAreaWords()));
         EXPECT_TRUE(parsed.unusedCommandAreaWords().empty());
         auto commands = described(parsed.commandsFoundInQuery());
         ASSERT_EQ(commands.size(), sample.commands.size()) << ::testing::PrintToString(commands);
@@ -120,7 +122,8 @@ TEST(QueryContainerSamples, EachSampleGivesItsWordsCommandsAndExpressionAndNothi
 }
 
 TEST(QueryContainerSamples, OrGroupsMinusWordsAndParenthesesOfTheSamples) {
-    EXPECT_EQ(query("invoice OR receipt : after 2023").orStringGroups(), (std::vector<Strings>{{"invoice"}, {"receipt"}}));
+    EXPECT_EQ(query("invoice OR receipt : after 2023").orStringGroups(),
+              (std::vector<Strings>{{"invoice"}, {"receipt"}}));
     EXPECT_TRUE(query("screenshot OR : tag red").isORCommandSearch());
 
     auto minus = query("holiday -work : is video");
@@ -205,8 +208,9 @@ TEST(QueryContainerWords, WildcardWordsBecomeACommandOfTheirOwn) {
 
 TEST(QueryContainerCommands, ExtensionsComeFirstAndContentLast) {
     auto parsed = query(": content \"x\" bigger than 1mb .pdf");
-    EXPECT_EQ(described(parsed.commandsFoundInQuery()),
-              (Strings{"ExtensionCommand: .pdf", "SizeCommand: larger than 1mb", "ContentSearchCommand: content \"x\""}));
+    EXPECT_EQ(
+        described(parsed.commandsFoundInQuery()),
+        (Strings{"ExtensionCommand: .pdf", "SizeCommand: larger than 1mb", "ContentSearchCommand: content \"x\""}));
 }
 
 TEST(QueryContainerCommands, TheDisplayOrderPutsCaseSensitivityFirstAndContentLast) {
@@ -248,7 +252,8 @@ TEST(QueryContainerCommands, SearchArgumentsNarrowOnlyWithoutAnOrOverCommands) {
 }
 
 TEST(QueryContainerCommands, TwoEqualCommandsAreKeptOnceButDifferentOnesTwice) {
-    EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery()), (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
+    EXPECT_EQ(described(query(": tag red tag blue").commandsFoundInQuery()),
+              (Strings{"LabelCommand: tag red", "LabelCommand: tag blue"}));
 }
 
 // A repeated criterion was refused as not understood: the kept command now
@@ -337,7 +342,8 @@ TEST(QueryContainerNameTest, MarkersChangeHowWordsMeetNames) {
 TEST(QueryContainerNameTest, DiacriticsFoldWhenThePreferenceOrTheCallerAsks) {
     EXPECT_FALSE(query("cafe").fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
     EXPECT_TRUE(query("cafe").fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", true));
-    EXPECT_TRUE(query("cafe", std::nullopt, false, {true, false}).fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
+    EXPECT_TRUE(query("cafe", std::nullopt, false, {true, false})
+                    .fsItemNameStringIncludesWordsFromQuery("/d/Café menu.txt", false));
 }
 
 // "café" typed composed missed a name stored with "e" and a combining accent,
@@ -345,8 +351,8 @@ TEST(QueryContainerNameTest, DiacriticsFoldWhenThePreferenceOrTheCallerAsks) {
 TEST(QueryContainerNameTest, CanonicallyEqualNamesMatchHoweverComposed) {
     const std::string composedName = "/d/Caf\u00e9 menu.txt";
     const std::string decomposedName = "/d/Cafe\u0301 menu.txt";
-    for (const std::string& typed : Strings{"caf\u00e9", "cafe\u0301", "Caf\u00e9 : case sensitive", "Cafe\u0301 : case sensitive",
-                                    "caf\u00e9* : whole words"}) {
+    for (const std::string& typed : Strings{"caf\u00e9", "cafe\u0301", "Caf\u00e9 : case sensitive",
+                                            "Cafe\u0301 : case sensitive", "caf\u00e9* : whole words"}) {
         SCOPED_TRACE(typed);
         const QueryContainer parsed = query(typed);
         EXPECT_TRUE(parsed.fsItemNameStringIncludesWordsFromQuery(composedName, false));
@@ -386,8 +392,8 @@ TEST(QueryContainerRefusal, OversizedOrUnreadableQueriesAreRefused) {
         EXPECT_NE(parsed.refusalReason()->find(reasonHolds), std::string::npos) << *parsed.refusalReason();
     }
     EXPECT_TRUE(query(std::string(20001, 'a')).allWords().empty()) << "too long to be read at all";
-    for (const std::string& text : Strings{"", "a", "(a OR b", "a b)", "report : is pdf AND NOT bigger than 1mb", "\"AND\"",
-                                   std::string(100, '(') + "a", manyWords.substr(2)}) {
+    for (const std::string& text : Strings{"", "a", "(a OR b", "a b)", "report : is pdf AND NOT bigger than 1mb",
+                                           "\"AND\"", std::string(100, '(') + "a", manyWords.substr(2)}) {
         EXPECT_FALSE(query(text).refusalReason().has_value()) << text.substr(0, 40);
     }
 }

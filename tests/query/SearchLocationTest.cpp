@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/DiskInfoManager.h"
-#include "testing/ScopedPlatformProfile.h"
 #include "support/MainLoop.h"
 #include "support/NotificationCenter.h"
+#include "testing/ScopedPlatformProfile.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -72,7 +72,8 @@ TEST(SearchTarget, EqualByURLOrByCacheIdentityNotByExplicitness) {
     EXPECT_EQ(SearchTarget::url(Url("/a")), SearchTarget::url(Url("/a", true)));
     EXPECT_NE(SearchTarget::url(Url("/a")), SearchTarget::url(Url("/b")));
     EXPECT_EQ(SearchTarget::offline(cache, true), SearchTarget::offline(cache, false));
-    EXPECT_NE(SearchTarget::offline(cache, true), SearchTarget::offline(std::make_shared<FakeCache>("A", std::nullopt), true));
+    EXPECT_NE(SearchTarget::offline(cache, true),
+              SearchTarget::offline(std::make_shared<FakeCache>("A", std::nullopt), true));
     EXPECT_NE(SearchTarget::offline(cache, true), SearchTarget::url(Url("/a")));
 }
 
@@ -144,8 +145,10 @@ TEST_F(SearchLocationDisksTest, AllDisksIsLocalThenNetworkThenBackups) {
 
     auto local = paths(SearchLocation::urlsFor(SearchLocationURLSet::localDisks, *manager));
     EXPECT_EQ(local, (std::vector<std::string>{mac, usb}));
-    EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::macDisks, *manager)), (std::vector<std::string>{mac}));
-    EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::backups, *manager)), (std::vector<std::string>{backup}));
+    EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::macDisks, *manager)),
+              (std::vector<std::string>{mac}));
+    EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::backups, *manager)),
+              (std::vector<std::string>{backup}));
     EXPECT_TRUE(SearchLocation::urlsFor(SearchLocationURLSet::networkDisks, *manager).empty());
     EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::allDisks, *manager)),
               (std::vector<std::string>{mac, usb, backup}));

@@ -43,7 +43,8 @@ SearchResult resultFor(const std::string& path, SearchResultSupplier supplier, b
 // supplying until told to stop.
 class ListSource : public SearchDataSource {
 public:
-    ListSource(SearchResultSupplier supplier, std::vector<std::string> paths) : supplier(supplier), paths(std::move(paths)) {}
+    ListSource(SearchResultSupplier supplier, std::vector<std::string> paths)
+        : supplier(supplier), paths(std::move(paths)) {}
 
     std::string debugDescription() const override { return "ListSource"; }
     SearchResultSupplier type() const override { return supplier; }
@@ -125,12 +126,14 @@ protected:
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(loop);
 };
 
-std::string under(const std::string& relative) { return std::string(kRoot) + "/" + relative; }
+std::string under(const std::string& relative) {
+    return std::string(kRoot) + "/" + relative;
+}
 
 TEST_F(SearchManagerTest, NameTestAloneWhenThereAreNoCommands) {
-    auto source = std::make_shared<ListSource>(SearchResultSupplier::fileSystem,
-                                               std::vector<std::string>{under("Budget.txt"), under("report.txt"),
-                                                                        "/elsewhere/budget.txt"});
+    auto source = std::make_shared<ListSource>(
+        SearchResultSupplier::fileSystem,
+        std::vector<std::string>{under("Budget.txt"), under("report.txt"), "/elsewhere/budget.txt"});
     auto manager = start("budget", {source});
     ASSERT_TRUE(runUntilFinished());
     EXPECT_EQ(delegate->beginnings, 1);
@@ -171,8 +174,8 @@ TEST_F(SearchManagerTest, HiddenAndSystemItemsPassOnlyWhenAskedFor) {
     EXPECT_EQ(delegate->foundSet(), std::multiset<std::string>{under("budget.txt")});
 
     delegate = std::make_shared<RecordingDelegate>(loop);
-    auto byCommand = start("budget : show hidden items",
-                           {std::make_shared<ListSource>(SearchResultSupplier::fileSystem, paths)});
+    auto byCommand =
+        start("budget : show hidden items", {std::make_shared<ListSource>(SearchResultSupplier::fileSystem, paths)});
     ASSERT_TRUE(runUntilFinished());
     // "/usr/share" lies outside the location, hidden or not.
     EXPECT_EQ(delegate->foundSet(), (std::multiset<std::string>{under(".cache/budget.txt"), under("budget.txt")}));
@@ -180,7 +183,8 @@ TEST_F(SearchManagerTest, HiddenAndSystemItemsPassOnlyWhenAskedFor) {
 }
 
 TEST_F(SearchManagerTest, AQueryWithOnlyFilterCommandsStartsNoFileSystemSource) {
-    auto walk = std::make_shared<ListSource>(SearchResultSupplier::fileSystem, std::vector<std::string>{under("x.txt")});
+    auto walk =
+        std::make_shared<ListSource>(SearchResultSupplier::fileSystem, std::vector<std::string>{under("x.txt")});
     auto commandSource = std::make_shared<ListSource>(SearchResultSupplier::showAppsCmd, std::vector<std::string>{});
     auto manager = start(": case sensitive", {walk}, {commandSource});
     ASSERT_TRUE(runUntilFinished());
@@ -196,7 +200,8 @@ TEST_F(SearchManagerTest, ConcurrentSourcesOnRealThreadsDeliverEveryPathExactlyO
         std::vector<std::string> paths;
         // Every source overlaps with the others: each covers three quarters of the paths.
         for (int i = 0; i < kPaths; ++i) {
-            if (i % 4 != s) paths.push_back(under("dir" + std::to_string(i % 50) + "/item-" + std::to_string(i) + ".txt"));
+            if (i % 4 != s)
+                paths.push_back(under("dir" + std::to_string(i % 50) + "/item-" + std::to_string(i) + ".txt"));
         }
         auto supplier = s % 2 == 0 ? SearchResultSupplier::fileSystem : SearchResultSupplier::CompactContentIndex;
         sources.push_back(std::make_shared<ListSource>(supplier, std::move(paths)));
@@ -267,8 +272,8 @@ TEST_F(SearchManagerTest, StopReleasesASourceThatWaitsForRoom) {
 }
 
 TEST_F(SearchManagerTest, UserCancelGivesTwoFinishCalls) {
-    auto endless = std::make_shared<ListSource>(SearchResultSupplier::fileSystem,
-                                                std::vector<std::string>{under("budget.txt")});
+    auto endless =
+        std::make_shared<ListSource>(SearchResultSupplier::fileSystem, std::vector<std::string>{under("budget.txt")});
     endless->untilStopped = true;
     auto manager = start("budget", {endless});
     manager->userCancel();
@@ -277,8 +282,8 @@ TEST_F(SearchManagerTest, UserCancelGivesTwoFinishCalls) {
 }
 
 TEST_F(SearchManagerTest, AGoneDelegateHearsNothingAndTheSearchRunsOut) {
-    auto source = std::make_shared<ListSource>(SearchResultSupplier::fileSystem,
-                                               std::vector<std::string>{under("budget.txt")});
+    auto source =
+        std::make_shared<ListSource>(SearchResultSupplier::fileSystem, std::vector<std::string>{under("budget.txt")});
     auto manager = start("budget", {source});
     delegate.reset();
     ASSERT_TRUE(loop.runUntil([&] { return source->finished && !manager->searchInProgress(); }, 60s));

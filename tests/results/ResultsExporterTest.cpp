@@ -77,7 +77,8 @@ TEST_F(ExportTest, aNameThatIsNoValidTextKeepsItsRowWithReplacementCharacters) {
     for (Format format : {Format::text, Format::csv}) {
         const char* separator = format == Format::text ? "\t" : ", ";
         const std::string text = exported(format);
-        EXPECT_NE(text.find(std::string("bad\uFFFD.txt") + separator + "/d/bad\uFFFD.txt" + separator), std::string::npos)
+        EXPECT_NE(text.find(std::string("bad\uFFFD.txt") + separator + "/d/bad\uFFFD.txt" + separator),
+                  std::string::npos)
             << text;
         EXPECT_NE(text.find("good.txt"), std::string::npos);
     }

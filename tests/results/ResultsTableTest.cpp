@@ -50,21 +50,23 @@ TEST(ResultsTableText, shortensInTheMiddleByCharacters) {
 TEST(ResultsTableText, widthsCountTerminalColumns) {
     EXPECT_EQ(ResultsTable::displayWidth("日本語.txt"), 10u);
     EXPECT_EQ(ResultsTable::displayWidth("e\u0301te\u0301"), 3u);  // "été" with combining accents
-    EXPECT_EQ(ResultsTable::displayWidth("\uFF21"), 2u);             // full-width A
+    EXPECT_EQ(ResultsTable::displayWidth("\uFF21"), 2u);           // full-width A
     // Cut between whole characters, never inside one: a wide character
     // that doesn't fit leaves its columns blank.
     EXPECT_EQ(ResultsTable::shortenedInTheMiddle("日本語のファイル", 7), "日…イル");
     EXPECT_EQ(ResultsTable::shortenedInTheMiddle("日本語のファイル", 6), "日…ル");
-    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("e\u0301e\u0301e\u0301e\u0301e\u0301", 4),
-              "e\u0301e\u0301…e\u0301");
+    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("e\u0301e\u0301e\u0301e\u0301e\u0301", 4), "e\u0301e\u0301…e\u0301");
 }
 
 TEST_F(TableTest, wideNamesStayAlignedAndControlCharactersShowAsQuestionMarks) {
     rows = {row("/d/日本.txt", 5, 1688463000), row("/d/evil\033[31m\xff.txt", 5, 1688463000)};
     EXPECT_EQ(ResultsTable::render(rows, 200, dates),
-              "Name" + std::string(12, ' ') + "Folder     Size  Modified           Kind\n"
-              "日本.txt" + std::string(8, ' ') + "/d      5 bytes  04/07/2023, 09:30  Plain text document\n"
-              "evil?[31m?.txt  /d      5 bytes  04/07/2023, 09:30  Plain text document\n");
+              "Name" + std::string(12, ' ') +
+                  "Folder     Size  Modified           Kind\n"
+                  "日本.txt" +
+                  std::string(8, ' ') +
+                  "/d      5 bytes  04/07/2023, 09:30  Plain text document\n"
+                  "evil?[31m?.txt  /d      5 bytes  04/07/2023, 09:30  Plain text document\n");
 }
 
 }  // namespace

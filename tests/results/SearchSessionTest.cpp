@@ -38,9 +38,15 @@ public:
             changed.wait(lock);
         }
     }
-    void searchShouldStop() override { update([&] { stopped = true; }); }
-    void supply(SearchResult result) { update([&] { pending.push_back(std::move(result)); }); }
-    void release() { update([&] { released = true; }); }
+    void searchShouldStop() override {
+        update([&] { stopped = true; });
+    }
+    void supply(SearchResult result) {
+        update([&] { pending.push_back(std::move(result)); });
+    }
+    void release() {
+        update([&] { released = true; });
+    }
 
 private:
     void update(const std::function<void()>& change) {

@@ -60,8 +60,8 @@ TEST_P(SortedNodeListTest, batchesMergedOneByOneGiveTheOrderOfOneStableSortOfAll
     // Batches of uneven sizes, an empty one among them.
     std::size_t start = 0;
     for (std::size_t size : {1u, 0u, 7u, 50u, 2u, 240u}) {
-        list.merge(UINode::NodeList(rows.begin() + static_cast<long>(start),
-                                    rows.begin() + static_cast<long>(start + size)));
+        list.merge(
+            UINode::NodeList(rows.begin() + static_cast<long>(start), rows.begin() + static_cast<long>(start + size)));
         start += size;
     }
     ASSERT_EQ(start, rows.size());
@@ -73,7 +73,8 @@ INSTANTIATE_TEST_SUITE_P(Columns, SortedNodeListTest,
                          ::testing::Values(Case{Column::name, false}, Case{Column::name, true},
                                            Case{Column::size, false}, Case{Column::size, true}),
                          [](const ::testing::TestParamInfo<Case>& info) {
-                             return std::string(identifier(info.param.column)) + (info.param.reversed ? "Reversed" : "");
+                             return std::string(identifier(info.param.column)) +
+                                    (info.param.reversed ? "Reversed" : "");
                          });
 
 // A batch this large makes its keys on two threads; the order must be the
@@ -85,8 +86,8 @@ TEST(SortedNodeList, aLargeBatchSortsLikeTheSameRowsInSmallBatches) {
     whole.merge(rows);
     SortedNodeList pieces(Column::name, false, std::nullopt, preferences);
     for (std::size_t start = 0; start < rows.size(); start += 1000) {
-        pieces.merge(UINode::NodeList(rows.begin() + static_cast<long>(start),
-                                      rows.begin() + static_cast<long>(start + 1000)));
+        pieces.merge(
+            UINode::NodeList(rows.begin() + static_cast<long>(start), rows.begin() + static_cast<long>(start + 1000)));
     }
     EXPECT_EQ(whole.nodes(), pieces.nodes());
 }

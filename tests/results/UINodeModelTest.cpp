@@ -4,9 +4,9 @@
 
 #include "ManualTimerScheduler.h"
 #include "platform/FaultInjectingFileSystem.h"
-#include "support/PathText.h"
 #include "results/UINodeModel.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -125,8 +125,8 @@ TEST_F(ModelTest, withinOneBatchTheLaterRowForAURLWins) {
     model->setCurrentColumn(Column::image);
     waitForDisplay();
     const UINodePtr laterB = fileNode("/d/b.txt", 2);
-    model->addMoreNodes({fileNode("/d/b.txt", 1), fileNode("/d/a.txt", 3), fileNode("/d/c.txt"), laterB,
-                         fileNode("/d/a.txt", 4)});
+    model->addMoreNodes(
+        {fileNode("/d/b.txt", 1), fileNode("/d/a.txt", 3), fileNode("/d/c.txt"), laterB, fileNode("/d/a.txt", 4)});
     waitForDisplay();
     EXPECT_EQ(names(model->displayItems()), (Names{"a.txt", "b.txt", "c.txt"}));
     EXPECT_EQ(model->displayItems()[0], later);

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "support/PathText.h"
 #include "results/UINode.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -38,12 +38,18 @@ UINodePtr makeNode(const Row& row) {
     return UINode::create(result);
 }
 
-UINodePtr plain(const std::string& path) { return makeNode(Row{path, 0, 0, 0, 0, {}, 0, false}); }
-UINodePtr folder(const std::string& path) { return makeNode(Row{path, 0, 0, 0, 0, {}, 0, true}); }
+UINodePtr plain(const std::string& path) {
+    return makeNode(Row{path, 0, 0, 0, 0, {}, 0, false});
+}
+UINodePtr folder(const std::string& path) {
+    return makeNode(Row{path, 0, 0, 0, 0, {}, 0, true});
+}
 UINodePtr tagged(const std::string& path, std::vector<std::string> tags) {
     return makeNode(Row{path, 0, 0, 0, 0, std::move(tags), 0, false});
 }
-UINodePtr ranked(const std::string& path, std::int64_t rank) { return makeNode(Row{path, 0, 0, 0, 0, {}, rank, false}); }
+UINodePtr ranked(const std::string& path, std::int64_t rank) {
+    return makeNode(Row{path, 0, 0, 0, 0, {}, rank, false});
+}
 
 std::vector<std::string> names(const UINode::NodeList& nodes) {
     std::vector<std::string> list;
@@ -78,28 +84,38 @@ TEST_F(SortTest, everyColumnOrdersByItsValueAndBreaksTiesByAscendingName) {
         Names reversed;
     };
     const std::vector<Expectation> expectations{
-        {Column::name, {"file1.pdf", "File2.txt", "file10.txt", "notes"},
+        {Column::name,
+         {"file1.pdf", "File2.txt", "file10.txt", "notes"},
          {"notes", "file10.txt", "File2.txt", "file1.pdf"}},
-        {Column::size, {"File2.txt", "notes", "file1.pdf", "file10.txt"},
+        {Column::size,
+         {"File2.txt", "notes", "file1.pdf", "file10.txt"},
          {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
-        {Column::modDate, {"File2.txt", "notes", "file1.pdf", "file10.txt"},
+        {Column::modDate,
+         {"File2.txt", "notes", "file1.pdf", "file10.txt"},
          {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
-        {Column::created, {"file10.txt", "file1.pdf", "File2.txt", "notes"},
+        {Column::created,
+         {"file10.txt", "file1.pdf", "File2.txt", "notes"},
          {"notes", "file1.pdf", "File2.txt", "file10.txt"}},
-        {Column::lastAccessDate, {"file1.pdf", "File2.txt", "file10.txt", "notes"},
+        {Column::lastAccessDate,
+         {"file1.pdf", "File2.txt", "file10.txt", "notes"},
          {"File2.txt", "file10.txt", "notes", "file1.pdf"}},
         // "Document" < "PDF document" < "Plain text document", case aside.
-        {Column::kind, {"notes", "file1.pdf", "File2.txt", "file10.txt"},
+        {Column::kind,
+         {"notes", "file1.pdf", "File2.txt", "file10.txt"},
          {"File2.txt", "file10.txt", "file1.pdf", "notes"}},
         // Plain text order: "B" before "a" before "b".
-        {Column::inside, {"file1.pdf", "File2.txt", "notes", "file10.txt"},
+        {Column::inside,
+         {"file1.pdf", "File2.txt", "notes", "file10.txt"},
          {"file10.txt", "File2.txt", "notes", "file1.pdf"}},
-        {Column::path, {"file1.pdf", "File2.txt", "notes", "file10.txt"},
+        {Column::path,
+         {"file1.pdf", "File2.txt", "notes", "file10.txt"},
          {"file10.txt", "File2.txt", "notes", "file1.pdf"}},
         // No tags first; "Blue" and "blue" tie whatever their case.
-        {Column::tags, {"File2.txt", "file1.pdf", "notes", "file10.txt"},
+        {Column::tags,
+         {"File2.txt", "file1.pdf", "notes", "file10.txt"},
          {"file10.txt", "file1.pdf", "notes", "File2.txt"}},
-        {Column::rank, {"File2.txt", "notes", "file1.pdf", "file10.txt"},
+        {Column::rank,
+         {"File2.txt", "notes", "file1.pdf", "file10.txt"},
          {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
     };
     for (const auto& expectation : expectations) {
@@ -115,8 +131,8 @@ TEST_F(SortTest, imageColumnKeepsTheIncomingOrder) {
 }
 
 TEST_F(SortTest, numbersInNamesCompareByValueAndCaseIsIgnored) {
-    nodes = {plain("/d/img100.png"), plain("/d/IMG9.png"), plain("/d/img10.png"),
-             plain("/d/Img1.png"), plain("/d/img009b.png")};
+    nodes = {plain("/d/img100.png"), plain("/d/IMG9.png"), plain("/d/img10.png"), plain("/d/Img1.png"),
+             plain("/d/img009b.png")};
     EXPECT_EQ(order(Column::name, false), (Names{"Img1.png", "IMG9.png", "img009b.png", "img10.png", "img100.png"}));
 }
 
@@ -162,10 +178,7 @@ TEST_F(SortTest, tagOrderOnDiskDoesNotMatter) {
 
 class ScoreTest : public SortTest {
 protected:
-    ScoreTest() {
-        nodes = {plain("/d/alpha.txt"), plain("/d/budget.txt"),
-                 folder("/d/Plain"), folder("/d/Budget")};
-    }
+    ScoreTest() { nodes = {plain("/d/alpha.txt"), plain("/d/budget.txt"), folder("/d/Plain"), folder("/d/Budget")}; }
     void setBoth(bool on) {
         ASSERT_TRUE(preferences.setValue("moveFoldersToTop", on).ok());
         ASSERT_TRUE(preferences.setValue("moveItemsStartingWithQueryToTop", on).ok());
@@ -196,9 +209,7 @@ TEST_F(ScoreTest, emptyQueryTextAndPreferencesOffChangeNothing) {
 
 TEST(HighestRank, isTheLargestRankOrZero) {
     EXPECT_EQ(UINode::calculateHighestRank({}), 0);
-    EXPECT_EQ(UINode::calculateHighestRank({ranked("/a", 3), ranked("/b", 7),
-                                            ranked("/c", -2)}),
-              7);
+    EXPECT_EQ(UINode::calculateHighestRank({ranked("/a", 3), ranked("/b", 7), ranked("/c", -2)}), 7);
 }
 
 }  // namespace

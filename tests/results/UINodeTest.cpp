@@ -4,9 +4,9 @@
 
 #include <filesystem>
 
-#include "support/PathText.h"
 #include "results/UINode.h"
 #include "stores/Preferences.h"
+#include "support/PathText.h"
 #include "testing/TempDir.h"
 
 namespace quester {

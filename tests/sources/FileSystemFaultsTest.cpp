@@ -4,13 +4,13 @@
 #include <string>
 
 #include "commands/StandardCommandFactories.h"
-#include "query/CommandRecogniser.h"
 #include "platform/FaultInjectingFileSystem.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
-#include "support/ActivityController.h"
 #include "sources/FileSystemSearch.h"
+#include "support/ActivityController.h"
 #include "support/MainLoop.h"
 #include "support/NotificationCenter.h"
 #include "testing/TempDir.h"

@@ -3,28 +3,28 @@
 
 #include <algorithm>
 #include <atomic>
-#include <thread>
 #include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "query/CommandRecogniser.h"
 #include "platform/FSUtilities.h"
-#include "support/PathText.h"
 #include "platform/PlatformProfile.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "query/SearchManager.h"
-#include "support/ActivityController.h"
 #include "sources/FileSystemSearch.h"
+#include "support/ActivityController.h"
 #include "support/MainLoop.h"
 #include "support/NotificationCenter.h"
+#include "support/PathText.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -38,21 +38,36 @@ std::string lowercase(std::string text) {
     return text;
 }
 
-bool has(const std::string& text, const char* word) { return lowercase(text).find(word) != std::string::npos; }
+bool has(const std::string& text, const char* word) {
+    return lowercase(text).find(word) != std::string::npos;
+}
 
 // A tree with the cases a walk must get right: words in file and folder names,
 // hidden folders, a package, symbolic links, a pipe, the folders a walk skips.
 class FixtureTree {
 public:
     FixtureTree() {
-        for (const char* file :
-             {"docs/budget-2024.xlsx", "docs/Budget notes.txt", "docs/report.pdf", "docs/old/budget-draft.txt",
-              "docs/old/invoice-7.pdf", "docs/old/draft-report.txt", "budget/summary.txt", "budget/sub/invoice.txt",
-              "budget/sub/deeper/budget-final.txt", ".hidden/budget-secret.txt", ".hidden/invoice.txt",
-              ".hidden/inner/report.txt", "projects/Invoice Budget.ods", "projects/draft/report-final.doc",
-              "projects/draft/budget.txt", "photos/trip.jpg", "Ledger.app/Contents/budget.plist",
-              "Ledger.app/budget-readme.txt", "Volumes/budget-on-volume.txt", "Backups.backupdb/budget-old.txt",
-              "Budget Plans/notes.txt"}) {
+        for (const char* file : {"docs/budget-2024.xlsx",
+                                 "docs/Budget notes.txt",
+                                 "docs/report.pdf",
+                                 "docs/old/budget-draft.txt",
+                                 "docs/old/invoice-7.pdf",
+                                 "docs/old/draft-report.txt",
+                                 "budget/summary.txt",
+                                 "budget/sub/invoice.txt",
+                                 "budget/sub/deeper/budget-final.txt",
+                                 ".hidden/budget-secret.txt",
+                                 ".hidden/invoice.txt",
+                                 ".hidden/inner/report.txt",
+                                 "projects/Invoice Budget.ods",
+                                 "projects/draft/report-final.doc",
+                                 "projects/draft/budget.txt",
+                                 "photos/trip.jpg",
+                                 "Ledger.app/Contents/budget.plist",
+                                 "Ledger.app/budget-readme.txt",
+                                 "Volumes/budget-on-volume.txt",
+                                 "Backups.backupdb/budget-old.txt",
+                                 "Budget Plans/notes.txt"}) {
             dir.write(file, "x");
         }
         dir.mkdir("Reports");
@@ -198,8 +213,9 @@ TEST_F(FileSystemSearchTest, CommandsNarrowTheWalk) {
     // The depth counts from the root of the disk, so the limit is set relative to the fixture.
     const std::string root = tree.root();
     int rootDepth = static_cast<int>(std::count(root.begin(), root.end(), '/'));
-    expectSearchFinds("budget : max depth " + std::to_string(rootDepth + 1), false,
-                      [](const std::string& t) { return has(t, "budget"); }, 2);
+    expectSearchFinds(
+        "budget : max depth " + std::to_string(rootDepth + 1), false,
+        [](const std::string& t) { return has(t, "budget"); }, 2);
 }
 
 TEST_F(FileSystemSearchTest, TwoWalksOfTheSameTreeDeliverEachPathOnce) {
@@ -266,7 +282,8 @@ TEST_F(FileSystemSearchTest, TheActivityItemNamesTheSearchCancelsTheWalkAndLeave
 TEST_F(FileSystemSearchTest, StoppingMidWalkReturnsPromptly) {
     testing::TempDir big;
     for (int d = 0; d < 400; ++d) {
-        for (int f = 0; f < 5; ++f) big.write("level" + std::to_string(d % 7) + "/dir" + std::to_string(d) + "/file" + std::to_string(f));
+        for (int f = 0; f < 5; ++f)
+            big.write("level" + std::to_string(d % 7) + "/dir" + std::to_string(d) + "/file" + std::to_string(f));
     }
     SearchManager::Environment environment;
     environment.fileSystemSearchDataSources.push_back(makeSearch());

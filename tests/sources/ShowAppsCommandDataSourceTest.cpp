@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
-#include "query/CommandRecogniser.h"
 #include "platform/FSUtilities.h"
 #include "query/CollectingSearchDataSourceDelegate.h"
+#include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
 #include "sources/ShowAppsCommandDataSource.h"
 #include "testing/TempDir.h"

@@ -63,8 +63,11 @@ TEST_F(PreferencesTest, BuildCheck) {
 TEST_F(PreferencesTest, StoredValuesOutrankDefaultsAndMissingOnesReadAsZeroFalseOrNone) {
     {
         Preferences prefs(storePath(), center);
-        json values{{"ignoreExtensions", {"tmp", "bak"}}, {"SavedIndexInfo", {{{"id", "x"}, {"path", "/"}}}},
-                    {"listTextSize", 14}, {"iconSizeSlider", 120.5}, {"MediaServer:name", "Den"}};
+        json values{{"ignoreExtensions", {"tmp", "bak"}},
+                    {"SavedIndexInfo", {{{"id", "x"}, {"path", "/"}}}},
+                    {"listTextSize", 14},
+                    {"iconSizeSlider", 120.5},
+                    {"MediaServer:name", "Den"}};
         ASSERT_TRUE(prefs.setValues(values).ok());
         ASSERT_TRUE(prefs.setValue("doomed", true).ok());
         ASSERT_TRUE(prefs.removeValue("doomed").ok());

@@ -35,8 +35,9 @@ TEST(Crc64, PublishedCheckValueEmptyTextAndTopBitSet) {
 }
 
 TEST(Crc64, AgreesWithTheBitwiseDefinitionOnPathsAndUtf8) {
-    for (const std::string& text : std::initializer_list<std::string>{"/", "/home/user/Documents/budget 2024.xlsx", "/tmp/caf\xC3\xA9/na\xC3\xAFve.txt",
-                             std::string("\0\xFF\x80", 3), std::string(1000, 'x')}) {
+    for (const std::string& text : std::initializer_list<std::string>{
+             "/", "/home/user/Documents/budget 2024.xlsx", "/tmp/caf\xC3\xA9/na\xC3\xAFve.txt",
+             std::string("\0\xFF\x80", 3), std::string(1000, 'x')}) {
         EXPECT_EQ(static_cast<std::uint64_t>(crc64(text)), slowCrc64(text)) << text;
     }
 }

@@ -16,7 +16,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-bool runLoopUntil(const std::function<bool()>& done) { return MainLoop::shared().runUntil(done, 20s); }
+bool runLoopUntil(const std::function<bool()>& done) {
+    return MainLoop::shared().runUntil(done, 20s);
+}
 
 TEST(GCDAdditions, PerformRunsTheBlockOnTheMainLoop) {
     std::thread::id ranOn;
@@ -41,9 +43,8 @@ TEST(GCDAdditions, ABlockAlreadyRunningIsNotStoppedAndTheSecondRunsToo) {
     auto first = GCDAdditions::cancelPreviousThenPerform("running", 0ms, [&] {
         // While the first block runs, the next call comes from another thread.
         std::thread caller([&] {
-            second = GCDAdditions::cancelPreviousThenPerform("running", 0ms, [&] {
-                ran.access([](auto& list) { list.push_back("second"); });
-            });
+            second = GCDAdditions::cancelPreviousThenPerform(
+                "running", 0ms, [&] { ran.access([](auto& list) { list.push_back("second"); }); });
             secondScheduled.release();
         });
         caller.join();

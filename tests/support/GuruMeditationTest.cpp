@@ -32,8 +32,8 @@ TEST(GuruMeditation, DetailedStringHasTheSevenLinesInOrder) {
     ASSERT_EQ(lines.size(), 7u) << text;
     EXPECT_TRUE(lines[0].ends_with(" error details:")) << lines[0];
     EXPECT_EQ(lines[1], "File: SearchManager  Line: 42");
-    EXPECT_EQ(lines[2], "Trace: GuruMeditationTest:" + std::to_string(line) + " opened cache,GuruMeditationTest:" +
-                            std::to_string(line + 1) + " searched");
+    EXPECT_EQ(lines[2], "Trace: GuruMeditationTest:" + std::to_string(line) +
+                            " opened cache,GuruMeditationTest:" + std::to_string(line + 1) + " searched");
     EXPECT_EQ(lines[3], "Bad page (corrupt)");
     EXPECT_TRUE(lines[4].starts_with("OS: Linux ")) << lines[4];
     EXPECT_TRUE(lines[5].starts_with("Mac Cores: ")) << lines[5];

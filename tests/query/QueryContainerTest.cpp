@@ -45,8 +45,14 @@ struct SampleQuery {
     const char* expression;
 };
 
-// The sample queries of the query field, as a person types them.
+// The sample queries of the query field, as a person types them, and a few plainer ones.
 const std::vector<SampleQuery> kSamples{
+    // Without a colon every word is a search word; a minus excludes unless quoted; so is "or".
+    {"bigger than 1mb", {"bigger", "than", "1mb"}, {}, "and(and(word(bigger), word(than)), word(1mb))"},
+    {"cats -dogs", {"cats"}, {"NotIncludingWords: -dogs"}, "and(word(cats), not(word(dogs)))"},
+    {"cats \"-dogs\"", {"cats", "-dogs"}, {}, "and(word(cats), word(-dogs))"},
+    {"a b OR c", {"a", "b", "c"}, {}, "or(and(word(a), word(b)), word(c))"},
+    {"this \"or\" that", {"this", "or", "that"}, {}, "and(and(word(this), word(or)), word(that))"},
     {": today is audio", {}, {"UTICommand: is audio", "DateCommand: modified today"}, "and(cmd(1), cmd(0))"},
     {"summer : is video", {"summer"}, {"UTICommand: is video"}, "and(word(summer), cmd(0))"},
     {": content \"yearly total\"", {}, {"ContentSearchCommand: content \"yearly total\""}, "cmd(0)"},
@@ -133,35 +139,14 @@ TEST(QueryContainerSamples, OrGroupsMinusWordsAndParenthesesOfTheSamples) {
     EXPECT_EQ(texts(query("invoice (2023 OR 2024) : is pdf").structuralParenWords()), (Strings{"(", ")"}));
 }
 
-TEST(QueryContainerWords, WithoutAColonEveryWordIsASearchWord) {
-    auto parsed = query("bigger than 1mb");
-    EXPECT_TRUE(parsed.commandsFoundInQuery().empty());
-    EXPECT_EQ(parsed.searchWords(), (Strings{"bigger", "than", "1mb"}));
-    EXPECT_TRUE(parsed.invalidCommandAreaWords().empty());
-    EXPECT_EQ(query("a\nb").baseString(), "a b");
-}
-
-TEST(QueryContainerWords, AMinusExcludesUnlessQuoted) {
-    auto excluded = query("cats -dogs");
-    EXPECT_EQ(excluded.searchWords(), (Strings{"cats"}));
-    EXPECT_EQ(described(excluded.commandsFoundInQuery()), (Strings{"NotIncludingWords: -dogs"}));
-
-    auto quoted = query("cats \"-dogs\"");
-    EXPECT_EQ(quoted.searchWords(), (Strings{"cats", "-dogs"}));
-    EXPECT_TRUE(quoted.commandsFoundInQuery().empty());
-}
-
 TEST(QueryContainerWords, ABareOrSplitsTheWordsIntoGroups) {
     auto parsed = query("a b OR c");
     EXPECT_TRUE(parsed.includesORStatement());
-    EXPECT_EQ(parsed.searchWords(), (Strings{"a", "b", "c"}));
     EXPECT_EQ(parsed.orStringGroups(), (std::vector<Strings>{{"a", "b"}, {"c"}}));
     EXPECT_FALSE(parsed.isORCommandSearch());
-
-    auto quoted = query("this \"or\" that");
-    EXPECT_FALSE(quoted.includesORStatement());
-    EXPECT_EQ(quoted.searchWords(), (Strings{"this", "or", "that"}));
-    EXPECT_TRUE(quoted.orStringGroups().empty());
+    EXPECT_FALSE(query("this \"or\" that").includesORStatement());
+    EXPECT_TRUE(query("this \"or\" that").orStringGroups().empty());
+    EXPECT_EQ(query("a\nb").baseString(), "a b");
 }
 
 TEST(QueryContainerWords, WordsOrColonCommandsIsAnORCommandSearch) {

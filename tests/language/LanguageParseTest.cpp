@@ -56,48 +56,32 @@ TEST(LanguageParseScript, ScrambledRoundTripAndInvalidText) {
         << "text that isn't UTF-8 gives an empty table";
 }
 
-TEST(CommandRecogniser, NoWordsNoCommands) {
-    const CommandRecogniser parse({fake(templateCommandNames())});
-    const auto result = parse.makeCommands({});
-    EXPECT_TRUE(result.commands.empty());
-    EXPECT_TRUE(result.consumedParts.empty());
-}
+struct RecogniserCase {
+    std::string_view templates;
+    CommandFactories factories;
+    std::string_view sentence;
+    std::vector<std::string> commands;
+    size_t consumedWords;
+};
 
-TEST(CommandRecogniser, LongerMatchWinsOverlap) {
-    const CommandRecogniser parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"})});
-    EXPECT_EQ(printed(parse.makeCommands(commandArea(": modified this year"))), (std::vector<std::string>{"b"}));
-    EXPECT_EQ(printed(parse.makeCommands(commandArea(": modified"))), (std::vector<std::string>{"a"}));
-}
-
-TEST(CommandRecogniser, EqualMatchesBothSurviveUnlessTheyPrintAlike) {
-    const CommandRecogniser different = withTemplates("same a\nsame b\n", {fake({"a", "b"})});
-    EXPECT_EQ(printed(different.makeCommands(commandArea(": same"))), (std::vector<std::string>{"a", "b"}));
-    const CommandRecogniser alike = withTemplates("same a\nsame a\n", {fake({"a"})});
-    const auto result = alike.makeCommands(commandArea(": same"));
-    EXPECT_EQ(printed(result), (std::vector<std::string>{"a"}));
-    EXPECT_EQ(result.consumedParts.size(), 2U) << "a dropped duplicate's words still count as recognised";
-}
-
-TEST(CommandRecogniser, SameTemplateTwiceInOneSentence) {
-    const CommandRecogniser parse = withTemplates("tag ~string label\n", {fake({"label"})});
-    const auto result = parse.makeCommands(commandArea(": tag red tag blue"));
-    EXPECT_EQ(printed(result), (std::vector<std::string>{"label(red)", "label(blue)"}));
-    EXPECT_EQ(result.commands[1]->commandConsumedParts().size(), 2U);
-    EXPECT_EQ(result.commands[1]->commandConsumedParts()[1].textOriginalCase, "blue");
-}
-
-TEST(CommandRecogniser, RefusedMatchDoesNotBringBackTheShorterOne) {
-    const CommandRecogniser parse = withTemplates("modified a\nmodified this year b\n", {fake({"a", "b"}, {"b"})});
-    const auto result = parse.makeCommands(commandArea(": modified this year"));
-    EXPECT_TRUE(result.commands.empty());
-    EXPECT_TRUE(result.consumedParts.empty());
-}
-
-TEST(CommandRecogniser, FirstFactoryOfTheTableWinsAndUnknownNamesAreSkipped) {
-    const auto first = fake({"a"}, {});
-    const auto second = fake({"a", "b"}, {"a"});
-    const CommandRecogniser parse = withTemplates("x a\ny nobody\nz b\n", {first, second});
-    EXPECT_EQ(printed(parse.makeCommands(commandArea(": x y z"))), (std::vector<std::string>{"a", "b"}));
+TEST(CommandRecogniser, MatchesAreSettledAsTheTemplatesAndFactoriesSay) {
+    const std::vector<RecogniserCase> cases = {
+        {"modified a\nmodified this year b\n", {fake({"a", "b"})}, ": modified this year", {"b"}, 3},
+        // A refused longer match does not bring back the shorter one.
+        {"modified a\nmodified this year b\n", {fake({"a", "b"}, {"b"})}, ": modified this year", {}, 0},
+        // Equal matches both survive unless they print alike; a dropped duplicate's words still count.
+        {"same a\nsame b\n", {fake({"a", "b"})}, ": same", {"a", "b"}, 2},
+        {"same a\nsame a\n", {fake({"a"})}, ": same", {"a"}, 2},
+        {"tag ~string label\n", {fake({"label"})}, ": tag red tag blue", {"label(red)", "label(blue)"}, 4},
+        // The first factory of the table that serves a name wins; names nobody serves are skipped.
+        {"x a\ny nobody\nz b\n", {fake({"a"}), fake({"a", "b"}, {"a"})}, ": x y z", {"a", "b"}, 2},
+    };
+    for (const auto& [templates, factories, sentence, commands, consumedWords] : cases) {
+        SCOPED_TRACE(templates);
+        const auto result = withTemplates(templates, factories).makeCommands(commandArea(sentence));
+        EXPECT_EQ(printed(result), commands);
+        EXPECT_EQ(result.consumedParts.size(), consumedWords);
+    }
 }
 
 TEST(CommandRecogniser, ArgumentsInTemplateOrderAndFlags) {
@@ -107,19 +91,6 @@ TEST(CommandRecogniser, ArgumentsInTemplateOrderAndFlags) {
     const auto& command = dynamic_cast<const FakeCommand&>(*result.commands[0]);
     EXPECT_EQ(command.arguments, "hello there|bob");
     EXPECT_EQ(command.flags, (TemplateFlags{{"to_from", "1"}}));
-}
-
-TEST(CommandRecogniser, OverlapIsJudgedOnTheInsideOfRanges) {
-    std::vector<TemplateWordStatsResult> list(3);
-    list[0].position = {0, 10};
-    list[0].numberOfCharactersMatched = 9;
-    list[1].position = {9, 14};  // shares only an edge with the first
-    list[1].numberOfCharactersMatched = 4;
-    list[2].position = {5, 6};  // a single position overlaps nothing
-    list[2].numberOfCharactersMatched = 1;
-    EXPECT_EQ(consolidateOverlappingResults(list).size(), 3U);
-    list[1].position = {8, 14};
-    EXPECT_EQ(consolidateOverlappingResults(list).size(), 2U);
 }
 
 // Settling overlaps compared every match with every other, so a pasted

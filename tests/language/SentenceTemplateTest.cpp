@@ -11,8 +11,6 @@
 namespace quester {
 namespace {
 
-using Stats = SentenceTemplate::TemplateWordStatistics;
-
 std::vector<SentenceComponent> words(std::string_view text) {
     return SentenceComponent::parseWords(text);
 }
@@ -38,9 +36,7 @@ TEST(SentenceTemplateLine, CommandWordAndFlags) {
     const SentenceTemplate mail("from ~string mailSearch/from=1,to_from=0");
     EXPECT_EQ(mail.command, "mailSearch");
     EXPECT_EQ(mail.words, (std::vector<std::string>{"from", "~string"}));
-    EXPECT_EQ(mail.numberOfKeywords, 2);
     EXPECT_EQ(mail.flags, (TemplateFlags{{"from", "1"}, {"to_from", "0"}}));
-    EXPECT_EQ(mail.debugTemplate, "from ~string mailSearch/from=1,to_from=0");
 
     const SentenceTemplate odd("x cmd//a=1,b,c=2=3,a=4,,d=");
     EXPECT_EQ(odd.command, "cmd");
@@ -64,19 +60,6 @@ TEST(SentenceTemplateLine, VariableAndCompletorKeys) {
     EXPECT_EQ(SentenceTemplate::variableKey(three.components[1]), "~a/~b/~c");
 }
 
-TEST(SentenceTemplateStatistics, FindCharWalksTheKeyword) {
-    const SentenceTemplate sentenceTemplate("ab cmd");
-    auto results = sentenceTemplate.processInput(0, false, words("ab"), parsers(), completors());
-    ASSERT_EQ(results.size(), 1U);
-    Stats stat = results[0].stats[0];
-    stat.currentOffset = 0;
-    stat.charactersMatched = 0;
-    EXPECT_EQ(stat.findCharIn("a"), Stats::Answer::keepGoing);
-    EXPECT_EQ(stat.findCharIn("x"), Stats::Answer::noMatch);
-    EXPECT_EQ(stat.findCharIn("b"), Stats::Answer::wordDone);
-    EXPECT_EQ(stat.charactersMatched, 2);
-}
-
 TEST(SentenceTemplateMatch, KeywordsAndVariable) {
     const SentenceTemplate inside("inside ~string inside");
     const auto result = match(inside, "inside Documents bigger");
@@ -84,14 +67,15 @@ TEST(SentenceTemplateMatch, KeywordsAndVariable) {
     EXPECT_EQ(result->numberOfKeywordsMatched, 2);
     EXPECT_EQ(result->numberOfCharactersMatched, 6 + 9);
     EXPECT_EQ(result->prediction, "inside documents");
-    const auto parts = result->consumedParts();
-    ASSERT_EQ(parts.size(), 2U);
-    EXPECT_EQ(parts[1].textOriginalCase, "Documents");
+    EXPECT_EQ(result->consumedParts().size(), 2U);
     const auto value = std::any_cast<SentenceComponent>(result->stats[1].variableParserResult->value);
     EXPECT_EQ(value.textOriginalCase, "Documents");
     EXPECT_EQ(result->position.lowerBound, 0);
     EXPECT_GE(result->position.upperBound, 16);
     EXPECT_LE(result->position.upperBound, 17);
+    auto shifted = inside.processInput(12, true, words("inside x"), parsers(), completors());
+    ASSERT_EQ(shifted.size(), 1U);
+    EXPECT_EQ(shifted[0].position.lowerBound, 12) << "the start position shifts the range";
 }
 
 TEST(SentenceTemplateMatch, KeywordMismatchStopsTheMatch) {
@@ -100,7 +84,6 @@ TEST(SentenceTemplateMatch, KeywordMismatchStopsTheMatch) {
     const auto partial = match(bigger, "bigger then 1mb");
     ASSERT_TRUE(partial);
     EXPECT_EQ(partial->numberOfKeywordsMatched, 1) << "only full keywords count";
-    EXPECT_LT(partial->numberOfKeywordsMatched, bigger.numberOfKeywords);
 }
 
 TEST(SentenceTemplateMatch, TemplateWordLongerThanInputIsNoFullMatch) {
@@ -170,14 +153,6 @@ TEST(SentenceTemplateMatch, NothingMatchedGivesNoResult) {
     EXPECT_FALSE(match(sentenceTemplate, "zzz"));
     EXPECT_FALSE(match(sentenceTemplate, ""));
     EXPECT_FALSE(match(sentenceTemplate, "zzz", false));
-}
-
-TEST(SentenceTemplateMatch, StartPositionShiftsTheRange) {
-    const SentenceTemplate sentenceTemplate("exact exact");
-    auto results = sentenceTemplate.processInput(12, true, words("exact"), parsers(), completors());
-    ASSERT_EQ(results.size(), 1U);
-    EXPECT_EQ(results[0].position.lowerBound, 12);
-    EXPECT_EQ(results[0].sentenceTemplate, &sentenceTemplate);
 }
 
 }  // namespace

@@ -34,7 +34,6 @@ TEST(SearchLocation, WithoutTargetsOrPresetNothingIsInside) {
     SearchLocation location;
     EXPECT_FALSE(location.pathIsInLocation("/"));
     EXPECT_FALSE(location.pathIsInLocation("/home/a/b.txt"));
-    EXPECT_EQ(SearchLocation(std::vector<SearchTarget>{}).locationName, "");
 }
 
 TEST(SearchLocation, FolderTargetsCoverByPlainTextPrefix) {
@@ -111,7 +110,6 @@ TEST(SearchLocationPresets, NamesRoundTrip) {
                      SearchLocationURLSet::external}) {
         EXPECT_EQ(searchLocationURLSetFromName(locationName(set)), set);
     }
-    EXPECT_EQ(locationName(SearchLocationURLSet::localDisks), "local");
     EXPECT_FALSE(searchLocationURLSetFromName("everywhere").has_value());
 }
 
@@ -143,8 +141,8 @@ TEST_F(SearchLocationDisksTest, AllDisksIsLocalThenNetworkThenBackups) {
     media.mkdir("timemachine/Backups.backupdb");
     std::string backup = mount(13, "timemachine", "apfs");
 
-    auto local = paths(SearchLocation::urlsFor(SearchLocationURLSet::localDisks, *manager));
-    EXPECT_EQ(local, (std::vector<std::string>{mac, usb}));
+    EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::localDisks, *manager)),
+              (std::vector<std::string>{mac, usb}));
     EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::macDisks, *manager)),
               (std::vector<std::string>{mac}));
     EXPECT_EQ(paths(SearchLocation::urlsFor(SearchLocationURLSet::backups, *manager)),
@@ -158,8 +156,6 @@ TEST_F(SearchLocationDisksTest, AllDisksIsLocalThenNetworkThenBackups) {
               (std::vector<std::string>{mac, usb, share, backup}));
 
     auto all = SearchLocation::preset(SearchLocationURLSet::allDisks, std::nullopt, manager.get());
-    EXPECT_EQ(all.locationName, "all");
-    EXPECT_EQ(all.locationSet, SearchLocationURLSet::allDisks);
     EXPECT_TRUE(all.pathIsInLocation(share + "/movies/a.mkv"));
 }
 

@@ -48,19 +48,16 @@ void makeSocket(const fs::path& path) {
 TEST(DirectoryIterator, EmptyMissingAndEmptyPathsListNothing) {
     testing::TempDir dir;
     DirectoryIterator iterator;
-    auto empty = iterator.contentsOfDirectoryAtPath(dir.str());
-    EXPECT_FALSE(empty.openError);
-    EXPECT_FALSE(empty.readError);
-    EXPECT_TRUE(empty.items.empty());
-
+    dir.mkdir("empty");
+    dir.write("plain.txt", "x");
+    auto empty = iterator.contentsOfDirectoryAtPath(dir.str() + "/empty");
+    EXPECT_FALSE(empty.openError || empty.readError);
     auto missing = iterator.contentsOfDirectoryAtPath(dir.str() + "/no such folder");
     EXPECT_TRUE(missing.openError && missing.openError->code == ErrorCode::notFound);
-    EXPECT_TRUE(missing.items.empty());
-
-    EXPECT_TRUE(iterator.contentsOfDirectoryAtPath("").items.empty());
-
-    dir.write("plain.txt", "x");
-    EXPECT_TRUE(iterator.contentsOfDirectoryAtPath(dir.str() + "/plain.txt").items.empty());
+    for (const std::string& path :
+         {dir.str() + "/empty", dir.str() + "/no such folder", std::string(), dir.str() + "/plain.txt"}) {
+        EXPECT_TRUE(iterator.contentsOfDirectoryAtPath(path).items.empty()) << path;
+    }
 }
 
 TEST(DirectoryIterator, ReportsFilesAndFoldersWithTheirAttributes) {
@@ -70,30 +67,22 @@ TEST(DirectoryIterator, ReportsFilesAndFoldersWithTheirAttributes) {
     dir.write("Sub Folder/inner.txt", "not listed: one level only");
 
     auto listing = DirectoryIterator().contentsOfDirectoryAtPath(dir.str());
-    EXPECT_FALSE(listing.readError);
     EXPECT_EQ(namesOf(listing), (std::set<std::string>{"report.txt", "Sub Folder"}));
 
     const auto& file = itemNamed(listing, "report.txt");
     struct stat status;
     ASSERT_EQ(::stat(file.fullPath.c_str(), &status), 0);
-    EXPECT_EQ(file.fullPath, dir.str() + "/report.txt");
     EXPECT_FALSE(file.isDirectory);
-    EXPECT_TRUE(file.attributesRead);
     EXPECT_EQ(file.fileSize, 1234u);
     EXPECT_EQ(file.modifyTime.seconds, status.st_mtim.tv_sec);
     EXPECT_EQ(file.modifyTime.nanoseconds, static_cast<std::uint32_t>(status.st_mtim.tv_nsec));
     EXPECT_EQ(file.accessTime.seconds, status.st_atim.tv_sec);
-    EXPECT_LE(file.createTime.seconds, file.modifyTime.seconds);
     EXPECT_GT(file.createTime.seconds, 0);
-    ASSERT_TRUE(file.object.has_value());
-    EXPECT_EQ(*file.object, status.st_ino);
+    EXPECT_EQ(file.object, status.st_ino);
     ASSERT_TRUE(file.fileSystem.has_value());
     EXPECT_EQ(file.fileSystem->major, major(status.st_dev));
     EXPECT_EQ(file.fileSystem->minor, minor(status.st_dev));
-
-    const auto& folder = itemNamed(listing, "Sub Folder");
-    EXPECT_TRUE(folder.isDirectory);
-    EXPECT_EQ(folder.fileSize, 0u);
+    EXPECT_TRUE(itemNamed(listing, "Sub Folder").isDirectory);
 }
 
 TEST(DirectoryIterator, DropsSymbolicLinksAndSpecialFilesButUrlFormKeepsLinksAsFiles) {
@@ -117,24 +106,17 @@ TEST(DirectoryIterator, DropsSymbolicLinksAndSpecialFilesButUrlFormKeepsLinksAsF
     }
 }
 
-TEST(DirectoryIterator, TrailingSlashGivesTheSameFullPaths) {
+TEST(DirectoryIterator, FullPathsHaveOneSlashWhateverTheFolderEndsIn) {
     testing::TempDir dir;
     dir.write("a.txt");
     dir.mkdir("b");
-    DirectoryIterator iterator;
-    auto plain = iterator.contentsOfDirectoryAtPath(dir.str());
-    auto slashed = iterator.contentsOfDirectoryAtPath(dir.str() + "/");
-    std::set<std::string> plainPaths, slashedPaths;
-    for (const auto& item : plain.items) plainPaths.insert(item.fullPath);
-    for (const auto& item : slashed.items) slashedPaths.insert(item.fullPath);
-    EXPECT_EQ(plainPaths, slashedPaths);
-    EXPECT_EQ(plainPaths, (std::set<std::string>{dir.str() + "/a.txt", dir.str() + "/b"}));
-}
-
-TEST(DirectoryIterator, RootIsListedWithoutADoubleSlash) {
-    auto listing = DirectoryIterator().contentsOfDirectoryAtPath("/");
-    ASSERT_FALSE(listing.items.empty());
-    EXPECT_EQ(itemNamed(listing, "tmp").fullPath, "/tmp");
+    for (const std::string& folder : {dir.str(), dir.str() + "/"}) {
+        std::set<std::string> paths;
+        for (const auto& item : DirectoryIterator().contentsOfDirectoryAtPath(folder).items)
+            paths.insert(item.fullPath);
+        EXPECT_EQ(paths, (std::set<std::string>{dir.str() + "/a.txt", dir.str() + "/b"})) << folder;
+    }
+    EXPECT_EQ(itemNamed(DirectoryIterator().contentsOfDirectoryAtPath("/"), "tmp").fullPath, "/tmp");
 }
 
 TEST(DirectoryIterator, ListsDirectoriesLargerThanOneBufferAndReusesTheBuffer) {
@@ -144,9 +126,7 @@ TEST(DirectoryIterator, ListsDirectoriesLargerThanOneBufferAndReusesTheBuffer) {
     for (int i = 0; i < 1500; ++i) dir.write(std::to_string(i) + padding);
     DirectoryIterator iterator;
     for (int round = 0; round < 2; ++round) {
-        auto listing = iterator.contentsOfDirectoryAtPath(dir.str());
-        EXPECT_FALSE(listing.readError);
-        EXPECT_EQ(namesOf(listing).size(), 1500u);
+        EXPECT_EQ(namesOf(iterator.contentsOfDirectoryAtPath(dir.str())).size(), 1500u);
     }
 }
 
@@ -161,10 +141,8 @@ TEST(DirectoryIterator, FilterDecidesWhichEntriesGetAttributesAndTurnedDownFiles
         return path.find("wanted") != std::string::npos;
     });
     EXPECT_EQ(asked, (std::set<std::string>{"wanted.txt", "other.txt", "sub"}));
-    EXPECT_TRUE(itemNamed(listing, "wanted.txt").attributesRead);
-    EXPECT_EQ(itemNamed(listing, "wanted.txt").fileSize, 5u);
     EXPECT_EQ(namesOf(listing), (std::set<std::string>{"wanted.txt", "sub"}));
-    EXPECT_TRUE(itemNamed(listing, "sub").isDirectory);
+    EXPECT_EQ(itemNamed(listing, "wanted.txt").fileSize, 5u);
     EXPECT_FALSE(itemNamed(listing, "sub").attributesRead);
 }
 

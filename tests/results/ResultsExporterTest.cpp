@@ -96,13 +96,11 @@ TEST_F(ExportTest, tabsAndLineBreaksInNamesNeitherAddColumnsNorRows) {
     EXPECT_NE(csv.find("\"line\nbreak\\x.txt\", \"/d/line\nbreak\\x.txt\", 1,"), std::string::npos) << csv;
 }
 
-TEST_F(ExportTest, unwritablePlaceFailsWithTheSystemsReason) {
-    const Status status = ResultsExporter::exportResults(Format::csv, nodes, dir.str() + "/missing/out.csv", dates);
-    ASSERT_FALSE(status.ok());
-    EXPECT_NE(status.error().message.find("errno 2"), std::string::npos) << status.error().message;
-}
+TEST_F(ExportTest, aPlaceOrWriteThatFailsReportsTheErrorAndLeavesNoHalfWrittenFile) {
+    const Status unwritable = ResultsExporter::exportResults(Format::csv, nodes, dir.str() + "/missing/out.csv", dates);
+    ASSERT_FALSE(unwritable.ok());
+    EXPECT_NE(unwritable.error().message.find("errno 2"), std::string::npos) << unwritable.error().message;
 
-TEST_F(ExportTest, aWriteThatFailsReportsTheErrorAndLeavesNoHalfWrittenFile) {
     const auto previous = dir.write("out.csv", "the previous export\n");
     FaultInjectingFileSystem faulty;
     faulty.failWritesAfter(10);
@@ -129,14 +127,6 @@ TEST(ResultDateTextTest, datesNearNowReadAsDaysAndThisYearLosesAFreeStandingYear
     EXPECT_EQ(newYork.dateToString(now - 14 * 3600), "Yesterday at 17:00");
 }
 
-TEST(ResultsExporterFormats, namesExtensionsAndMenuOrder) {
-    EXPECT_EQ(ResultsExporter::menuFormats(), (std::vector<Format>{Format::csv, Format::text}));
-    EXPECT_STREQ(ResultsExporter::menuTitle(Format::text), "Text (tab-delimited)");
-    EXPECT_STREQ(ResultsExporter::fileExtension(Format::text), "txt");
-    EXPECT_EQ(ResultsExporter::formatFromPreferenceName("text"), Format::text);
-    EXPECT_EQ(ResultsExporter::formatFromPreferenceName("tsv"), std::nullopt);
-}
-
 class ExportActionTest : public ExportTest {
 protected:
     Preferences preferences{""};
@@ -148,14 +138,12 @@ protected:
                              }};
 };
 
-TEST_F(ExportActionTest, cancellingTheDialogWritesNothingAndIsNoError) {
+TEST_F(ExportActionTest, aCancelledDialogIsNoErrorAndAChoiceIsRememberedForTheNextDialog) {
     EXPECT_TRUE(exporter.exportResultsAction(nodes, std::nullopt, dates).ok());
     ASSERT_EQ(asked.size(), 1u);
     EXPECT_EQ(asked[0], std::make_pair(std::string("Results.csv"), Format::csv));
     EXPECT_FALSE(preferences.hasStoredValue(ResultsExporter::fileNamePreference));
-}
 
-TEST_F(ExportActionTest, theChoiceIsRememberedForTheNextDialog) {
     answer = ResultsExporter::SaveChoice{dir.str() + "/list.txt", Format::text};
     ASSERT_TRUE(exporter.exportResultsAction(nodes, std::nullopt, dates).ok());
     EXPECT_EQ(testing::readFile(dir.str() + "/list.txt").substr(0, 5), "name\t");

@@ -38,19 +38,15 @@ TEST_F(TableTest, aNarrowTerminalShortensTheWiderOfFolderAndNameFirst) {
               "rep…df  /ho…ly  1 byte  04/07/2023, 09:30  PDF…nt\n");
 }
 
-TEST(ResultsTableText, shortensInTheMiddleByCharacters) {
-    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("abcdefghij", 5), "ab…ij");
-    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("abc", 5), "abc");
-    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("äöüßéèê", 4), "äö…ê");
-    EXPECT_EQ(ResultsTable::displayWidth("äöü"), 3u);
-}
-
 // Widths counted code points, so wide characters pushed the columns after
 // them out of line and combining marks pulled them in.
 TEST(ResultsTableText, widthsCountTerminalColumns) {
     EXPECT_EQ(ResultsTable::displayWidth("日本語.txt"), 10u);
     EXPECT_EQ(ResultsTable::displayWidth("e\u0301te\u0301"), 3u);  // "été" with combining accents
     EXPECT_EQ(ResultsTable::displayWidth("\uFF21"), 2u);           // full-width A
+    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("abcdefghij", 5), "ab…ij");
+    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("abc", 5), "abc");
+    EXPECT_EQ(ResultsTable::shortenedInTheMiddle("äöüßéèê", 4), "äö…ê");
     // Cut between whole characters, never inside one: a wide character
     // that doesn't fit leaves its columns blank.
     EXPECT_EQ(ResultsTable::shortenedInTheMiddle("日本語のファイル", 7), "日…イル");

@@ -66,7 +66,6 @@ TEST_P(SortedNodeListTest, batchesMergedOneByOneGiveTheOrderOfOneStableSortOfAll
     }
     ASSERT_EQ(start, rows.size());
     EXPECT_EQ(list.nodes(), obviouslySorted(rows, column, reversed));
-    EXPECT_EQ(list.size(), rows.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Columns, SortedNodeListTest,
@@ -124,15 +123,6 @@ TEST(SortedNodeList, byImageRowsStayInTheOrderTheyCame) {
     list.merge(UINode::NodeList(rows.begin(), rows.begin() + 5));
     list.merge(UINode::NodeList(rows.begin() + 5, rows.end()));
     EXPECT_EQ(list.nodes(), rows);
-}
-
-TEST(SortedNodeList, knowsTheSortItKeeps) {
-    const Preferences preferences{""};
-    const SortedNodeList list(Column::size, true, std::string("bud"), preferences);
-    EXPECT_TRUE(list.sortsBy(Column::size, true, std::string("bud")));
-    EXPECT_FALSE(list.sortsBy(Column::size, false, std::string("bud")));
-    EXPECT_FALSE(list.sortsBy(Column::name, true, std::string("bud")));
-    EXPECT_FALSE(list.sortsBy(Column::size, true, std::nullopt));
 }
 
 }  // namespace

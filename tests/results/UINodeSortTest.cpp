@@ -3,7 +3,6 @@
 
 #include <thread>
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,7 @@ struct Row {
     std::int64_t modified = 0;
     std::int64_t created = 0;
     std::int64_t accessed = 0;
-    std::vector<std::string> tags;
+    std::vector<std::string> tags = {};
     std::int64_t rank = 0;
     bool isDirectory = false;
 };
@@ -39,16 +38,7 @@ UINodePtr makeNode(const Row& row) {
 }
 
 UINodePtr plain(const std::string& path) {
-    return makeNode(Row{path, 0, 0, 0, 0, {}, 0, false});
-}
-UINodePtr folder(const std::string& path) {
-    return makeNode(Row{path, 0, 0, 0, 0, {}, 0, true});
-}
-UINodePtr tagged(const std::string& path, std::vector<std::string> tags) {
-    return makeNode(Row{path, 0, 0, 0, 0, std::move(tags), 0, false});
-}
-UINodePtr ranked(const std::string& path, std::int64_t rank) {
-    return makeNode(Row{path, 0, 0, 0, 0, {}, rank, false});
+    return makeNode(Row{path});
 }
 
 std::vector<std::string> names(const UINode::NodeList& nodes) {
@@ -117,17 +107,13 @@ TEST_F(SortTest, everyColumnOrdersByItsValueAndBreaksTiesByAscendingName) {
         {Column::rank,
          {"File2.txt", "notes", "file1.pdf", "file10.txt"},
          {"file1.pdf", "file10.txt", "notes", "File2.txt"}},
+        // By image rows keep the order they came in.
+        {Column::image, names(nodes), names(nodes)},
     };
     for (const auto& expectation : expectations) {
         EXPECT_EQ(order(expectation.column, false), expectation.forward) << identifier(expectation.column);
         EXPECT_EQ(order(expectation.column, true), expectation.reversed) << identifier(expectation.column);
     }
-}
-
-TEST_F(SortTest, imageColumnKeepsTheIncomingOrder) {
-    const Names incoming = names(nodes);
-    EXPECT_EQ(order(Column::image, false), incoming);
-    EXPECT_EQ(order(Column::image, true), incoming);
 }
 
 TEST_F(SortTest, numbersInNamesCompareByValueAndCaseIsIgnored) {
@@ -171,45 +157,37 @@ TEST_F(SortTest, equalNamesGoByPathWhateverOrderTheyCameIn) {
 }
 
 TEST_F(SortTest, tagOrderOnDiskDoesNotMatter) {
-    nodes = {tagged("/d/z.txt", {"b", "a"}), tagged("/d/y.txt", {"a", "b"})};
+    nodes = {makeNode(Row{.path = "/d/z.txt", .tags = {"b", "a"}}),
+             makeNode(Row{.path = "/d/y.txt", .tags = {"a", "b"}})};
     EXPECT_EQ(order(Column::tags, false), (Names{"y.txt", "z.txt"}));
     EXPECT_EQ(order(Column::tags, true), (Names{"y.txt", "z.txt"}));
 }
 
-class ScoreTest : public SortTest {
-protected:
-    ScoreTest() { nodes = {plain("/d/alpha.txt"), plain("/d/budget.txt"), folder("/d/Plain"), folder("/d/Budget")}; }
-    void setBoth(bool on) {
-        ASSERT_TRUE(preferences.setValue("moveFoldersToTop", on).ok());
-        ASSERT_TRUE(preferences.setValue("moveItemsStartingWithQueryToTop", on).ok());
+TEST_F(SortTest, foldersAndItemsStartingWithTheQueryRiseOnlyInTheNameColumnWithAQuery) {
+    nodes = {plain("/d/alpha.txt"), plain("/d/budget.txt"), makeNode(Row{.path = "/d/Plain", .isDirectory = true}),
+             makeNode(Row{.path = "/d/Budget", .isDirectory = true})};
+    const Names scored{"Budget", "Plain", "budget.txt", "alpha.txt"};
+    const Names plainOrder{"alpha.txt", "Budget", "budget.txt", "Plain"};
+    struct Case {
+        bool foldersToTop;
+        bool startingWithQueryToTop;
+        Column column;
+        bool reversed;
+        std::optional<std::string> query;
+        Names expected;
+    };
+    for (const Case& c : {Case{true, true, Column::name, false, "bud", scored},
+                          Case{true, true, Column::name, true, "bud", Names(scored.rbegin(), scored.rend())},
+                          Case{true, true, Column::name, false, "BUD", scored},
+                          Case{true, true, Column::name, false, std::nullopt, plainOrder},
+                          Case{true, true, Column::size, false, "bud", plainOrder},
+                          Case{false, true, Column::name, false, "", plainOrder},
+                          Case{false, false, Column::name, false, "bud", plainOrder}}) {
+        ASSERT_TRUE(preferences.setValue("moveFoldersToTop", c.foldersToTop).ok());
+        ASSERT_TRUE(preferences.setValue("moveItemsStartingWithQueryToTop", c.startingWithQueryToTop).ok());
+        EXPECT_EQ(names(sorted(c.column, c.reversed, c.query)), c.expected)
+            << identifier(c.column) << " " << c.query.value_or("(none)") << c.foldersToTop << c.startingWithQueryToTop;
     }
-};
-
-TEST_F(ScoreTest, foldersAndItemsStartingWithTheQueryRiseInTheNameColumn) {
-    setBoth(true);
-    EXPECT_EQ(names(sorted(Column::name, false, "bud")), (Names{"Budget", "Plain", "budget.txt", "alpha.txt"}));
-    // Reversing turns the score around too.
-    EXPECT_EQ(names(sorted(Column::name, true, "bud")), (Names{"alpha.txt", "budget.txt", "Plain", "Budget"}));
-    // The query text is matched whatever its case.
-    EXPECT_EQ(names(sorted(Column::name, false, "BUD")), (Names{"Budget", "Plain", "budget.txt", "alpha.txt"}));
-}
-
-TEST_F(ScoreTest, scoreIsIgnoredWithoutAQueryAndOutsideTheNameColumn) {
-    setBoth(true);
-    EXPECT_EQ(names(sorted(Column::name, false)), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
-    EXPECT_EQ(names(sorted(Column::size, false, "bud")), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
-}
-
-TEST_F(ScoreTest, emptyQueryTextAndPreferencesOffChangeNothing) {
-    setBoth(false);
-    EXPECT_EQ(names(sorted(Column::name, false, "bud")), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
-    ASSERT_TRUE(preferences.setValue("moveItemsStartingWithQueryToTop", true).ok());
-    EXPECT_EQ(names(sorted(Column::name, false, "")), (Names{"alpha.txt", "Budget", "budget.txt", "Plain"}));
-}
-
-TEST(HighestRank, isTheLargestRankOrZero) {
-    EXPECT_EQ(UINode::calculateHighestRank({}), 0);
-    EXPECT_EQ(UINode::calculateHighestRank({ranked("/a", 3), ranked("/b", 7), ranked("/c", -2)}), 7);
 }
 
 }  // namespace

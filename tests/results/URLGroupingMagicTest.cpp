@@ -14,12 +14,8 @@ std::vector<Url> urls(std::initializer_list<const char*> paths) {
 }
 
 TEST(URLGroupingMagic, episodeWords) {
-    EXPECT_TRUE(Word("S01E05").isTVEpisode());
-    EXPECT_TRUE(Word("e12").isTVEpisode());
-    EXPECT_FALSE(Word("e1").isTVEpisode());
-    EXPECT_FALSE(Word("x12").isTVEpisode());
-    EXPECT_FALSE(Word("s01x05").isTVEpisode());
-    EXPECT_FALSE(Word("eab").isTVEpisode());
+    for (const char* word : {"S01E05", "e12"}) EXPECT_TRUE(Word(word).isTVEpisode()) << word;
+    for (const char* word : {"e1", "x12", "s01x05", "eab"}) EXPECT_FALSE(Word(word).isTVEpisode()) << word;
 }
 
 TEST(URLGroupingMagic, wordsAreCutAtPunctuationAndBlanks) {

@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -32,35 +29,19 @@ const FSItemAndAttrs& itemNamed(const DirectoryIterator::Listing& listing, const
     return *found;
 }
 
-// A listening Unix socket bound inside `directory`; closed (the file stays) on return.
-void makeSocket(const fs::path& path) {
-    int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_GE(fd, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::string text = path.string();
-    ASSERT_LT(text.size(), sizeof(address.sun_path));
-    std::copy(text.begin(), text.end(), address.sun_path);
-    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    ::close(fd);
-}
-
 TEST(DirectoryIterator, EmptyMissingAndEmptyPathsListNothing) {
     testing::TempDir dir;
     DirectoryIterator iterator;
-    auto empty = iterator.contentsOfDirectoryAtPath(dir.str());
-    EXPECT_FALSE(empty.openError);
-    EXPECT_FALSE(empty.readError);
-    EXPECT_TRUE(empty.items.empty());
-
+    dir.mkdir("empty");
+    dir.write("plain.txt", "x");
+    auto empty = iterator.contentsOfDirectoryAtPath(dir.str() + "/empty");
+    EXPECT_FALSE(empty.openError || empty.readError);
     auto missing = iterator.contentsOfDirectoryAtPath(dir.str() + "/no such folder");
     EXPECT_TRUE(missing.openError && missing.openError->code == ErrorCode::notFound);
-    EXPECT_TRUE(missing.items.empty());
-
-    EXPECT_TRUE(iterator.contentsOfDirectoryAtPath("").items.empty());
-
-    dir.write("plain.txt", "x");
-    EXPECT_TRUE(iterator.contentsOfDirectoryAtPath(dir.str() + "/plain.txt").items.empty());
+    for (const std::string& path :
+         {dir.str() + "/empty", dir.str() + "/no such folder", std::string(), dir.str() + "/plain.txt"}) {
+        EXPECT_TRUE(iterator.contentsOfDirectoryAtPath(path).items.empty()) << path;
+    }
 }
 
 TEST(DirectoryIterator, ReportsFilesAndFoldersWithTheirAttributes) {
@@ -70,30 +51,22 @@ TEST(DirectoryIterator, ReportsFilesAndFoldersWithTheirAttributes) {
     dir.write("Sub Folder/inner.txt", "not listed: one level only");
 
     auto listing = DirectoryIterator().contentsOfDirectoryAtPath(dir.str());
-    EXPECT_FALSE(listing.readError);
     EXPECT_EQ(namesOf(listing), (std::set<std::string>{"report.txt", "Sub Folder"}));
 
     const auto& file = itemNamed(listing, "report.txt");
     struct stat status;
     ASSERT_EQ(::stat(file.fullPath.c_str(), &status), 0);
-    EXPECT_EQ(file.fullPath, dir.str() + "/report.txt");
     EXPECT_FALSE(file.isDirectory);
-    EXPECT_TRUE(file.attributesRead);
     EXPECT_EQ(file.fileSize, 1234u);
     EXPECT_EQ(file.modifyTime.seconds, status.st_mtim.tv_sec);
     EXPECT_EQ(file.modifyTime.nanoseconds, static_cast<std::uint32_t>(status.st_mtim.tv_nsec));
     EXPECT_EQ(file.accessTime.seconds, status.st_atim.tv_sec);
-    EXPECT_LE(file.createTime.seconds, file.modifyTime.seconds);
     EXPECT_GT(file.createTime.seconds, 0);
-    ASSERT_TRUE(file.object.has_value());
-    EXPECT_EQ(*file.object, status.st_ino);
+    EXPECT_EQ(file.object, status.st_ino);
     ASSERT_TRUE(file.fileSystem.has_value());
     EXPECT_EQ(file.fileSystem->major, major(status.st_dev));
     EXPECT_EQ(file.fileSystem->minor, minor(status.st_dev));
-
-    const auto& folder = itemNamed(listing, "Sub Folder");
-    EXPECT_TRUE(folder.isDirectory);
-    EXPECT_EQ(folder.fileSize, 0u);
+    EXPECT_TRUE(itemNamed(listing, "Sub Folder").isDirectory);
 }
 
 TEST(DirectoryIterator, DropsSymbolicLinksAndSpecialFilesButUrlFormKeepsLinksAsFiles) {
@@ -104,7 +77,6 @@ TEST(DirectoryIterator, DropsSymbolicLinksAndSpecialFilesButUrlFormKeepsLinksAsF
     fs::create_directory_symlink(dir.path() / "folder", dir.path() / "link-to-folder");
     fs::create_symlink(dir.path() / "nowhere", dir.path() / "dangling");
     ASSERT_EQ(::mkfifo((dir.path() / "pipe").c_str(), 0600), 0);
-    makeSocket(dir.path() / "sock");
 
     auto listing = DirectoryIterator().contentsOfDirectoryAtPath(dir.str());
     EXPECT_EQ(namesOf(listing), (std::set<std::string>{"target.txt", "folder"}));
@@ -112,29 +84,22 @@ TEST(DirectoryIterator, DropsSymbolicLinksAndSpecialFilesButUrlFormKeepsLinksAsF
     auto contents = DirectoryIterator::urlContentsOfDirectory(dir.str());
     EXPECT_EQ(contents.directories, std::vector<std::string>{dir.str() + "/folder"});
     std::set<std::string> files(contents.files.begin(), contents.files.end());
-    for (const char* name : {"target.txt", "link-to-file", "link-to-folder", "dangling", "pipe", "sock"}) {
+    for (const char* name : {"target.txt", "link-to-file", "link-to-folder", "dangling", "pipe"}) {
         EXPECT_TRUE(files.count(dir.str() + "/" + name)) << name;
     }
 }
 
-TEST(DirectoryIterator, TrailingSlashGivesTheSameFullPaths) {
+TEST(DirectoryIterator, FullPathsHaveOneSlashWhateverTheFolderEndsIn) {
     testing::TempDir dir;
     dir.write("a.txt");
     dir.mkdir("b");
-    DirectoryIterator iterator;
-    auto plain = iterator.contentsOfDirectoryAtPath(dir.str());
-    auto slashed = iterator.contentsOfDirectoryAtPath(dir.str() + "/");
-    std::set<std::string> plainPaths, slashedPaths;
-    for (const auto& item : plain.items) plainPaths.insert(item.fullPath);
-    for (const auto& item : slashed.items) slashedPaths.insert(item.fullPath);
-    EXPECT_EQ(plainPaths, slashedPaths);
-    EXPECT_EQ(plainPaths, (std::set<std::string>{dir.str() + "/a.txt", dir.str() + "/b"}));
-}
-
-TEST(DirectoryIterator, RootIsListedWithoutADoubleSlash) {
-    auto listing = DirectoryIterator().contentsOfDirectoryAtPath("/");
-    ASSERT_FALSE(listing.items.empty());
-    EXPECT_EQ(itemNamed(listing, "tmp").fullPath, "/tmp");
+    for (const std::string& folder : {dir.str(), dir.str() + "/"}) {
+        std::set<std::string> paths;
+        for (const auto& item : DirectoryIterator().contentsOfDirectoryAtPath(folder).items)
+            paths.insert(item.fullPath);
+        EXPECT_EQ(paths, (std::set<std::string>{dir.str() + "/a.txt", dir.str() + "/b"})) << folder;
+    }
+    EXPECT_EQ(itemNamed(DirectoryIterator().contentsOfDirectoryAtPath("/"), "tmp").fullPath, "/tmp");
 }
 
 TEST(DirectoryIterator, ListsDirectoriesLargerThanOneBufferAndReusesTheBuffer) {
@@ -144,9 +109,7 @@ TEST(DirectoryIterator, ListsDirectoriesLargerThanOneBufferAndReusesTheBuffer) {
     for (int i = 0; i < 1500; ++i) dir.write(std::to_string(i) + padding);
     DirectoryIterator iterator;
     for (int round = 0; round < 2; ++round) {
-        auto listing = iterator.contentsOfDirectoryAtPath(dir.str());
-        EXPECT_FALSE(listing.readError);
-        EXPECT_EQ(namesOf(listing).size(), 1500u);
+        EXPECT_EQ(namesOf(iterator.contentsOfDirectoryAtPath(dir.str())).size(), 1500u);
     }
 }
 
@@ -161,10 +124,8 @@ TEST(DirectoryIterator, FilterDecidesWhichEntriesGetAttributesAndTurnedDownFiles
         return path.find("wanted") != std::string::npos;
     });
     EXPECT_EQ(asked, (std::set<std::string>{"wanted.txt", "other.txt", "sub"}));
-    EXPECT_TRUE(itemNamed(listing, "wanted.txt").attributesRead);
-    EXPECT_EQ(itemNamed(listing, "wanted.txt").fileSize, 5u);
     EXPECT_EQ(namesOf(listing), (std::set<std::string>{"wanted.txt", "sub"}));
-    EXPECT_TRUE(itemNamed(listing, "sub").isDirectory);
+    EXPECT_EQ(itemNamed(listing, "wanted.txt").fileSize, 5u);
     EXPECT_FALSE(itemNamed(listing, "sub").attributesRead);
 }
 

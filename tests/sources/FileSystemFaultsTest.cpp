@@ -31,12 +31,14 @@ protected:
     }
 
     // What a walk for `text` finds, relative to the tree, with hidden items shown.
-    Paths walk(const std::string& text) {
+    Paths walk(const std::string& text) { return walk(text, faulty, collector); }
+    Paths walk(const std::string& text, FaultInjectingFileSystem& fileSystem,
+               CollectingSearchDataSourceDelegate& into) {
         static const CommandRecogniser parser(standardCommandFactories());
-        auto search = std::make_shared<FileSystemSearch>(&activities, nullptr, &faulty);
-        search->search(QueryContainer(text, parser, SearchLocation::fromURLs({Url(tree.str(), true)})), collector);
+        auto search = std::make_shared<FileSystemSearch>(&activities, nullptr, &fileSystem);
+        search->search(QueryContainer(text, parser, SearchLocation::fromURLs({Url(tree.str(), true)})), into);
         Paths found;
-        for (const auto& result : collector.results()) found.insert(result.url.path().substr(tree.str().size() + 1));
+        for (const auto& result : into.results()) found.insert(result.url.path().substr(tree.str().size() + 1));
         return found;
     }
 
@@ -50,23 +52,34 @@ protected:
     CollectingSearchDataSourceDelegate collector{true};
 };
 
-TEST_F(WalkFaultsTest, AFileThatVanishesBetweenListingAndStatusIsNoMatchAndTheWalkGoesOn) {
-    faulty.makeVanish(at("a/match-gone.txt"));
-    EXPECT_EQ(walk("match"), (Paths{"a/match-1.txt", "b/inner/match-2.txt", "b/match-3.txt", "c/match-4.txt"}));
-    EXPECT_EQ(collector.skippedDirectories(), 0);
-}
-
-TEST_F(WalkFaultsTest, AFolderThatTurnsUnreadableMidWalkIsSkippedAndCounted) {
-    faulty.makeUnreadable(at("b"));
-    faulty.breakListing(at("c"));
-    EXPECT_EQ(walk("match"), (Paths{"a/match-1.txt", "a/match-gone.txt"}));
-    EXPECT_EQ(collector.skippedDirectories(), 2);
-}
-
-TEST_F(WalkFaultsTest, ADiskThatGoesAwayEndsItsWalkWithTheFolderCounted) {
-    faulty.removeDisk(tree.str());
-    EXPECT_TRUE(walk("match").empty());
-    EXPECT_EQ(collector.skippedDirectories(), 1);
+// A file that vanishes between listing and status is no match; a folder that
+// turns unreadable, fails mid-listing or whose disk goes away is skipped and
+// counted, and the walk goes on.
+TEST_F(WalkFaultsTest, FaultsSkipWhatTheyHitAndTheWalkGoesOn) {
+    struct Case {
+        std::function<void(FaultInjectingFileSystem&, const std::string& root)> inject;
+        Paths found;
+        int skipped;
+    };
+    const std::vector<Case> cases{
+        {[](auto& fs, const std::string& root) { fs.makeVanish(root + "/a/match-gone.txt"); },
+         {"a/match-1.txt", "b/inner/match-2.txt", "b/match-3.txt", "c/match-4.txt"},
+         0},
+        {[](auto& fs, const std::string& root) {
+             fs.makeUnreadable(root + "/b");
+             fs.breakListing(root + "/c");
+         },
+         {"a/match-1.txt", "a/match-gone.txt"},
+         2},
+        {[](auto& fs, const std::string& root) { fs.removeDisk(root); }, {}, 1},
+    };
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        FaultInjectingFileSystem fileSystem;
+        CollectingSearchDataSourceDelegate into{true};
+        cases[i].inject(fileSystem, tree.str());
+        EXPECT_EQ(walk("match", fileSystem, into), cases[i].found) << "case " << i;
+        EXPECT_EQ(into.skippedDirectories(), cases[i].skipped) << "case " << i;
+    }
 }
 
 TEST_F(WalkFaultsTest, PseudoFileSystemsAreNeverWalkedAndOtherDisksOnlyAsTheirOwn) {

@@ -48,18 +48,16 @@ TEST(MacOSPathRules, SystemFoldersOtherVolumesAndTheHomeLibrary) {
 }
 
 TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsAndPlacesPeopleSearchAreNeverSystemPaths) {
-    expectOSPaths(FSUtilities(PlatformProfile::linux()), {
-                                                             {"/usr", true},
-                                                             {"/var/log/syslog", true},
-                                                             {"/lost+found/#123", true},
-                                                             {"/users", false},
-                                                             {"/usrdata/x", false},
-                                                             {"/binder", false},
-                                                             {"/", false},
-                                                             {"/home/alice/a.txt", false},
-                                                             {"/tmp/x", false},
-                                                             {"/media/alice/USB/a", false},
-                                                         });
+    expectOSPaths(FSUtilities(PlatformProfile::linux()), {{"/usr", true},
+                                                          {"/var/log/syslog", true},
+                                                          {"/lost+found/#123", true},
+                                                          {"/users", false},
+                                                          {"/usrdata/x", false},
+                                                          {"/binder", false},
+                                                          {"/", false},
+                                                          {"/home/alice/a.txt", false},
+                                                          {"/tmp/x", false},
+                                                          {"/media/alice/USB/a", false}});
 }
 
 TEST(LinuxPathRules, RealHomeAndApplicationFoldersAreNeverSystemPathsEvenUnderAPrefix) {

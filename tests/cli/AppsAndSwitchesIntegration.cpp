@@ -82,14 +82,11 @@ protected:
     testing::TempDir scratch;
 };
 
-TEST_F(AppsAndSwitchesTest, ShowAppsListsTheApplicationsOfEveryFolderWhateverTheLocation) {
+TEST_F(AppsAndSwitchesTest, ShowAppsAndGamesListTheApplicationsOfEveryFolderWhateverTheLocation) {
     EXPECT_EQ(fixtureApps(": show apps"),
               (Paths{at("home/.local/share/applications/frobnicator.desktop"), at("share/applications/chess.desktop"),
                      at("share/applications/tools/calculator.desktop")}));
     EXPECT_EQ(fixtureApps("calc : show apps"), (Paths{at("share/applications/tools/calculator.desktop")}));
-}
-
-TEST_F(AppsAndSwitchesTest, ShowGamesListsTheGameCategoryOnly) {
     EXPECT_EQ(fixtureApps(": show games"), (Paths{at("share/applications/chess.desktop")}));
 }
 
@@ -102,14 +99,7 @@ TEST_F(AppsAndSwitchesTest, AnOrdinaryQueryFindsAnApplicationByNameInsideItsLoca
     EXPECT_EQ(search("frobnicator", at("share")), (Paths{at("share/applications/frobnicator-notes.txt")}));
 }
 
-TEST_F(AppsAndSwitchesTest, ShowInvisibleItemsFindsWhatThePlainQueryMisses) {
-    EXPECT_EQ(search("hidden", at("home/docs")), (Paths{at("home/docs/hidden-agenda.txt")}));
-    EXPECT_EQ(search("hidden : show invisible items", at("home/docs")),
-              (Paths{at("home/docs/hidden-agenda.txt"), at("home/docs/.drafts/hidden-draft.txt"),
-                     at("home/docs/.hidden-settings")}));
-}
-
-TEST_F(AppsAndSwitchesTest, ShowAllFilesListsTheWholeTree) {
+TEST_F(AppsAndSwitchesTest, ShowAllFilesListsTheWholeTreeAndShowInvisibleItemsAddsWhatIsHidden) {
     const Paths visible{at("home/docs/plan.txt"), at("home/docs/hidden-agenda.txt"), at("home/docs/archive"),
                         at("home/docs/archive/2019"), at("home/docs/archive/2019/old.txt")};
     EXPECT_EQ(search(": show all files", at("home/docs")), visible);
@@ -118,6 +108,9 @@ TEST_F(AppsAndSwitchesTest, ShowAllFilesListsTheWholeTree) {
     everything.insert(
         {at("home/docs/.drafts"), at("home/docs/.drafts/hidden-draft.txt"), at("home/docs/.hidden-settings")});
     EXPECT_EQ(search(": show all files show invisible items", at("home/docs")), everything);
+    EXPECT_EQ(search("hidden : show invisible items", at("home/docs")),
+              (Paths{at("home/docs/hidden-agenda.txt"), at("home/docs/.drafts/hidden-draft.txt"),
+                     at("home/docs/.hidden-settings")}));
 }
 
 }  // namespace

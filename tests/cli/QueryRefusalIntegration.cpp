@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
 
@@ -26,8 +28,8 @@ protected:
                                             scratch, "QUESTER_HOME=" + scratch.str() + " ");
     }
 
-    testing::QuesterProcess explain(const std::string& query) const {
-        return testing::QuesterProcess::run(QUESTER_BINARY, {"explain", query}, scratch,
+    testing::QuesterProcess explain(const std::string& query, const std::string& option = "--color=never") const {
+        return testing::QuesterProcess::run(QUESTER_BINARY, {"explain", query, option}, scratch,
                                             "QUESTER_HOME=" + scratch.str() + " ");
     }
 
@@ -128,6 +130,36 @@ TEST_F(QueryRefusalTest, ComposedWordFindsADecomposedName) {
     const auto run = search("caf\u00e9");
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("menu.txt"), std::string::npos) << run.out;
+}
+
+// A criterion whose engine this program lacks must never be dropped quietly:
+// "report : content "total"" once listed every file named report.
+TEST_F(QueryRefusalTest, ACriterionWithoutItsEngineIsRefusedBeforeSearchingAndMarkedInExplain) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"report : content \"total\"", "content search"},
+        {"report : mailsearch \"x\"", "mail search"},
+        {": mailsearch \"x\"", "mail search"},
+        {"report : author \"ann\"", "metadata index"},
+        {"report : shortcut music quiz", "shortcuts"},
+        {"report : bigger than 1kb OR content \"total\"", "content search"},
+    };
+    for (const auto& [query, engine] : cases) {
+        SCOPED_TRACE(query);
+        const auto run = search(query);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err.find(engine), std::string::npos) << run.err;
+    }
+    const auto explained = explain("report : content \"total\" bigger than 1kb", "--json");
+    ASSERT_EQ(explained.status, 0) << explained.err;
+    const auto commands = nlohmann::json::parse(explained.out)["commands"];
+    ASSERT_EQ(commands.size(), 2u) << explained.out;
+    for (const auto& command : commands) {
+        const bool isContent = command["text"].get<std::string>().starts_with("content");
+        EXPECT_EQ(command["available"], !isContent) << command.dump();
+        EXPECT_EQ(command.value("missingEngine", ""), isContent ? "content search" : "") << command.dump();
+    }
+    EXPECT_NE(explain("report : content \"total\"").out.find("not available"), std::string::npos);
 }
 
 }  // namespace

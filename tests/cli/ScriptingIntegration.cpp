@@ -73,24 +73,24 @@ TEST_F(ScriptingTest, ExitStatusSaysFoundNothingFoundOrError) {
         EXPECT_EQ(run.status, 2) << wrong.back() << ": " << run.err;
         EXPECT_NE(run.err, "") << wrong.back();
     }
+    // "--limit 0" printed the range of a double: a number of 309 digits.
+    auto zero = search("report", {"--limit", "0"});
+    EXPECT_EQ(zero.status, 2);
+    EXPECT_NE(zero.err.find("--limit: must be a positive whole number, not '0'"), std::string::npos) << zero.err;
+    EXPECT_LT(zero.err.size(), 200u) << zero.err;
     auto help = quester({"search", "--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("Exit status: 0"), std::string::npos) << help.out;
 }
 
-// "--limit 0" printed the range of a double: a number of 309 digits.
-TEST_F(ScriptingTest, LimitOfZeroSaysWhatIsWanted) {
-    auto run = search("report", {"--limit", "0"});
-    EXPECT_EQ(run.status, 2);
-    EXPECT_NE(run.err.find("--limit: must be a positive whole number, not '0'"), std::string::npos) << run.err;
-    EXPECT_LT(run.err.size(), 200u) << run.err;
-}
-
-// A plus in a quester: URL stayed a plus, and "100%" went through as it was.
-TEST_F(ScriptingTest, QuesterURLsDecodePlusAsABlankAndRefuseABadEscape) {
+// A plus in a quester: URL stayed a plus, and "100%" went through as it was;
+// the query lost everything after a line break, so the criterion was ignored.
+TEST_F(ScriptingTest, QuesterURLsAndLineBreaksDecodeToBlanksAndABadEscapeIsRefused) {
     tree.write("tax report.pdf");
     tree.write("tax report.txt");
     EXPECT_EQ(relative(search("quester:?q=tax+report+%3A+is+pdf")), (Lines{"tax report.pdf"}));
+    EXPECT_EQ(relative(search("report\n: is pdf")), (Lines{"tax report.pdf"}));
+    EXPECT_EQ(relative(search("quester:?q=report%0A%3A%20is%20pdf")), (Lines{"tax report.pdf"}));
     auto bad = search("quester:?q=100%");
     EXPECT_EQ(bad.status, 2);
     EXPECT_NE(bad.err.find("bad percent escape"), std::string::npos) << bad.err;
@@ -198,14 +198,6 @@ TEST_F(ScriptingTest, CsvAndTsvKeepOneRowOfSevenFieldsForEveryItem) {
     EXPECT_EQ(namesOfSevenFieldRows(rows), (std::set<std::string>{"note\ttab.txt", "note\nbreak.txt",
                                                                   "note bad\uFFFD.txt", "note, \"quoted\".txt"}));
     for (std::size_t i = 1; i < rows.size(); ++i) EXPECT_EQ(rows[i][1], at(rows[i][0]));
-}
-
-// The query lost everything after a line break: the criterion was ignored.
-TEST_F(ScriptingTest, ALineBreakInTheQueryIsABlank) {
-    tree.write("report.pdf");
-    tree.write("report.txt");
-    EXPECT_EQ(relative(search("report\n: is pdf")), (Lines{"report.pdf"}));
-    EXPECT_EQ(relative(search("quester:?q=report%0A%3A%20is%20pdf")), (Lines{"report.pdf"}));
 }
 
 // "quester search '-annual report' --in D" said the query was missing, and

@@ -1,9 +1,13 @@
+#include <dirent.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -15,6 +19,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "testing/DeepFolders.h"
 #include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
 
@@ -45,11 +50,16 @@ protected:
 
     std::string at(const std::string& relative) const { return tree.str() + "/" + relative; }
 
+    // The paths `quester search QUERY --in FOLDER` prints, one a line.
+    std::multiset<std::string> paths(const std::string& query, const std::string& folder) const {
+        return split(runQuester({"search", query, "--in", folder, "--format", "paths"}, scratch).out, '\n');
+    }
+
     testing::TempDir tree;
     testing::TempDir scratch;
 };
 
-TEST_F(SearchCommandTest, PrintsPathsAndLeavesHiddenItemsOutUnlessAsked) {
+TEST_F(SearchCommandTest, PrintsPathsLeavesHiddenItemsOutUnlessAskedAndStopsAtTheLimit) {
     auto plain = runQuester({"search", "budget", "--in", tree.str()}, scratch);
     EXPECT_EQ(plain.status, 0) << plain.err;
     EXPECT_EQ(split(plain.out, '\n'), (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"),
@@ -60,10 +70,7 @@ TEST_F(SearchCommandTest, PrintsPathsAndLeavesHiddenItemsOutUnlessAsked) {
     EXPECT_EQ(split(nul.out, '\0'),
               (std::multiset<std::string>{at("docs/budget-2024.xlsx"), at("budget"), at(".private/budget-secret.txt"),
                                           at("other/budget line\nbreak.txt")}));
-}
 
-TEST_F(SearchCommandTest, LimitStopsAfterThatManyResults) {
-    // NUL-separated, since one of the names holds a line break.
     auto limited = runQuester({"search", "budget", "--in", tree.str(), "--hidden", "--limit", "2", "-0"}, scratch);
     EXPECT_EQ(limited.status, 0) << limited.err;
     EXPECT_EQ(split(limited.out, '\0').size(), 2u);
@@ -97,13 +104,75 @@ TEST_F(SearchCommandTest, UnusableQueriesAndLocationsExitWithTwoAndSayWhy) {
     EXPECT_EQ(file.status, 2);
     EXPECT_NE(file.err.find("not a folder"), std::string::npos) << file.err;
 
-    auto gibberish = runQuester({"search", "budget : frobnicate", "--in", tree.str()}, scratch);
-    EXPECT_EQ(gibberish.status, 2);
-    EXPECT_NE(gibberish.err.find("frobnicate"), std::string::npos) << gibberish.err;
-
     auto nothing = runQuester({"search", ": case sensitive", "--in", tree.str()}, scratch);
     EXPECT_EQ(nothing.status, 2);
     EXPECT_TRUE(nothing.out.empty());
+}
+
+TEST_F(SearchCommandTest, FoldersDeeperThanAPathReachesAreSearchedToTheBottom) {
+    const int depth = 2000;
+    testing::makeDeepFolders(tree.str(), depth, "d", "needle.txt");
+    const auto found = paths("needle", tree.str());
+    testing::removeDeepFolders(tree.str(), "d", "needle.txt");
+    ASSERT_EQ(found.size(), 1u);
+    const std::string& path = *found.begin();
+    const std::string root = tree.str();
+    EXPECT_EQ(std::count(path.begin(), path.end(), '/') - std::count(root.begin(), root.end(), '/'), depth + 1);
+    EXPECT_TRUE(path.ends_with("/d/needle.txt"));
+}
+
+TEST_F(SearchCommandTest, AFolderInASystemOrHiddenPlaceIsSearchedWhenNamed) {
+    EXPECT_TRUE(paths("passwd", "/etc").contains("/etc/passwd"));
+    tree.write(".config/app/settings-zq.txt", "x");
+    EXPECT_EQ(paths("settings-zq", at(".config")), std::multiset<std::string>{at(".config/app/settings-zq.txt")});
+    // Below the named folder the rules still hold.
+    EXPECT_TRUE(paths("settings-zq", tree.str()).empty());
+}
+
+// A folder that root can't read either, else one made unreadable for a user.
+std::string unreadableFolder(const testing::TempDir& tree) {
+    if (::geteuid() != 0) {
+        const auto locked = tree.mkdir("locked");
+        ::chmod(locked.c_str(), 0);
+        return locked.string();
+    }
+    DIR* listing = ::opendir("/proc/1/map_files");
+    if (listing == nullptr) return "/proc/1/map_files";
+    errno = 0;
+    while (::readdir(listing) != nullptr) {
+    }
+    const bool readable = errno == 0;
+    ::closedir(listing);
+    return readable ? std::string() : std::string("/proc/1/map_files");
+}
+
+TEST_F(SearchCommandTest, AFolderThatCantBeReadIsAnErrorNotAnEmptySearch) {
+    const std::string folder = unreadableFolder(tree);
+    if (folder.empty()) GTEST_SKIP() << "every folder is readable to this user";
+    const auto run = runQuester({"search", "anything", "--in", folder}, scratch);
+    if (::geteuid() != 0) ::chmod(folder.c_str(), 0755);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("can't be read"), std::string::npos) << run.err;
+    EXPECT_TRUE(run.out.empty());
+}
+
+TEST_F(SearchCommandTest, ExecutableIsJudgedByPermissionAndSignatureNotByName) {
+    auto make = [&](const char* name, const std::string& contents, mode_t mode) {
+        ::chmod(tree.write(name, contents).c_str(), mode);
+    };
+    make("data.bin", std::string(4096, '\0'), 0644);
+    make("program", testing::readFile("/bin/true"), 0755);
+    make("run-me", "#!/bin/sh\necho hi\n", 0755);
+    make("notes.sh", "#!/bin/sh\n", 0644);
+    EXPECT_EQ(paths(": is executable", tree.str()), (std::multiset<std::string>{at("program"), at("run-me")}));
+}
+
+TEST_F(SearchCommandTest, ASearchLeavesQuesterHomeEmpty) {
+    testing::TempDir home;
+    const auto run = testing::QuesterProcess::run(QUESTER_BINARY, {"search", "budget", "--in", tree.str()}, scratch,
+                                                  "QUESTER_HOME=" + testing::QuesterProcess::quoted(home.str()) + " ");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(std::filesystem::is_empty(home.path())) << "a search stores nothing";
 }
 
 // Whether `pid` has blocked SIGINT, which the command does just before its search starts.

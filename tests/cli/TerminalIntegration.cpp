@@ -108,9 +108,6 @@ TEST_F(TerminalTest, AnEmptyResultSaysSoOnATerminalOnly) {
     const auto run = onTerminal(search("nothing-like-it"), {}, Errors::onTerminal);
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.shown.find("No results\n"), std::string::npos) << run.shown;
-    const auto piped = testing::QuesterProcess::run(QUESTER_BINARY, search("nothing-like-it"), scratch);
-    EXPECT_EQ(piped.status, 1);
-    EXPECT_EQ(piped.out + piped.err, "");
 }
 
 // The table's header is bold where colour is wanted; NO_COLOR and --color

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <thread>
 
-#include "platform/MountTable.h"
 #include "support/AppDirectories.h"
 #include "testing/EnvironmentVariable.h"
 #include "testing/TempDir.h"
@@ -30,7 +29,6 @@ TEST(MacOSPathRules, SystemFoldersOtherVolumesAndTheHomeLibrary) {
                       // System applications are no system path, the rest of /System is.
                       {"/System/Applications/Calculator.app", false},
                       {"/System/Library/Fonts/x.ttf", true},
-                      {"/System", true},
                       // The data volume's spelling is stripped first.
                       {"/System/Volumes/Data/Projects/report.txt", false},
                       {"/System/Volumes/Data/usr/local/bin/tool", true},
@@ -38,39 +36,28 @@ TEST(MacOSPathRules, SystemFoldersOtherVolumesAndTheHomeLibrary) {
                       // Paths on other volumes are judged from the volume's root.
                       {"/Volumes/Backup/usr/local/share", true},
                       {"/Volumes/Backup/Projects/usr", false},
-                      {"/Volumes/Backup", false},
                       // Prefixes are plain text, and some paths are system paths by themselves.
                       {"/usrdata/file", true},
-                      {"/Volumes", true},
                       {"/", true},
-                      {"/User", true},
                       {"/Users/alice/Documents/a.txt", false},
-                      {"/Applications/Safari.app", false},
                       // The home Library is a system folder but for its document folders.
                       {"/Users/alice/Library/Mobile Documents/com~apple~CloudDocs/a.txt", false},
-                      {"/Users/alice/Library/CloudStorage/Drive/b.txt", false},
                       {"/Users/alice/Library/Caches/com.example/c.db", true},
                       {"/Users/bob/Library/Caches/x", false},
                   });
 }
 
 TEST(LinuxPathRules, SystemPrefixesCoverWholeComponentsAndPlacesPeopleSearchAreNeverSystemPaths) {
-    expectOSPaths(FSUtilities(PlatformProfile::linux()), {
-                                                             {"/usr", true},
-                                                             {"/usr/x", true},
-                                                             {"/var/log/syslog", true},
-                                                             {"/lost+found/#123", true},
-                                                             {"/users", false},
-                                                             {"/usrdata/x", false},
-                                                             {"/binder", false},
-                                                             {"/", false},
-                                                             {"/home/alice/a.txt", false},
-                                                             {"/root/notes", false},
-                                                             {"/tmp/x", false},
-                                                             {"/srv/www", false},
-                                                             {"/media/alice/USB/a", false},
-                                                             {"/mnt/data", false},
-                                                         });
+    expectOSPaths(FSUtilities(PlatformProfile::linux()), {{"/usr", true},
+                                                          {"/var/log/syslog", true},
+                                                          {"/lost+found/#123", true},
+                                                          {"/users", false},
+                                                          {"/usrdata/x", false},
+                                                          {"/binder", false},
+                                                          {"/", false},
+                                                          {"/home/alice/a.txt", false},
+                                                          {"/tmp/x", false},
+                                                          {"/media/alice/USB/a", false}});
 }
 
 TEST(LinuxPathRules, RealHomeAndApplicationFoldersAreNeverSystemPathsEvenUnderAPrefix) {
@@ -84,7 +71,6 @@ TEST(LinuxPathRules, RealHomeAndApplicationFoldersAreNeverSystemPathsEvenUnderAP
     EXPECT_FALSE(fs.isInsideOSDirectory("/usr/share/applications/editor.desktop"));
     EXPECT_FALSE(fs.isInsideOSDirectory("/var/lib/flatpak/exports/share/applications/app.desktop"));
     EXPECT_TRUE(fs.isInsideOSDirectory("/usr/share/applicationsx/a"));
-    EXPECT_TRUE(fs.isInsideOSDirectory("/usr/share/doc/readme"));
     EXPECT_FALSE(fs.isInsideOSDirectory("/var/lib/service-home/notes")) << "a home below a system prefix";
     std::string home = AppDirectories::homeDirectory();
     EXPECT_FALSE(fs.isInsideOSDirectory(home + "/Documents/a.txt"));
@@ -100,32 +86,24 @@ struct CountingProbe {
     }
 };
 
-TEST(PackageRules, HiddenComponentAnywhereMakesThePathInvisible) {
-    FSUtilities fs(PlatformProfile::linux(), CountingProbe{});
-    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/home/alice/.config/app/settings"));
-    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/home/alice/.bashrc"));
-    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/home/alice/notes.txt"));
-    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/"));
-}
-
-TEST(PackageRules, APackageIsNotInsideOneButItsContentsAre) {
+TEST(PackageRules, APackageIsNotInsideOneButItsContentsAndHiddenComponentsAre) {
     FSUtilities fs(PlatformProfile::macOS(), CountingProbe{});
     EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/Applications/Safari.app"));
     EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Applications/Safari.app/Contents/Info.plist"));
     EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Library/Frameworks/Foo.framework"));
     EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/Library/Frameworks/Foo.framework/Versions/A"));
+    EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/home/alice/.config/app/settings"));
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/home/alice/notes.txt"));
+    EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/"));
 }
 
 TEST(SearchedFolders, AFolderANamedSearchStartsInIsSearchedWhateverItIs) {
     FSUtilities fs(PlatformProfile::linux(), CountingProbe{});
     const std::vector<std::string> system{"/usr"}, dotFolder{"/home/alice/.config"}, root{"/"};
-    EXPECT_FALSE(fs.isHiddenFromSearch("/usr", system));
     EXPECT_FALSE(fs.isHiddenFromSearch("/usr/share/doc/readme", system));
-    EXPECT_FALSE(fs.isHiddenFromSearch("/home/alice/.config", dotFolder));
     EXPECT_FALSE(fs.isHiddenFromSearch("/home/alice/.config/app/settings", dotFolder));
     // Below the named folder the rules hold as ever.
     EXPECT_TRUE(fs.isHiddenFromSearch("/home/alice/.config/app/.cache/x", dotFolder));
-    EXPECT_TRUE(fs.isHiddenFromSearch("/usr/lib/.build-id", system));
     EXPECT_TRUE(fs.isHiddenFromSearch("/usr/share", root));
     EXPECT_TRUE(fs.isHiddenFromSearch("/home/alice/.config/app", root));
     EXPECT_FALSE(fs.isHiddenFromSearch("/home/alice/notes.txt", root));
@@ -144,18 +122,8 @@ TEST(PackageRules, EachExtensionIsAskedOnceAndRememberedForTheRun) {
     int callsSoFar = probe.calls->load();
     EXPECT_TRUE(fs.isInvisibleOrInsidePackage("/other/Else.app/y"));
     EXPECT_FALSE(fs.isInvisibleOrInsidePackage("/other/more.2020/b.jpg"));
+    EXPECT_TRUE(fs.hasPackageExtension("/b/Other.app"));
     EXPECT_EQ(probe.calls->load(), callsSoFar);
-}
-
-TEST(PackageRules, HasPackageExtensionFillsTheCacheOnDemand) {
-    CountingProbe probe;
-    FSUtilities fs(PlatformProfile::linux(), probe);
-    EXPECT_FALSE(fs.hasPackageExtension("/a/plain"));
-    EXPECT_TRUE(fs.hasPackageExtension("/a/Thing.bundle"));
-    EXPECT_FALSE(fs.hasPackageExtension("/a/file.txt"));
-    EXPECT_EQ(probe.calls->load(), 2);
-    EXPECT_TRUE(fs.hasPackageExtension("/b/Other.bundle"));
-    EXPECT_EQ(probe.calls->load(), 2);
 }
 
 TEST(PackageRules, DefaultProbeUsesTheProfileExtensionListWithoutTouchingTheDisk) {
@@ -184,7 +152,6 @@ TEST(PackageRules, ConcurrentCallersAgree) {
 TEST(DiskPaths, PathsBelowTheVolumesFolderNameTheirVolume) {
     FSUtilities fs(PlatformProfile::macOS());
     EXPECT_EQ(fs.diskPathFromFullPath("/Volumes/Backup/a/b.txt"), "/Volumes/Backup");
-    EXPECT_EQ(fs.diskPathFromFullPath("/Volumes/Backup"), "/Volumes/Backup");
     EXPECT_EQ(fs.diskPathFromFullPath("/Volumes/Backup/"), "/Volumes/Backup");
     EXPECT_EQ(fs.diskPathFromFullPath("/Users/alice/a"), "/");
     EXPECT_EQ(fs.diskPathFromFullPath("/Volumes"), "/");
@@ -202,33 +169,6 @@ TEST(DiskPaths, KnownMountPointsNameTheDeepestVolume) {
     EXPECT_EQ(fs.diskPathFromFullPath("/media/alice/USB/photos/a.jpg"), "/media/alice/USB");
 }
 
-TEST(DiskKeys, RootMountKeyHasLabelCapacityAndType) {
-    FSUtilities fs(PlatformProfile::linux());
-    std::string key = fs.keyForDisk(Url("/", true));
-    auto table = MountTable::read();
-    ASSERT_TRUE(table.ok());
-    const MountEntry* root = table->entryAt("/");
-    ASSERT_NE(root, nullptr);
-    std::string type = root->fsType.empty() ? "unknown" : root->fsType;
-    ASSERT_TRUE(key.ends_with(" " + type)) << key;
-    std::string rest = key.substr(0, key.size() - type.size() - 1);
-    auto blank = rest.rfind(' ');
-    ASSERT_NE(blank, std::string::npos) << key;
-    EXPECT_FALSE(rest.substr(0, blank).empty());
-    std::string capacity = rest.substr(blank + 1);
-    EXPECT_FALSE(capacity.empty());
-    EXPECT_EQ(capacity.find_first_not_of("0123456789"), std::string::npos) << key;
-    EXPECT_GT(std::stoull(capacity), 0u);
-}
-
-TEST(DiskKeys, FilesOnTheSameDiskShareTheKeyAndMissingPathsHaveNone) {
-    FSUtilities fs(PlatformProfile::linux());
-    testing::TempDir dir;
-    auto file = dir.write("a.txt", "x");
-    EXPECT_EQ(fs.keyForDisk(Url(file.string())), fs.keyForDisk(Url(dir.str(), true)));
-    EXPECT_EQ(fs.keyForDisk(Url(dir.str() + "/missing")), "");
-}
-
 TEST(DiskKeys, MountWithoutTypeEndsInUnknown) {
     MountEntry mount{1, 0, "/", "/dev/none", "", "rw"};
     std::string key = FSUtilities::keyForMount(mount);
@@ -240,9 +180,10 @@ TEST(DiskKeys, ADiskIsPresentOnlyWhileItsKeyIsFoundThere) {
     FSUtilities fs(PlatformProfile::linux());
     testing::TempDir dir;
     std::string key = fs.keyForDisk(Url(dir.str(), true));
+    EXPECT_EQ(fs.keyForDisk(Url(dir.write("a.txt", "x").string())), key);
+    EXPECT_EQ(fs.keyForDisk(Url(dir.str() + "/missing")), "");
     EXPECT_TRUE(fs.isDiskPresent(dir.str(), key));
     EXPECT_FALSE(fs.isDiskPresent(dir.str(), "USB 123456 vfat"));
-    EXPECT_FALSE(fs.isDiskPresent(dir.str() + "/gone", key));
     EXPECT_FALSE(fs.isDiskPresent(dir.str(), ""));
 }
 
@@ -251,7 +192,6 @@ TEST(VolumeFacts, ApfsObjectCountsAndAttributesOfRealFiles) {
     testing::TempDir dir;
     auto file = dir.write("tagged.txt", "x");
     EXPECT_EQ(fs.isDiskAPFS(file.string()), false);
-    EXPECT_EQ(fs.isDiskAPFS(dir.str() + "/missing"), std::nullopt);
     EXPECT_FALSE(fs.isBackupDisk(Url(dir.str(), true)));
     dir.write("backup_manifest.plist");
     EXPECT_TRUE(fs.isBackupDisk(Url(dir.str(), true)));

@@ -22,6 +22,7 @@
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "sources/ShowAppsCommandDataSource.h"
+#include "support/PathText.h"
 #include "support/Result.h"
 
 #include "ExitStatus.h"
@@ -56,8 +57,8 @@ Result<std::vector<Url>> searchFolders(const std::vector<std::string>& given) {
     std::vector<Url> folders;
     for (const auto& path : paths) {
         std::error_code error;
-        auto absolute = std::filesystem::absolute(path, error).lexically_normal().string();
-        while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
+        const std::string absolute(
+            withoutTrailingSlash(std::filesystem::absolute(path, error).lexically_normal().string()));
         const auto status =
             error ? Result<FileStatus>(makeError(ErrorCode::notFound, "")) : FileSystem::real().status(absolute);
         if (!status || !status->isDirectory()) {

@@ -41,8 +41,7 @@ bool BooleanWord::matches(std::string_view name, const BooleanEvalContext& ctx) 
         haystack = lowered;
     } else if (ctx.caseSensitive) {
         needle = textOriginalCase;
-        composeInto(name, lowered);
-        haystack = lowered;
+        haystack = composeInto(name, lowered);
     } else {
         needle = textLowered;
         lowercaseInto(name, lowered);

@@ -66,9 +66,6 @@ std::string toUtf8(const icu::UnicodeString& text) {
 
 // Canonically equal texts in one form (NFC): an "é" typed as one character and
 // one stored as "e" and a combining accent, as some file systems and copies
-// leave names, compare equal.
-// Canonically equal texts in one form (NFC): an "é" typed as one character and
-// one stored as "e" and a combining accent, as some file systems and copies
 // leave names, compare equal. Text already composed, nearly all, isn't copied.
 void compose(icu::UnicodeString& text) {
     UErrorCode status = U_ZERO_ERROR;
@@ -134,14 +131,14 @@ void lowercaseInto(std::string_view text, std::string& out) {
 }
 
 std::string composed(std::string_view text) {
-    std::string out;
-    composeInto(text, out);
-    return out;
+    std::string scratch;
+    return std::string(composeInto(text, scratch));
 }
 
-void composeInto(std::string_view text, std::string& out) {
-    if (!isAscii(text)) return composeThroughICU(text, false, out);
-    out.assign(text);
+std::string_view composeInto(std::string_view text, std::string& scratch) {
+    if (isAscii(text)) return text;
+    composeThroughICU(text, false, scratch);
+    return scratch;
 }
 
 std::string folded(std::string_view text, bool foldCase) {

@@ -26,8 +26,10 @@ void lowercaseInto(std::string_view text, std::string& out);
 
 // Composed (NFC), case kept. ASCII text is returned as it is.
 std::string composed(std::string_view text);
-// The same into `out`, whose room is reused.
-void composeInto(std::string_view text, std::string& out);
+// The same as a view: `text` itself when it is ASCII, else the composed form
+// written into `scratch`, whose room is reused. The name test of a walk runs
+// it on every entry, so an ASCII name costs no copy.
+std::string_view composeInto(std::string_view text, std::string& scratch);
 
 // Folded for diacritics and width (compatibility decomposition, marks removed)
 // and, with `foldCase`, for case too.

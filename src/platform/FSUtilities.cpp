@@ -96,7 +96,7 @@ bool FSUtilities::isPackageComponent(const std::string& extension, const std::st
 std::size_t FSUtilities::componentsOfApplicationFolder(const std::string& path) const {
     std::size_t skipped = 0;
     for (const auto& folder : platform.applicationFolders) {
-        if (isSameOrBelow(path, folder)) skipped = std::max(skipped, pathComponents(folder).size());
+        if (isSameOrBelow(path, folder)) skipped = std::max(skipped, pathComponentCount(folder));
     }
     return skipped;
 }
@@ -135,7 +135,7 @@ bool FSUtilities::isHiddenFromSearch(const std::string& path, const std::vector<
     if (base == nullptr) return isInsideOSDirectory(path) || isInvisibleOrInsidePackage(path);
     if (!isStrictlyBelow(path, *base)) return false;
     if (!isInsideOSDirectory(*base) && isInsideOSDirectory(path)) return true;
-    const std::size_t first = std::max(pathComponents(*base).size(), componentsOfApplicationFolder(path));
+    const std::size_t first = std::max(pathComponentCount(*base), componentsOfApplicationFolder(path));
     return isInvisibleOrInsidePackageFrom(path, first);
 }
 

@@ -41,8 +41,8 @@ std::string environmentPath(const char* name, const std::string& fallback) {
 // systems, which not every session puts into XDG_DATA_DIRS. Each folder once.
 std::vector<std::string> xdgApplicationFolders(const std::string& home) {
     std::vector<std::string> folders;
-    auto add = [&](std::string folder) {
-        while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    auto add = [&](const std::string& given) {
+        std::string folder(withoutTrailingSlash(given));
         if (std::find(folders.begin(), folders.end(), folder) == folders.end()) folders.push_back(std::move(folder));
     };
     add(environmentPath("XDG_DATA_HOME", home + "/.local/share") + "/applications");

@@ -60,11 +60,6 @@ bool holdsAnyWord(const std::string& path, const std::vector<std::string>& words
     });
 }
 
-std::string withoutTrailingSlash(std::string path) {
-    while (path.size() > 1 && path.back() == '/') path.pop_back();
-    return path;
-}
-
 }  // namespace
 
 FileSystemSearch::FileSystemSearch(ActivityController* activityController, FSUtilities* fsUtilities,
@@ -104,7 +99,7 @@ void FileSystemSearch::search(const QueryContainer& forQuery, SearchDataSourceDe
 
 void FileSystemSearch::searchDisk(const Url& disk, const MountTable* mounts, std::vector<Url>& disks,
                                   SearchDataSourceDelegate& handler) {
-    const std::string diskPath = withoutTrailingSlash(disk.path());
+    const std::string diskPath(withoutTrailingSlash(disk.path()));
     std::string diskKey = fsUtilities.keyForDisk(disk);
     bool tryCatalog =
         isVolumeRoot(diskPath) && !query->searchWords().empty() && maxDepth == 0 && !query->includesORStatement();

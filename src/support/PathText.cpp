@@ -1,14 +1,11 @@
 #include "support/PathText.h"
 
 namespace quester {
-namespace {
 
 std::string_view withoutTrailingSlash(std::string_view path) {
     while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
     return path;
 }
-
-}  // namespace
 
 bool isSameOrBelow(std::string_view path, std::string_view folder) {
     folder = withoutTrailingSlash(folder);
@@ -39,6 +36,14 @@ std::vector<std::string> splitNonEmpty(std::string_view text, char separator) {
         start = end + 1;
     }
     return pieces;
+}
+
+std::size_t pathComponentCount(std::string_view path) {
+    std::size_t count = 0;
+    for (std::size_t index = 0; index < path.size(); ++index) {
+        if (path[index] != '/' && (index == 0 || path[index - 1] == '/')) ++count;
+    }
+    return count;
 }
 
 std::string_view lastPathComponentView(std::string_view path) {

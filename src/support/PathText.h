@@ -14,6 +14,8 @@ bool isSameOrBelow(std::string_view path, std::string_view folder);
 // `path` lies below `folder`, not equal to it.
 bool isStrictlyBelow(std::string_view path, std::string_view folder);
 
+// `path` without the "/" at its end; "/" itself stays.
+std::string_view withoutTrailingSlash(std::string_view path);
 // `text` without the blanks, tabs and line ends at either end.
 std::string_view trimmedWhitespace(std::string_view text);
 // The pieces of `text` between `separator`s, empty pieces dropped.
@@ -22,6 +24,8 @@ std::vector<std::string> splitNonEmpty(std::string_view text, char separator);
 inline std::vector<std::string> pathComponents(std::string_view path) {
     return splitNonEmpty(path, '/');
 }
+// How many components `pathComponents` would give, without making them.
+std::size_t pathComponentCount(std::string_view path);
 // The last component; "/" for the root, empty for empty text. Trailing "/" ignored.
 std::string lastPathComponent(std::string_view path);
 // The same as a view into `path`, for loops that must not allocate.

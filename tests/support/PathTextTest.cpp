@@ -17,6 +17,9 @@ TEST(PathText, PrefixesCoverWholeComponents) {
 
 TEST(PathText, ComponentsExtensionsAndJoins) {
     EXPECT_EQ(pathComponents("//a///b/"), (std::vector<std::string>{"a", "b"}));
+    for (const char* path : {"//a///b/", "/", "", "a/b", "/a"}) {
+        EXPECT_EQ(pathComponentCount(path), pathComponents(path).size()) << path;
+    }
     EXPECT_EQ(lastPathComponent("/a/b.txt/"), "b.txt");
     EXPECT_EQ(lastPathComponent("/"), "/");
     EXPECT_EQ(pathExtension("/a/Foo.app"), "app");

@@ -260,7 +260,8 @@ private:
         using Node = XmlMember::Node;
         // A text box is written twice, once for old readers inside a
         // "Fallback" element: that copy is skipped.
-        if (xml.node() == Node::text && xml.element() == "t" && !xml.isInside("Fallback")) pages.append(xml.text());
+        if (xml.isInside("Fallback")) return;
+        if (xml.node() == Node::text && xml.element() == "t") pages.append(xml.text());
         if (xml.node() == Node::start && xml.element(1) == "r") {
             if (xml.element() == "tab") pages.append('\t');
             if (xml.element() == "br" || xml.element() == "cr") pages.append('\n');

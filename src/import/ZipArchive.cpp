@@ -285,8 +285,8 @@ std::size_t ZipArchive::EntryReader::probePastCap() {
 }
 
 void ZipArchive::EntryReader::accept(const char* bytes, std::size_t count) {
+    if (producedBytes + count > expectedSize) return fail(ExtractError::corrupt);
     producedBytes += count;
-    if (producedBytes > expectedSize) return fail(ExtractError::corrupt);
     crc = static_cast<std::uint32_t>(::crc32(crc, reinterpret_cast<const Bytef*>(bytes), static_cast<uInt>(count)));
 }
 

@@ -122,6 +122,20 @@ TEST(ZipArchiveTest, InflatingPastTheDeclaredSizeIsCorruptBeforeTheExcessIsGiven
     EXPECT_LE(given, 300'000u);
 }
 
+TEST(ZipArchiveTest, ProducedCountOmitsTheBytesOfAPieceThatRanPastTheSize) {
+    ZipWriter writer;
+    writer.add(ZipWriter::Member{.path = "long", .content = "twelve bytes", .deflate = false, .uncompressedSize = 7});
+    const std::string bytes = writer.finish();
+    ZipArchive archive(bytes);
+    auto reader = archive.reader(archive.entries().at(0), 100);
+    char piece[3];
+    std::uint64_t given = 0;
+    while (std::size_t got = reader.read(piece)) given += got;
+    EXPECT_EQ(given, 6u);
+    EXPECT_EQ(reader.produced(), given);
+    EXPECT_EQ(reader.error(), ExtractError::corrupt);
+}
+
 TEST(ZipArchiveTest, SizeLimitAndBadHeadersComeInOrder) {
     ZipWriter writer;
     writer.add("a", "alpha");

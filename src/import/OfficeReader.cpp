@@ -26,6 +26,7 @@ constexpr std::size_t nodesBetweenCancelChecks = 4096;
 // Blanks one text:s element may stand for, so a forged count can't make
 // gigabytes of spaces.
 constexpr unsigned largestSpaceRun = 1024;
+constexpr std::size_t largestSharedStringCount = 4'000'000;
 constexpr std::string_view openDocumentType = "application/vnd.oasis.opendocument.";
 
 void ignoreMessage(void*, const char*, ...) {}
@@ -209,12 +210,39 @@ std::vector<const ZipArchive::Entry*> numberedMembers(const ZipArchive& archive,
     return members;
 }
 
+// A workbook's shared strings, kept in one buffer: a workbook of millions
+// of short strings costs their text and an offset each, and no more than
+// `largestSharedStringCount` of them are kept.
+class SharedStrings {
+public:
+    void add(std::string_view text) {
+        if (ends.size() >= largestSharedStringCount) return;
+        pool += text;
+        ends.push_back(pool.size());
+    }
+    // The string at `index`; empty when there is none.
+    std::string_view at(std::size_t index) const {
+        if (index >= ends.size()) return {};
+        const std::size_t start = index == 0 ? 0 : ends[index - 1];
+        return std::string_view(pool).substr(start, ends[index] - start);
+    }
+
+private:
+    std::string pool;
+    std::vector<std::size_t> ends;
+};
+
 // One document's reading: the archive, what is left of the inflate budget,
 // and the pages.
 class OfficeImport {
 public:
     OfficeImport(const ImportContext& context, const OfficeReader::Limits& limits, std::string_view bytes)
-        : context(context), limits(limits), archive(bytes), budget(limits.totalBytes), pages(context.maxLength) {}
+        : context(context),
+          limits(limits),
+          archive(bytes),
+          budget(limits.totalBytes),
+          pages(std::min(context.maxLength,
+                         static_cast<std::int64_t>(std::min<std::uint64_t>(limits.totalBytes, INT64_MAX)))) {}
 
     std::optional<ImportTextPages> run() {
         if (archive.entry("word/document.xml")) {
@@ -270,21 +298,21 @@ private:
     }
 
     void importWorkbook() {
-        std::vector<std::string> sharedStrings = readSharedStrings();
+        const SharedStrings sharedStrings = readSharedStrings();
         auto sheets = worksheetsInWorkbookOrder();
         for (std::size_t index = 0; index < sheets.size(); ++index) {
             readWorksheet(sheets[index], sharedStrings);
             context.reportProgress(static_cast<float>(index + 1) * 100 / static_cast<float>(sheets.size()));
         }
     }
-    std::vector<std::string> readSharedStrings() {
-        std::vector<std::string> strings;
+    SharedStrings readSharedStrings() {
+        SharedStrings strings;
         std::string item;
         readMember(archive.entry("xl/sharedStrings.xml"), [&](const XmlMember& xml) {
             if (xml.node() == XmlMember::Node::start && xml.element() == "si") item.clear();
             // Phonetic runs repeat the reading of East Asian text.
             if (xml.node() == XmlMember::Node::text && xml.element() == "t" && !xml.isInside("rPh")) item += xml.text();
-            if (xml.node() == XmlMember::Node::end && xml.element() == "si") strings.push_back(std::move(item));
+            if (xml.node() == XmlMember::Node::end && xml.element() == "si") strings.add(item);
         });
         return strings;
     }
@@ -309,7 +337,7 @@ private:
         });
         return sheets.empty() ? numberedMembers(archive, "xl/worksheets/sheet") : sheets;
     }
-    void readWorksheet(const ZipArchive::Entry* sheet, const std::vector<std::string>& sharedStrings) {
+    void readWorksheet(const ZipArchive::Entry* sheet, const SharedStrings& sharedStrings) {
         std::string type;
         std::string value;
         bool rowHasCell = false;
@@ -337,13 +365,12 @@ private:
         });
         pages.endPage();
     }
-    static std::string cellText(const std::string& type, const std::string& value,
-                                const std::vector<std::string>& sharedStrings) {
+    static std::string cellText(const std::string& type, const std::string& value, const SharedStrings& sharedStrings) {
         if (type == "s") {
             std::size_t index = 0;
             auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), index);
-            if (error != std::errc() || index >= sharedStrings.size()) return {};
-            return sharedStrings[index];
+            if (error != std::errc()) return {};
+            return std::string(sharedStrings.at(index));
         }
         if (type == "b") return value == "1" ? "TRUE" : value == "0" ? "FALSE" : value;
         return value;

@@ -21,7 +21,9 @@ public:
         // Inflated bytes of one member: a larger member gives the text of
         // its first part.
         std::uint64_t memberBytes = std::uint64_t{256} << 20;
-        // Inflated bytes of all members together.
+        // Inflated bytes of all members together, and the most characters
+        // of text kept (an element that stands for many blanks could
+        // otherwise make far more text than there is XML).
         std::uint64_t totalBytes = std::uint64_t{1} << 30;
     };
 

@@ -179,6 +179,17 @@ TEST(OfficeReaderTest, OpenDocumentTextMarksBecomeBlanksTabsAndLineBreaks) {
     EXPECT_EQ(imported.pages, std::vector<std::string>{"Title\na   b c\td\ne span\ncell"});
 }
 
+TEST(OfficeReaderTest, SpaceRunsCannotMakeMoreTextThanTheLimit) {
+    std::string spaces;
+    for (int run = 0; run < 20'000; ++run) spaces += R"(<text:s text:c="4000000000"/>)";
+    const auto imported =
+        importDocument(openDocument("text", "<office:text><text:p>start" + spaces + "</text:p></office:text>"),
+                       {.limits = {.totalBytes = 1 << 20}});
+    ASSERT_EQ(imported.pages.size(), 1u);
+    EXPECT_TRUE(imported.pages[0].starts_with("start    "));
+    EXPECT_LE(imported.pages[0].size(), (1u << 20) + 1024);
+}
+
 TEST(OfficeReaderTest, OpenDocumentSheetsAndSlidesArePagesOfTheirOwn) {
     const std::string sheets =
         "<office:spreadsheet><table:table><table:table-row><table:table-cell><text:p>one</text:p></table:table-cell>"

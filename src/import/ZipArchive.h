@@ -140,8 +140,9 @@ public:
     Extracted decompress(const Entry& entry, const Progress& progress = {}) const;
     // Gives the content of `entry` to `sink` in rounds of at most
     // `inflateBufferSize` bytes and `maxBytes` in total, reporting after each
-    // round. None after a whole, checked entry; otherwise the error, with the
-    // rounds before it already given. A sink answering false, or a cancel
+    // round; the checks before the first round are those of `decompress`.
+    // None after a whole, checked entry; otherwise the error, with the rounds
+    // before it already given. A sink answering false, or a cancel
     // between rounds, stops with cancelled. An entry larger than `maxBytes`
     // gives its first `maxBytes` bytes, then tooLarge.
     std::optional<ExtractError> stream(const Entry& entry, std::uint64_t maxBytes,

@@ -4,6 +4,7 @@
 #include <libxml/entities.h>
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
+#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -31,22 +32,25 @@ constexpr std::size_t encodingPrescanBytes = 64u << 10;
 // line neither begins nor ends with one, and an empty line is never written.
 class LineWriter {
 public:
-    // With `preformatted`, a newline in the text ends the line.
+    // With `preformatted`, a newline in the text ends the line. The XML
+    // parser passes on bytes that aren't UTF-8 as they are: each is read as
+    // Latin-1, as the HTML parser does, so that the text is always UTF-8.
     void append(std::string_view utf8, bool preformatted) {
-        for (std::size_t index = 0; index < utf8.size(); ++index) {
-            char byte = utf8[index];
-            if (byte == '\n' && preformatted) {
+        std::size_t index = 0;
+        while (index < utf8.size()) {
+            std::size_t start = index;
+            UChar32 character;
+            U8_NEXT(utf8.data(), index, utf8.size(), character);
+            if (character < 0) {
+                index = start + 1;
+                character = static_cast<unsigned char>(utf8[start]);
+            }
+            if (character == '\n' && preformatted) {
                 endLine();
-            } else if (isAsciiBlank(byte)) {
+            } else if (isBlank(character)) {
                 separate();
-            } else if (utf8.substr(index, 2) == noBreakSpace) {
-                separate();
-                ++index;
             } else {
-                if (blankPending) text += ' ';
-                blankPending = false;
-                lineHasText = true;
-                text += byte;
+                write(character);
             }
         }
     }
@@ -82,10 +86,18 @@ public:
     }
 
 private:
-    static constexpr std::string_view noBreakSpace = "\xC2\xA0";
-
-    static bool isAsciiBlank(char byte) {
-        return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r' || byte == '\f' || byte == '\v';
+    static bool isBlank(UChar32 character) {
+        return character == ' ' || character == '\t' || character == '\n' || character == '\r' || character == '\f' ||
+               character == '\v' || character == 0xA0;
+    }
+    void write(UChar32 character) {
+        if (blankPending) text += ' ';
+        blankPending = false;
+        lineHasText = true;
+        char bytes[U8_MAX_LENGTH];
+        std::size_t length = 0;
+        U8_APPEND_UNSAFE(bytes, length, character);
+        text.append(bytes, length);
     }
 
     std::string text;

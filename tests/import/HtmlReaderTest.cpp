@@ -82,6 +82,9 @@ TEST(HtmlReaderTest, XmlPutsElementsOnLinesAndKeepsRunningTextTogether) {
         <code><![CDATA[raw <data> & more]]></code></chapter><row><name>a</name><value>1</value></row></book>)");
     EXPECT_EQ(text, "Guide\nHello big bold world\nraw <data> & more\na\n1");
     EXPECT_EQ(xmlText("<unclosed><a>text that is cut"), "text that is cut");
+    EXPECT_EQ(xmlText("<doc>undeclared caf\xE9</doc>"), "undeclared café");
+    EXPECT_EQ(xmlText("<?xml version=\"1.0\" encoding=\"windows-1251\"?><doc>\xEF\xF0\xE8\xE2\xE5\xF2</doc>"),
+              "привет");
 }
 
 TEST(HtmlReaderTest, CancelledImportGivesNothing) {

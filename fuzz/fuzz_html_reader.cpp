@@ -25,7 +25,12 @@ void checkLines(std::string_view text) {
 
 void run(quester::Importer importer, const quester::ReadableFile& file) {
     quester::ImportContext context{
-        file, INT64_MAX, false, {}, {}, [](std::optional<quester::ImportTextPages> text, std::optional<quester::ImportTextPages> ocr) {
+        file,
+        INT64_MAX,
+        false,
+        {},
+        {},
+        [](std::optional<quester::ImportTextPages> text, std::optional<quester::ImportTextPages> ocr) {
             if (!text || text->size() != 1 || ocr) std::abort();
             checkLines(text->front().text);
             return true;

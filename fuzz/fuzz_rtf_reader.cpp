@@ -20,7 +20,12 @@ constexpr std::int64_t shortLength = 16;
 std::optional<std::string> textOf(const quester::ReadableFile& file, std::int64_t maxLength) {
     std::optional<std::string> found;
     quester::ImportContext context{
-        file, maxLength, false, {}, {}, [&](std::optional<quester::ImportTextPages> text, std::optional<quester::ImportTextPages> ocr) {
+        file,
+        maxLength,
+        false,
+        {},
+        {},
+        [&](std::optional<quester::ImportTextPages> text, std::optional<quester::ImportTextPages> ocr) {
             if (found || !text || text->size() != 1 || ocr) std::abort();
             found = text->front().text;
             return true;

@@ -1,6 +1,7 @@
 #include "import/HtmlReader.h"
 
 #include <gtest/gtest.h>
+#include <libxml/xmlerror.h>
 
 #include <string>
 
@@ -85,6 +86,27 @@ TEST(HtmlReaderTest, XmlPutsElementsOnLinesAndKeepsRunningTextTogether) {
     EXPECT_EQ(xmlText("<doc>undeclared caf\xE9</doc>"), "undeclared café");
     EXPECT_EQ(xmlText("<?xml version=\"1.0\" encoding=\"windows-1251\"?><doc>\xEF\xF0\xE8\xE2\xE5\xF2</doc>"),
               "привет");
+}
+
+int callerMessages = 0;
+void countMessage(void*, const char*, ...) {
+    ++callerMessages;
+}
+void countError(void*, xmlErrorPtr) {
+    ++callerMessages;
+}
+
+TEST(HtmlReaderTest, ParserErrorsNeverReachTheCallersHandlersWhichStayInPlace) {
+    xmlSetGenericErrorFunc(nullptr, countMessage);
+    xmlSetStructuredErrorFunc(nullptr, countError);
+    EXPECT_TRUE(htmlText("<p>broken <b>markup</i> &bogus; <").has_value());
+    EXPECT_TRUE(xmlText("<a>broken &undeclared; <b></a>").has_value());
+    EXPECT_EQ(xmlText("<?xml version=\"1.0\" encoding=\"no-such-encoding\"?><a>text</a>"), std::nullopt);
+    EXPECT_EQ(callerMessages, 0);
+    EXPECT_EQ(xmlGenericError, countMessage);
+    EXPECT_EQ(xmlStructuredError, countError);
+    xmlSetGenericErrorFunc(nullptr, nullptr);
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
 }
 
 TEST(HtmlReaderTest, CancelledImportGivesNothing) {

@@ -50,6 +50,7 @@ TEST(HtmlReaderTest, DecodesEntitiesAndTheDeclaredCharset) {
                        "</head><p>\xEF\xF0\xE8\xE2\xE5\xF2</p>"),
               "привет");
     EXPECT_EQ(htmlText("\xEF\xBB\xBF<p>caf\xC3\xA9 without a declaration</p>"), "café without a declaration");
+    EXPECT_EQ(htmlText(std::string("\xFF\xFE<\0p\0>\0\xE9\0t\0\xE9\0", 14)), "été");
 }
 
 TEST(HtmlReaderTest, BrokenMarkupStillGivesText) {

@@ -22,6 +22,7 @@ TEST(RtfReaderTest, DecodesCodePageBytesThroughTheDocumentsAndTheFontsCodePage) 
                       R"({\f1 \'9c\'e8} {\'9c\'e8}})"),
               "śč œè");
     EXPECT_EQ(rtfText("{\\rtf1 raw caf\xE9}"), "raw café");
+    EXPECT_EQ(rtfText(R"({\rtf1\ansi\ansicpg932 \'82\'a0\'82\'a2 kana})"), "あい kana");
 }
 
 TEST(RtfReaderTest, DecodesUnicodeAndSkipsItsFallbacks) {
@@ -42,6 +43,9 @@ TEST(RtfReaderTest, LeavesOutTablesPicturesBinaryDataAndUnknownDestinations) {
                            std::to_string(binary.size()) + " " + binary + R"(}{\v hidden words}text)" + R"(\bin)" +
                            std::to_string(binary.size()) + " " + binary + R"( end})";
     EXPECT_EQ(rtfText(document), "visible text end");
+    EXPECT_EQ(rtfText(R"({\rtf1{\header page head}{\field{\*\fldinst HYPERLINK "http://example.com"})"
+                      R"({\fldrslt link text}} body{\footnote note}})"),
+              "page headlink text bodynote");
 }
 
 TEST(RtfReaderTest, WritesParagraphsLinesTabsCellsAndEscapes) {

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -178,11 +179,24 @@ std::string_view charactersOf(const xmlChar* characters, int length) {
     return {reinterpret_cast<const char*>(characters), static_cast<std::size_t>(std::max(length, 0))};
 }
 
-void giveText(const ImportContext& context, ParseState& state) {
-    if (state.stopped || context.cancelled()) return;
-    std::string text = state.lines.take();
-    if (text.empty()) return;
-    context.result(ImportTextPages{{std::move(text)}}, std::nullopt);
+// The text of the parse that `state` saw; none when it stopped early.
+std::optional<std::string> textOf(ParseState& state) {
+    if (state.stopped) return std::nullopt;
+    return state.lines.take();
+}
+
+// Gives what `read` found as one page. Nothing escapes: running out of memory
+// gives nothing, as a document that can't be read does.
+template <typename Read>
+void giveText(const ImportContext& context, Read&& read) {
+    std::optional<ImportTextPages> pages;
+    try {
+        std::optional<std::string> text = read();
+        if (text && !text->empty()) pages = ImportTextPages{{std::move(*text)}};
+    } catch (const std::exception&) {
+        return;
+    }
+    if (pages && !context.cancelled()) context.result(std::move(pages), std::nullopt);
 }
 
 // ---- HTML
@@ -474,49 +488,57 @@ xmlSAXHandler xmlHandler() {
     return handler;
 }
 
-// Runs `read` on a parser context whose events go to `state`.
+struct FreeParser {
+    void operator()(xmlParserCtxtPtr parser) const { xmlFreeParserCtxt(parser); }
+};
+using Parser = std::unique_ptr<xmlParserCtxt, FreeParser>;
+
+// Runs `read` on a new parser context whose events go to `state`.
 template <typename Read>
-void parseWith(xmlParserCtxtPtr parser, const xmlSAXHandler& handler, ParseState& state, Read&& read) {
+void parseWith(Parser parser, const xmlSAXHandler& handler, ParseState& state, Read&& read) {
     if (parser == nullptr) return;
     *parser->sax = handler;
     parser->userData = &state;
-    state.parser = parser;
-    xmlDocPtr document = read(parser);
+    state.parser = parser.get();
+    xmlDocPtr document = read(parser.get());
     if (document != nullptr) xmlFreeDoc(document);
+}
+
+std::optional<std::string> htmlText(const ImportContext& context) {
+    auto page = context.file.readAll(maximumDocumentBytes);
+    if (!page) return std::nullopt;
+    QuietLibxml quiet;
+    HtmlText state(context);
+    PageEncoding encoding = pageEncoding(*page);
+    std::string_view bytes = std::string_view(*page).substr(encoding.markLength);
+    parseWith(Parser(htmlNewParserCtxt()), htmlHandler(), state, [&](htmlParserCtxtPtr parser) {
+        return htmlCtxtReadMemory(parser, bytes.data(), static_cast<int>(bytes.size()), nullptr, encoding.name.c_str(),
+                                  HTML_PARSE_RECOVER | HTML_PARSE_NONET | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
+                                      HTML_PARSE_NODEFDTD | HTML_PARSE_IGNORE_ENC);
+    });
+    return textOf(state);
+}
+
+std::optional<std::string> xmlText(const ImportContext& context) {
+    auto document = context.file.readAll(maximumDocumentBytes);
+    if (!document) return std::nullopt;
+    QuietLibxml quiet;
+    XmlText state(context);
+    parseWith(Parser(xmlNewParserCtxt()), xmlHandler(), state, [&](xmlParserCtxtPtr parser) {
+        return xmlCtxtReadMemory(parser, document->data(), static_cast<int>(document->size()), nullptr, nullptr,
+                                 XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    });
+    return textOf(state);
 }
 
 }  // namespace
 
 void HtmlReader::importHTML(const ImportContext& context) {
-    auto page = context.file.readAll(maximumDocumentBytes);
-    if (!page || page->empty()) return;
-    QuietLibxml quiet;
-    HtmlText state(context);
-    PageEncoding encoding = pageEncoding(*page);
-    std::string_view bytes = std::string_view(*page).substr(encoding.markLength);
-    htmlParserCtxtPtr parser = htmlNewParserCtxt();
-    parseWith(parser, htmlHandler(), state, [&](htmlParserCtxtPtr htmlParser) {
-        return htmlCtxtReadMemory(htmlParser, bytes.data(), static_cast<int>(bytes.size()), nullptr,
-                                  encoding.name.c_str(),
-                                  HTML_PARSE_RECOVER | HTML_PARSE_NONET | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
-                                      HTML_PARSE_NODEFDTD | HTML_PARSE_IGNORE_ENC);
-    });
-    if (parser != nullptr) htmlFreeParserCtxt(parser);
-    giveText(context, state);
+    giveText(context, [&] { return htmlText(context); });
 }
 
 void HtmlReader::importXML(const ImportContext& context) {
-    auto document = context.file.readAll(maximumDocumentBytes);
-    if (!document || document->empty()) return;
-    QuietLibxml quiet;
-    XmlText state(context);
-    xmlParserCtxtPtr parser = xmlNewParserCtxt();
-    parseWith(parser, xmlHandler(), state, [&](xmlParserCtxtPtr xmlParser) {
-        return xmlCtxtReadMemory(xmlParser, document->data(), static_cast<int>(document->size()), nullptr, nullptr,
-                                 XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
-    });
-    if (parser != nullptr) xmlFreeParserCtxt(parser);
-    giveText(context, state);
+    giveText(context, [&] { return xmlText(context); });
 }
 
 }  // namespace quester

@@ -413,9 +413,9 @@ private:
 
     void controlSymbol(int symbol) {
         if (symbol == '\'') {
-            int high = hexValue(source.next());
-            int low = hexValue(source.next());
-            if (skippedAsFallback() || high < 0 || low < 0) return;
+            int high = hexDigit();
+            int low = high < 0 ? -1 : hexDigit();
+            if (skippedAsFallback() || low < 0) return;
             return codePageByte(static_cast<char>(high * 16 + low));
         }
         flushBytes();
@@ -439,6 +439,13 @@ private:
             default:
                 return;
         }
+    }
+
+    // The next byte's value as a hex digit, read only when it is one.
+    int hexDigit() {
+        int value = hexValue(source.peek());
+        if (value >= 0) source.next();
+        return value;
     }
 
     void controlWord(std::string_view name, std::optional<int> parameter) {
@@ -615,15 +622,15 @@ bool beginsAsRtf(const ReadableFile& file) {
 }  // namespace
 
 void RtfReader::importText(const ImportContext& context) {
-    if (!beginsAsRtf(context.file)) return;
-    std::optional<std::string> text;
+    std::optional<ImportTextPages> pages;
     try {
-        text = RtfParser(context).read();
+        if (!beginsAsRtf(context.file)) return;
+        std::optional<std::string> text = RtfParser(context).read();
+        if (text && !text->empty()) pages = ImportTextPages{{std::move(*text)}};
     } catch (const std::exception&) {
         return;
     }
-    if (!text || text->empty() || context.cancelled()) return;
-    context.result(ImportTextPages{{std::move(*text)}}, std::nullopt);
+    if (pages && !context.cancelled()) context.result(std::move(pages), std::nullopt);
 }
 
 }  // namespace quester

@@ -2,31 +2,16 @@
 // file as the import helper gets it. Small limits keep each run short; the
 // reader must neither crash, throw, hang nor give pages without text.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
+#include "FuzzedFile.h"
 #include "import/OfficeReader.h"
 
-namespace {
-
-// The input as a file handed over by descriptor, as the import helper gets
-// it: a fresh memory file for each input, closed with the ReadableFile.
-quester::ReadableFile documentFileWith(const std::uint8_t* data, std::size_t size) {
-    const int fd = memfd_create("document", MFD_CLOEXEC);
-    if (fd < 0) std::abort();
-    if (size > 0 && pwrite(fd, data, size, 0) != static_cast<ssize_t>(size)) std::abort();
-    return quester::ReadableFile::adopt(fd, "document");
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const quester::ReadableFile file = documentFileWith(data, size);
+    const quester::ReadableFile file = quester::fuzzedFile(data, size);
     const quester::OfficeReader::Limits limits{.fileBytes = 1 << 20, .memberBytes = 1 << 20, .totalBytes = 4 << 20};
     const quester::ImportContext context{
         file,

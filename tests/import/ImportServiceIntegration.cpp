@@ -6,6 +6,7 @@
 #include <fstream>
 #include <thread>
 
+#include "ZipWriter.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -13,6 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::TempDir;
+using testing::ZipWriter;
 
 ImportServiceOptions helperOptions() {
     ImportServiceOptions options;
@@ -104,6 +106,20 @@ TEST(ImportServiceIntegration, HelperEndsAfterRestAndStartsAgainWhenNeeded) {
     EXPECT_FALSE(service.helperProcessId().has_value());
     EXPECT_EQ(textOf(service, path), "alpha beta alpha");
     EXPECT_EQ(service.operationCount(), 0);
+}
+
+TEST(ImportServiceIntegration, ConfinedHelperReadsEveryKindItIsHanded) {
+    TempDir dir;
+    std::string docx = ZipWriter()
+                           .add("word/document.xml",
+                                "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\">"
+                                "<w:body><w:p><w:r><w:t>yearly total</w:t></w:r></w:p></w:body></w:document>")
+                           .finish();
+    ImportTextXPC service(helperOptions());
+    EXPECT_EQ(textOf(service, dir.write("report.docx", docx).string()), "yearly total");
+    EXPECT_EQ(textOf(service, dir.write("page.html", "<p>web <b>words</b></p><script>hidden</script>").string()),
+              "web words");
+    EXPECT_EQ(textOf(service, dir.write("letter.rtf", "{\\rtf1\\ansi Caf\\'e9\\par}").string()), "Caf\xC3\xA9\n");
 }
 
 TEST(ImportServiceIntegration, AFileTheProgramCannotOpenIsAnErrorNotAHelperFailure) {

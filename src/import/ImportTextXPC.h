@@ -27,8 +27,21 @@ struct ImportServiceOptions {
     std::string helperPath;
     // How long one document may take before its helper is killed.
     std::chrono::milliseconds timeLimit{std::chrono::seconds(60)};
-    // The helper's address space (RLIMIT_AS).
-    std::uint64_t memoryLimit = 2ull << 30;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    // A sanitizer reserves terabytes of address space for its shadow memory,
+    // so a sanitized helper can't live under an address-space limit.
+    static constexpr bool canLimitAddressSpace = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    static constexpr bool canLimitAddressSpace = false;
+#else
+    static constexpr bool canLimitAddressSpace = true;
+#endif
+#else
+    static constexpr bool canLimitAddressSpace = true;
+#endif
+    // The helper's address space (RLIMIT_AS); 0 for no limit.
+    std::uint64_t memoryLimit = canLimitAddressSpace ? 2ull << 30 : 0;
     // Rest after which the helper is ended; it starts again on the next need.
     std::chrono::milliseconds keepAlive{std::chrono::seconds(60)};
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace quester {
@@ -16,6 +17,8 @@ struct FoundItem {
     std::string location;
     std::uint64_t size = 0;
     std::int64_t modified = 0;  // seconds since 1970
+    // The entry's checksum, for a zip entry; none for everything else.
+    std::optional<std::uint32_t> crc32;
 
     bool operator==(const FoundItem&) const = default;
 };

@@ -1,6 +1,22 @@
 #include "commands/ContentSearchCommand.h"
 
 #include <algorithm>
+#include <limits>
+
+#include "commands/ContentSearchCancellation.h"
+#include "commands/ContentSearchTypeSettings.h"
+#include "commands/ContentSummary.h"
+#include "content/ContentSearchers.h"
+#include "import/ImportTextResult.h"
+#include "import/ImportTextXPC.h"
+#include "language/UnicodeText.h"
+#include "platform/FileSystem.h"
+#include "query/QueryContainer.h"
+#include "query/SearchDataSourceDelegate.h"
+#include "query/SearchResult.h"
+#include "support/LogFunc.h"
+#include "support/PathText.h"
+#include "support/Utf8Text.h"
 
 namespace quester {
 
@@ -28,6 +44,30 @@ std::string escapeQuotes(const std::string& words) {
     return words;
 }
 
+std::string_view trimmedText(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t\n\r\f\v");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t\n\r\f\v") - first + 1);
+}
+
+std::string_view dequoted(std::string_view text) {
+    if (!text.empty() && text.front() == '"') text.remove_prefix(1);
+    if (!text.empty() && text.back() == '"') text.remove_suffix(1);
+    return text;
+}
+
+void reportFile(SearchDataSourceDelegate* feedback, const std::string& path, bool inProgress, float percentage) {
+    if (feedback) feedback->searchingInsideFile(lastPathComponent(path), inProgress, percentage);
+}
+
+// What a command that matched leaves on its result.
+CommandApplyResult accepted(SearchResult& to, std::vector<FoundItem> found, std::int64_t rank) {
+    to.tryCollectSummaryLines = true;
+    to.foundItems = std::move(found);
+    to.contentSearchResultsRank = rank;
+    return CommandApplyResult::accept;
+}
+
 }  // namespace
 
 CommandPtr ContentSearchCommand::create(std::string_view commandName, const VariableArguments& args,
@@ -50,6 +90,22 @@ CommandPtr ContentSearchCommand::create(std::string_view commandName, const Vari
     return std::make_shared<ContentSearchCommand>(words->textOriginalCase, excluded, options);
 }
 
+ContentSearchCommand::ContentSearchCommand()
+    : disabledContentTypes(ContentSearchTypeSettings::shared().disabledTypes()) {}
+
+ContentSearchCommand::ContentSearchCommand(const ContentSearchCommand& other)
+    : CommandBase(other),
+      wordsToSearchForString(other.wordsToSearchForString),
+      wordsToExcludeString(other.wordsToExcludeString),
+      allWords(other.allWords),
+      caseSensitive(other.caseSensitive),
+      wholeWord(other.wholeWord),
+      searchBinaryFiles(other.searchBinaryFiles),
+      useOCR(other.useOCR),
+      wasExistingCommand(other.wasExistingCommand),
+      removeCommand(other.removeCommand),
+      disabledContentTypes(ContentSearchTypeSettings::shared().disabledTypes()) {}
+
 ContentSearchCommand::ContentSearchCommand(std::string wordsToSearchFor, std::string wordsToExclude,
                                            const std::vector<ContentSearchFlag>& flags)
     : wordsToSearchForString(std::move(wordsToSearchFor)),
@@ -58,7 +114,8 @@ ContentSearchCommand::ContentSearchCommand(std::string wordsToSearchFor, std::st
       caseSensitive(holds(flags, ContentSearchFlag::caseSensitive)),
       wholeWord(holds(flags, ContentSearchFlag::wholeWords)),
       searchBinaryFiles(holds(flags, ContentSearchFlag::allFiles)),
-      useOCR(holds(flags, ContentSearchFlag::useOCR)) {}
+      useOCR(holds(flags, ContentSearchFlag::useOCR)),
+      disabledContentTypes(ContentSearchTypeSettings::shared().disabledTypes()) {}
 
 std::string ContentSearchCommand::commandToText(bool example) const {
     std::string words = escapeQuotes(wordsToSearchForString);
@@ -70,6 +127,203 @@ std::string ContentSearchCommand::commandToText(bool example) const {
     if (useOCR) text += " use OCR";
     if (caseSensitive) text += " case sensitive";
     return text;
+}
+
+void ContentSearchCommand::commandsStarting() {
+    const Status started = ImportTextXPC::shared().startup();
+    if (!started) LOG("import helper didn't start: " + started.error().message);
+}
+
+CommandApplyResult ContentSearchCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
+                                                         const QueryContainer& forQuery) {
+    if (to.isDirectory || to.url.isDirectory()) return CommandApplyResult::exclude;
+    const std::string& path = to.url.path();
+    const auto type = classifyContentSearchType(path);
+    const ContentSearcher* searcher = ContentSearchers::searcher(path);
+    const bool isArchive =
+        searcher && (type == ContentSearchType::zipDirectory || type == ContentSearchType::tarDirectory);
+    if (!isArchive && type && disabledContentTypes.count(*type) > 0) return CommandApplyResult::exclude;
+    // The content index already matched the words in the text.
+    if (to.searchResultSuppliedBy == SearchResultSupplier::spotlightContent) return CommandApplyResult::accept;
+
+    auto& cancellation = ContentSearchCancellation::shared();
+    cancellation.startFile(path);
+    CommandApplyResult verdict;
+    if (isArchive) {
+        verdict = applyContainerSearch(to, *searcher, *type, feedback, forQuery);
+    } else if (searcher && type == ContentSearchType::sqlite) {
+        verdict = applyContentSearcher(to, *searcher, feedback, forQuery);
+    } else {
+        verdict = applyDocumentSearch(to, feedback, forQuery);
+    }
+    cancellation.endFile(path);
+    return verdict;
+}
+
+CommandApplyResult ContentSearchCommand::applyDocumentSearch(SearchResult& to, SearchDataSourceDelegate* feedback,
+                                                             const QueryContainer& query) const {
+    const std::string& path = to.url.path();
+    // With words before the colon only files named after them come here, and
+    // any of them is worth reading; alone, the command reads what has a reader.
+    const bool searchAllFileTypes = !query.searchWords().empty() || searchBinaryFiles;
+    if (!searchAllFileTypes && !ImportTextXPC::shared().importer().canImportTextFrom(path, useOCR)) {
+        return CommandApplyResult::exclude;
+    }
+    if (feedback) feedback->supplyIncreaseNumberOfFilesContentSearched(1);
+    auto match = searchTextContent(path, fileSearchOptions(query, feedback, searchAllFileTypes));
+    reportFile(feedback, path, false, 100.0f);
+    if (!match || ContentSearchCancellation::shared().isSkipRequested(path)) return CommandApplyResult::exclude;
+    LOG("Summary: " + lastPathComponent(path));
+    return accepted(to, std::move(match->foundLines), match->hitCount);
+}
+
+CommandApplyResult ContentSearchCommand::applyContentSearcher(SearchResult& to, const ContentSearcher& searcher,
+                                                              SearchDataSourceDelegate* feedback,
+                                                              const QueryContainer& query) const {
+    auto matches = containerCatalogMatches(to.url.path(), searcher, feedback, query);
+    if (ContentSearchCancellation::shared().isSkipRequested(to.url.path()) || matches.empty()) {
+        return CommandApplyResult::exclude;
+    }
+    const auto rank = static_cast<std::int64_t>(matches.size());
+    return accepted(to, std::move(matches), rank);
+}
+
+// An archive's entry names are searched when its directory type is enabled.
+// The text inside its entries isn't read here: with the directory type off,
+// the archive is passed over.
+CommandApplyResult ContentSearchCommand::applyContainerSearch(SearchResult& to, const ContentSearcher& searcher,
+                                                              ContentSearchType type,
+                                                              SearchDataSourceDelegate* feedback,
+                                                              const QueryContainer& query) const {
+    if (disabledContentTypes.count(type) > 0) return CommandApplyResult::exclude;
+    return applyContentSearcher(to, searcher, feedback, query);
+}
+
+std::vector<FoundItem> ContentSearchCommand::containerCatalogMatches(const std::string& path,
+                                                                     const ContentSearcher& searcher,
+                                                                     SearchDataSourceDelegate* feedback,
+                                                                     const QueryContainer& query) const {
+    if (feedback) feedback->supplyIncreaseNumberOfFilesContentSearched(1);
+    ContentProgress progress{
+        [feedback, &path](float percentage) { reportFile(feedback, path, true, percentage); },
+        [feedback, &path] {
+            return (feedback && feedback->shouldStop()) || ContentSearchCancellation::shared().isSkipRequested(path);
+        }};
+    auto matches = searcher.search(path, searchWords(query), allWords, isCaseSensitive(query), progress);
+    reportFile(feedback, path, false, 100.0f);
+    return matches;
+}
+
+std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextContent(
+    const std::string& path, const FileSearchOptions& options) const {
+    LOG("Start: " + path);
+    auto imported = importedText(path, options);
+    LOG("End: " + lastPathComponent(path));
+    if (!imported) return std::nullopt;
+    const FoldedText text(FoldedText::decode(imported->allText(options.useOCR).value_or("")), !options.caseSensitive);
+    const auto hits = textIncludes(text, options);
+    if (!hits) return std::nullopt;
+    return textMatch(text.original(), *hits, *imported, options.useOCR);
+}
+
+std::optional<ImportTextResult> ContentSearchCommand::importedText(const std::string& path,
+                                                                   const FileSearchOptions& options) const {
+    auto& service = ImportTextXPC::shared();
+    if (service.isPlainSmallText(path)) {
+        auto bytes = FileSystem::real().readFile(path);
+        if (!bytes || !isValidUTF8(*bytes)) return std::nullopt;
+        return ImportTextResult{ImportTextPages{ImportTextPage{std::move(*bytes)}}, std::nullopt};
+    }
+    if (!options.searchAllFileTypes && !service.importer().canImportTextFrom(path, options.useOCR)) {
+        return std::nullopt;
+    }
+    std::optional<ImportTextResult> imported;
+    auto* feedback = options.feedbackHandler;
+    service.importText(
+        path, options.searchAllFileTypes, std::numeric_limits<std::int64_t>::max(), options.useOCR,
+        [feedback, &path](float percentage) { reportFile(feedback, path, true, percentage); },
+        [&imported](std::optional<Error> error, std::optional<ImportTextResult> result) {
+            if (!error) imported = std::move(result);
+        });
+    return imported;
+}
+
+std::vector<std::string> ContentSearchCommand::searchWordParts(std::string_view words) {
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    while (start <= words.size()) {
+        std::size_t comma = words.find(',', start);
+        if (comma == std::string_view::npos) comma = words.size();
+        const std::string_view piece = dequoted(trimmedText(words.substr(start, comma - start)));
+        if (!piece.empty()) parts.emplace_back(piece);
+        start = comma + 1;
+    }
+    return parts;
+}
+
+bool ContentSearchCommand::isCaseSensitive(const QueryContainer& query) const {
+    return caseSensitive || query.matchIsCaseSensitive();
+}
+
+std::vector<std::string> ContentSearchCommand::searchWords(const QueryContainer& query) const {
+    auto words = searchWordParts(wordsToSearchForString);
+    if (!isCaseSensitive(query)) {
+        for (auto& word : words) word = lowercased(word);
+    }
+    return words;
+}
+
+ContentSearchCommand::FileSearchOptions ContentSearchCommand::fileSearchOptions(const QueryContainer& query,
+                                                                                SearchDataSourceDelegate* feedback,
+                                                                                bool searchAllFileTypes) const {
+    FileSearchOptions options;
+    options.wordsOfInterest = searchWords(query);
+    options.wordsToExclude = searchWordParts(wordsToExcludeString);
+    options.wholeWords = wholeWord;
+    options.allWords = allWords;
+    options.useOCR = useOCR;
+    options.caseSensitive = isCaseSensitive(query);
+    options.searchAllFileTypes = searchAllFileTypes;
+    options.feedbackHandler = feedback;
+    return options;
+}
+
+std::optional<ContentSearchCommand::WordHits> ContentSearchCommand::textIncludes(const FoldedText& text,
+                                                                                 const FileSearchOptions& options) {
+    WordHits hits;
+    std::size_t total = 0;
+    for (const auto& word : options.wordsOfInterest) {
+        const bool seen =
+            std::any_of(hits.begin(), hits.end(), [&](const auto& listed) { return listed.first == word; });
+        if (seen) continue;
+        auto ranges = text.rangesOf(word, options.wholeWords);
+        if (ranges.empty() && options.allWords) return std::nullopt;
+        total += ranges.size();
+        hits.emplace_back(word, std::move(ranges));
+    }
+    // Only an excluded word's first occurrence is looked at.
+    for (const auto& excluded : options.wordsToExclude) {
+        const auto first = text.firstRangeOf(excluded);
+        if (first && (!options.wholeWords || text.isWholeWord(*first))) return std::nullopt;
+    }
+    if (total == 0) return std::nullopt;
+    return hits;
+}
+
+ContentSearchCommand::TextMatch ContentSearchCommand::textMatch(const std::u32string& text, const WordHits& hits,
+                                                                const ImportTextResult& located, bool useOCR) {
+    TextMatch match;
+    std::vector<TextRange> ranges;
+    for (const auto& [word, wordRanges] : hits) ranges.insert(ranges.end(), wordRanges.begin(), wordRanges.end());
+    match.hitCount = static_cast<std::int64_t>(ranges.size());
+    for (const auto& summary : ContentSummary::of(text, ranges)) {
+        FoundItem item;
+        item.type = FoundItem::Category::summary;
+        item.location = located.locator(summary.range.start, useOCR);
+        item.title = item.location.empty() ? summary.snippet : item.location + ":  " + summary.snippet;
+        match.foundLines.push_back(std::move(item));
+    }
+    return match;
 }
 
 }  // namespace quester

@@ -50,6 +50,16 @@ std::string base64(std::string_view bytes) {
     return text;
 }
 
+// A found line's title is "location:  snippet"; the record keeps the two apart.
+nlohmann::ordered_json foundRecord(const FoundItem& item) {
+    const std::string prefix = item.location + ":  ";
+    const bool prefixed = !item.location.empty() && item.title.rfind(prefix, 0) == 0;
+    nlohmann::ordered_json found;
+    found["location"] = item.location;
+    found["snippet"] = prefixed ? item.title.substr(prefix.size()) : item.title;
+    return found;
+}
+
 }  // namespace
 
 nlohmann::ordered_json ResultRecord::of(const UINode& row) {
@@ -72,6 +82,11 @@ nlohmann::ordered_json ResultRecord::of(const UINode& row) {
         auto& lines = record["lines"] = nlohmann::ordered_json::array();
         for (const auto& line : *found) lines.push_back(line.first);
     }
+    auto foundItems = nlohmann::ordered_json::array();
+    for (const auto& child : row.children()) {
+        if (const FoundItem* item = child->foundItem()) foundItems.push_back(foundRecord(*item));
+    }
+    if (!foundItems.empty()) record["found"] = std::move(foundItems);
     if (!isValidUTF8(path)) record["pathBase64"] = base64(path);
     return record;
 }

@@ -19,6 +19,8 @@ enum ColumnIndex { nameColumn, folderColumn, sizeColumn, modifiedColumn, kindCol
 using Row = std::array<std::string, columnCount>;
 
 constexpr std::size_t gap = 2;
+// A found line stands under its file's name, indented by this much.
+constexpr std::size_t foundLineIndent = 4;
 constexpr std::size_t narrowest = 6;
 
 bool isASCII(std::string_view text) {
@@ -84,6 +86,24 @@ void fitWidths(std::array<std::size_t, columnCount>& widths, std::size_t termina
     if (total > terminalWidth && kind > narrowest) kind -= std::min(total - terminalWidth, kind - narrowest);
 }
 
+// `text` cut at the end to `width` columns, "…" marking the cut.
+std::string shortenedAtTheEnd(std::string_view text, std::size_t width) {
+    if (ResultsTable::displayWidth(text) <= width) return std::string(text);
+    if (width == 0) return "";
+    const std::vector<std::string_view> clusters = graphemes(text);
+    const std::size_t headBytes = fittingClusters(clusters.begin(), clusters.end(), width - 1).first;
+    return std::string(text.substr(0, headBytes)) + "…";
+}
+
+// The lines found inside a row's file ("Line 2:  …the yearly total…").
+std::vector<std::string> foundLinesOf(const UINode& node) {
+    std::vector<std::string> lines;
+    for (const auto& child : node.children()) {
+        if (auto line = child->summaryLine()) lines.push_back(terminalSafeText(*line));
+    }
+    return lines;
+}
+
 }  // namespace
 
 std::size_t ResultsTable::displayWidth(std::string_view text) {
@@ -106,7 +126,9 @@ std::string ResultsTable::shortenedInTheMiddle(std::string_view text, std::size_
 std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates,
                                  bool boldHeader) {
     std::vector<Row> table{{"Name", "Folder", "Size", "Modified", "Kind"}};
+    std::vector<std::vector<std::string>> foundLines{{}};
     for (const auto& node : rows) {
+        foundLines.push_back(foundLinesOf(*node));
         const UINode::Changable changes = node->dynamic();
         table.push_back({terminalSafeText(node->displayName()), terminalSafeText(node->displayPath()),
                          changes.displayTotalSize, dates.dateToString(node->modificationDate),
@@ -120,7 +142,8 @@ std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t termi
     }
     fitWidths(widths, terminalWidth);
     std::string text;
-    for (const auto& row : table) {
+    for (std::size_t index = 0; index < table.size(); ++index) {
+        const Row& row = table[index];
         std::string line;
         for (std::size_t column = 0; column < columnCount; ++column) {
             if (column > 0) line += std::string(gap, ' ');
@@ -128,6 +151,10 @@ std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t termi
             line += column == kindColumn ? cell : padded(cell, widths[column], column == sizeColumn);
         }
         text += text.empty() && boldHeader ? "\033[1m" + line + "\033[0m\n" : line + "\n";
+        const std::size_t lineWidth = terminalWidth - std::min(terminalWidth, foundLineIndent);
+        for (const auto& found : foundLines[index]) {
+            text += std::string(foundLineIndent, ' ') + shortenedAtTheEnd(found, lineWidth) + "\n";
+        }
     }
     return text;
 }

@@ -15,7 +15,8 @@ namespace quester {
 // from the middle of the folder and the name, the wider one first, and then
 // of the kind, shown as "…". Widths count terminal columns: a wide (East
 // Asian) character takes two, a combining mark none. Control characters and
-// bytes that aren't UTF-8 in names, folders and kinds show as "?".
+// bytes that aren't UTF-8 in names, folders and kinds show as "?". The lines
+// found inside a file follow its row, indented, each cut at the end to fit.
 class ResultsTable {
 public:
     // `boldHeader` sets the header line in bold with terminal escapes.

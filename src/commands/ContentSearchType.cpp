@@ -1,0 +1,101 @@
+#include "commands/ContentSearchType.h"
+
+#include <algorithm>
+#include <array>
+
+#include "language/UnicodeText.h"
+#include "platform/UniformTypeTable.h"
+#include "support/PathText.h"
+
+namespace quester {
+
+namespace {
+
+struct TypeRow {
+    std::string_view id;
+    std::string_view title;
+    bool defaultEnabled;
+};
+
+constexpr std::array<TypeRow, 12> rows = {{
+    {"text", "Text", true},
+    {"sourceCode", "Source Code", true},
+    {"richText", "Rich Text", true},
+    {"spreadsheet", "Spreadsheets", true},
+    {"pdf", "PDF", true},
+    {"zipDirectory", "Zip Directories", true},
+    {"zipContents", "Zip Contents", false},
+    {"tarDirectory", "Tar Directories", true},
+    {"tarContents", "Tar Contents", false},
+    {"sqlite", "SQLite", false},
+    {"json", "JSON", false},
+    {"xml", "XML", false},
+}};
+
+const TypeRow& rowOf(ContentSearchType type) {
+    return rows[static_cast<std::size_t>(type)];
+}
+
+bool isOneOf(std::string_view extension, std::initializer_list<std::string_view> extensions) {
+    return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+}
+
+bool isRichText(const UniformTypeTable& types, const std::string& type) {
+    for (std::string_view parent : {"public.rtf", "public.html", "com.microsoft.word.doc",
+                                    "org.openxmlformats.wordprocessingml.document", "com.apple.iwork.pages.pages",
+                                    "com.apple.iwork.pages.sffpages", "org.oasis-open.opendocument.text"}) {
+        if (types.conformsTo(type, parent)) return true;
+    }
+    return false;
+}
+
+std::optional<ContentSearchType> classifyByExtension(std::string_view extension) {
+    if (isOneOf(extension, {"sqlite", "sqlite3", "db"})) return ContentSearchType::sqlite;
+    if (extension == "tar") return ContentSearchType::tarDirectory;
+    if (extension == "tsx") return ContentSearchType::sourceCode;
+    if (isOneOf(extension, {"csv", "emlx", "indd"})) return ContentSearchType::text;
+    return std::nullopt;
+}
+
+std::optional<ContentSearchType> classifyByConformance(const UniformTypeTable& types, const std::string& type) {
+    if (types.conformsTo(type, "com.adobe.pdf")) return ContentSearchType::pdf;
+    if (isRichText(types, type)) return ContentSearchType::richText;
+    if (types.conformsTo(type, "public.spreadsheet")) return ContentSearchType::spreadsheet;
+    if (types.conformsTo(type, "public.json")) return ContentSearchType::json;
+    if (types.conformsTo(type, "public.xml")) return ContentSearchType::xml;
+    if (types.conformsTo(type, "public.tar-archive")) return ContentSearchType::tarDirectory;
+    if (types.conformsTo(type, "public.zip-archive")) return ContentSearchType::zipDirectory;
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::string_view contentSearchTypeId(ContentSearchType type) {
+    return rowOf(type).id;
+}
+
+std::string_view contentSearchTypeTitle(ContentSearchType type) {
+    return rowOf(type).title;
+}
+
+bool contentSearchTypeDefaultEnabled(ContentSearchType type) {
+    return rowOf(type).defaultEnabled;
+}
+
+std::optional<ContentSearchType> classifyContentSearchType(std::string_view path) {
+    const std::string extension = lowercased(pathExtension(path));
+    return classifyContentSearchType(UniformTypeTable::shared().typeForExtension(extension), extension);
+}
+
+std::optional<ContentSearchType> classifyContentSearchType(const std::optional<std::string>& type,
+                                                           std::string_view extension) {
+    if (!type) return classifyByExtension(extension);
+    const auto& types = UniformTypeTable::shared();
+    if (auto byType = classifyByConformance(types, *type)) return byType;
+    if (isOneOf(extension, {"sqlite", "sqlite3", "db"})) return ContentSearchType::sqlite;
+    if (types.conformsTo(*type, "public.source-code")) return ContentSearchType::sourceCode;
+    if (types.conformsTo(*type, "public.plain-text")) return ContentSearchType::text;
+    return classifyByExtension(extension);
+}
+
+}  // namespace quester

@@ -420,6 +420,17 @@ bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchData
 
 bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                                         const std::vector<CommandPtr>& commands) {
+    const bool emptyExpression = searchQuery.booleanExpr().isEmpty();
+    if (emptyExpression && commands.empty()) return false;
+    bool nameMatches = false;
+    if (!emptyExpression) {
+        nameMatches = searchQuery.fsItemNameStringIncludesWordsFromQuery(
+            lastPathComponent(result.url.path()), result.searchResultSuppliedBy == SearchResultSupplier::spotlight);
+        if (commands.empty()) return nameMatches;
+        // Unless words and commands are joined by OR, a name that fails
+        // decides alone: the commands, which may read the whole file, needn't run.
+        if (!nameMatches && !searchQuery.isORCommandSearch()) return false;
+    }
     bool noExcludes = true;
     for (const auto& command : commands) {
         if (isPartOfTheNameTest(*command)) continue;
@@ -428,14 +439,6 @@ bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDe
             noExcludes = false;
             break;
         }
-    }
-    const bool emptyExpression = searchQuery.booleanExpr().isEmpty();
-    if (emptyExpression && commands.empty()) return false;
-    bool nameMatches = false;
-    if (!emptyExpression) {
-        nameMatches = searchQuery.fsItemNameStringIncludesWordsFromQuery(
-            lastPathComponent(result.url.path()), result.searchResultSuppliedBy == SearchResultSupplier::spotlight);
-        if (commands.empty()) return nameMatches;
     }
     if (searchQuery.isORCommandSearch()) return nameMatches || noExcludes;
     return emptyExpression ? noExcludes : nameMatches && noExcludes;

@@ -133,15 +133,14 @@ TEST_F(QueryRefusalTest, ComposedWordFindsADecomposedName) {
 }
 
 // A criterion whose engine this program lacks must never be dropped quietly:
-// "report : content "total"" once listed every file named report.
+// "report : mailsearch "x"" must not list every file named report.
 TEST_F(QueryRefusalTest, ACriterionWithoutItsEngineIsRefusedBeforeSearchingAndMarkedInExplain) {
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {"report : content \"total\"", "content search"},
         {"report : mailsearch \"x\"", "mail search"},
         {": mailsearch \"x\"", "mail search"},
         {"report : author \"ann\"", "metadata index"},
         {"report : shortcut music quiz", "shortcuts"},
-        {"report : bigger than 1kb OR content \"total\"", "content search"},
+        {"report : bigger than 1kb OR mailsearch \"x\"", "mail search"},
     };
     for (const auto& [query, engine] : cases) {
         SCOPED_TRACE(query);
@@ -150,16 +149,16 @@ TEST_F(QueryRefusalTest, ACriterionWithoutItsEngineIsRefusedBeforeSearchingAndMa
         EXPECT_EQ(run.out, "");
         EXPECT_NE(run.err.find(engine), std::string::npos) << run.err;
     }
-    const auto explained = explain("report : content \"total\" bigger than 1kb", "--json");
+    const auto explained = explain("report : mailsearch \"x\" bigger than 1kb", "--json");
     ASSERT_EQ(explained.status, 0) << explained.err;
     const auto commands = nlohmann::json::parse(explained.out)["commands"];
     ASSERT_EQ(commands.size(), 2u) << explained.out;
     for (const auto& command : commands) {
-        const bool isContent = command["text"].get<std::string>().starts_with("content");
-        EXPECT_EQ(command["available"], !isContent) << command.dump();
-        EXPECT_EQ(command.value("missingEngine", ""), isContent ? "content search" : "") << command.dump();
+        const bool isMail = command["text"].get<std::string>().starts_with("mailsearch");
+        EXPECT_EQ(command["available"], !isMail) << command.dump();
+        EXPECT_EQ(command.value("missingEngine", ""), isMail ? "mail search" : "") << command.dump();
     }
-    EXPECT_NE(explain("report : content \"total\"").out.find("not available"), std::string::npos);
+    EXPECT_NE(explain("report : mailsearch \"x\"").out.find("not available"), std::string::npos);
 }
 
 }  // namespace

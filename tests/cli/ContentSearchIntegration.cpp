@@ -1,0 +1,122 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "import/ZipWriter.h"
+#include "testing/QuesterProcess.h"
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+std::string wordDocument(const std::string& text) {
+    return testing::ZipWriter()
+        .add("[Content_Types].xml", "<Types/>")
+        .add("word/document.xml",
+             "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\"><w:body>"
+             "<w:p><w:r><w:t>" +
+                 text + "</w:t></w:r></w:p></w:body></w:document>")
+        .finish();
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> split;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) split.push_back(line);
+    return split;
+}
+
+class ContentSearchTest : public ::testing::Test {
+protected:
+    ContentSearchTest() {
+        tree.write("report.txt", "Quarterly figures\nIn 2024 the yearly total was 12 euros, a record.\n");
+        tree.write("web/report.html",
+                   "<html><body><h1>Report</h1><p>The Yearly  Total: 40</p><script>yearly total</script></body>"
+                   "</html>");
+        tree.write("word/report.docx", wordDocument("Our yearly total grew, and the yearly total is final."));
+        tree.write("notes.txt", "the yearly total, noted\n");
+        tree.write("report-draft.txt", "a yearly figure and a total\n");
+        tree.write("report.png", "\x89PNG yearly total");
+    }
+
+    testing::QuesterProcess search(const std::string& query, std::vector<std::string> options = {}) const {
+        std::vector<std::string> arguments{"search", query, "--in", tree.str()};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return testing::QuesterProcess::run(QUESTER_BINARY, arguments, scratch);
+    }
+
+    std::set<std::string> paths(const std::string& query) const {
+        const auto run = search(query, {"--format", "paths"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        const auto found = lines(run.out);
+        return {found.begin(), found.end()};
+    }
+
+    std::string at(const std::string& relative) const { return tree.str() + "/" + relative; }
+
+    testing::TempDir tree;
+    testing::TempDir scratch;
+};
+
+// Alone the criterion reads every file that has a reader; after a word only
+// the files named after it, whatever their kind.
+TEST_F(ContentSearchTest, FindsTextWebAndWordDocumentsByTheirWords) {
+    EXPECT_EQ(paths(": content \"yearly total\""),
+              (std::set<std::string>{at("report.txt"), at("web/report.html"), at("word/report.docx"),
+                                     at("notes.txt")}));
+    EXPECT_EQ(paths("report : content \"yearly total\""),
+              (std::set<std::string>{at("report.txt"), at("web/report.html"), at("word/report.docx"),
+                                     at("report.png")}));
+    EXPECT_EQ(paths("report : content \"yearly, record\" all words"), (std::set<std::string>{at("report.txt")}));
+    EXPECT_EQ(paths("report : content \"total\" without \"record\" case sensitive"),
+              (std::set<std::string>{at("report-draft.txt"), at("word/report.docx"), at("report.png")}));
+}
+
+TEST_F(ContentSearchTest, JsonRecordsCarryTheFoundLinesWithTheirLocation) {
+    const auto run = search(": content \"yearly total\"", {"--format", "json"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    std::map<std::string, nlohmann::json> found;
+    for (const auto& line : lines(run.out)) {
+        const auto record = nlohmann::json::parse(line);
+        found[record["name"]] = record.value("found", nlohmann::json::array());
+    }
+    ASSERT_EQ(found.count("report.txt"), 1u) << run.out;
+    EXPECT_EQ(found["report.txt"], nlohmann::json::parse(R"([{"location":"Line 2","snippet":)"
+                                                         R"("\u2026figures In 2024 the yearly total was 12 euros, a record.\u2026"}])"));
+    EXPECT_EQ(found["report.docx"].size(), 2u) << found["report.docx"];
+    EXPECT_EQ(found["report.html"].size(), 1u) << "the script's words are no text: " << found["report.html"];
+    EXPECT_EQ(found["report.html"][0]["location"], "Line 2");
+}
+
+TEST_F(ContentSearchTest, TheTableShowsEachFoundLineUnderItsFile) {
+    const auto run = search("report : content \"yearly total\"", {"--format", "table"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto shown = lines(run.out);
+    const auto row = std::find_if(shown.begin(), shown.end(),
+                                  [](const std::string& line) { return line.starts_with("report.txt"); });
+    ASSERT_NE(row, shown.end()) << run.out;
+    ASSERT_NE(row + 1, shown.end());
+    EXPECT_TRUE((row + 1)->starts_with("    Line 2:  \u2026figures In 2024 the yearly total")) << run.out;
+}
+
+TEST_F(ContentSearchTest, RankSortOrdersByTheNumberOfHits) {
+    EXPECT_EQ(lines(search(": content \"yearly total\"", {"--sort", "rank", "--reverse", "--format", "paths"}).out)
+                  .front(),
+              at("word/report.docx"));
+}
+
+TEST_F(ContentSearchTest, NothingMatchingExitsOneWithNothingPrinted) {
+    const auto run = search(": content \"monthly average\"");
+    EXPECT_EQ(run.status, 1) << run.err;
+    EXPECT_EQ(run.out, "");
+}
+
+}  // namespace
+}  // namespace quester

@@ -204,11 +204,11 @@ std::vector<FoundItem> ContentSearchCommand::containerCatalogMatches(const std::
                                                                      SearchDataSourceDelegate* feedback,
                                                                      const QueryContainer& query) const {
     if (feedback) feedback->supplyIncreaseNumberOfFilesContentSearched(1);
-    ContentProgress progress{
-        [feedback, &path](float percentage) { reportFile(feedback, path, true, percentage); },
-        [feedback, &path] {
-            return (feedback && feedback->shouldStop()) || ContentSearchCancellation::shared().isSkipRequested(path);
-        }};
+    ContentProgress progress{[feedback, &path](float percentage) { reportFile(feedback, path, true, percentage); },
+                             [feedback, &path] {
+                                 return (feedback && feedback->shouldStop()) ||
+                                        ContentSearchCancellation::shared().isSkipRequested(path);
+                             }};
     auto matches = searcher.search(path, searchWords(query), allWords, isCaseSensitive(query), progress);
     reportFile(feedback, path, false, 100.0f);
     return matches;

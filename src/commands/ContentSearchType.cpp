@@ -41,9 +41,9 @@ bool isOneOf(std::string_view extension, std::initializer_list<std::string_view>
 }
 
 bool isRichText(const UniformTypeTable& types, const std::string& type) {
-    for (std::string_view parent : {"public.rtf", "public.html", "com.microsoft.word.doc",
-                                    "org.openxmlformats.wordprocessingml.document", "com.apple.iwork.pages.pages",
-                                    "com.apple.iwork.pages.sffpages", "org.oasis-open.opendocument.text"}) {
+    for (std::string_view parent :
+         {"public.rtf", "public.html", "com.microsoft.word.doc", "org.openxmlformats.wordprocessingml.document",
+          "com.apple.iwork.pages.pages", "com.apple.iwork.pages.sffpages", "org.oasis-open.opendocument.text"}) {
         if (types.conformsTo(type, parent)) return true;
     }
     return false;

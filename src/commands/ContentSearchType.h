@@ -24,10 +24,10 @@ enum class ContentSearchType {
 };
 
 inline constexpr ContentSearchType allContentSearchTypes[] = {
-    ContentSearchType::text,         ContentSearchType::sourceCode,   ContentSearchType::richText,
-    ContentSearchType::spreadsheet,  ContentSearchType::pdf,          ContentSearchType::zipDirectory,
-    ContentSearchType::zipContents,  ContentSearchType::tarDirectory, ContentSearchType::tarContents,
-    ContentSearchType::sqlite,       ContentSearchType::json,         ContentSearchType::xml,
+    ContentSearchType::text,        ContentSearchType::sourceCode,   ContentSearchType::richText,
+    ContentSearchType::spreadsheet, ContentSearchType::pdf,          ContentSearchType::zipDirectory,
+    ContentSearchType::zipContents, ContentSearchType::tarDirectory, ContentSearchType::tarContents,
+    ContentSearchType::sqlite,      ContentSearchType::json,         ContentSearchType::xml,
 };
 
 // The key under which the setting is stored ("richText").

@@ -52,7 +52,7 @@ FoldedText::FoldedText(std::u32string text, bool foldCase) : text(std::move(text
     for (std::size_t index = 0; index < this->text.size(); ++index) {
         const std::u32string piece = fold(std::u32string_view(&this->text[index], 1), cache);
         folded += piece;
-        origin.insert(origin.end(), piece.size(), index);
+        origin.insert(origin.end(), piece.size(), static_cast<std::uint32_t>(index));
     }
 }
 

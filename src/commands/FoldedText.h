@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,7 +52,9 @@ private:
     std::u32string text;
     bool foldCase;
     std::u32string folded;
-    std::vector<std::size_t> origin;
+    // 32 bits: a document's text is far below 4 billion code points, and this
+    // list is as long as the text.
+    std::vector<std::uint32_t> origin;
 };
 
 }  // namespace quester

@@ -68,12 +68,11 @@ protected:
 // Alone the criterion reads every file that has a reader; after a word only
 // the files named after it, whatever their kind.
 TEST_F(ContentSearchTest, FindsTextWebAndWordDocumentsByTheirWords) {
-    EXPECT_EQ(paths(": content \"yearly total\""),
-              (std::set<std::string>{at("report.txt"), at("web/report.html"), at("word/report.docx"),
-                                     at("notes.txt")}));
-    EXPECT_EQ(paths("report : content \"yearly total\""),
-              (std::set<std::string>{at("report.txt"), at("web/report.html"), at("word/report.docx"),
-                                     at("report.png")}));
+    EXPECT_EQ(paths(": content \"yearly total\""), (std::set<std::string>{at("report.txt"), at("web/report.html"),
+                                                                          at("word/report.docx"), at("notes.txt")}));
+    EXPECT_EQ(
+        paths("report : content \"yearly total\""),
+        (std::set<std::string>{at("report.txt"), at("web/report.html"), at("word/report.docx"), at("report.png")}));
     EXPECT_EQ(paths("report : content \"yearly, record\" all words"), (std::set<std::string>{at("report.txt")}));
     EXPECT_EQ(paths("report : content \"total\" without \"record\" case sensitive"),
               (std::set<std::string>{at("report-draft.txt"), at("word/report.docx"), at("report.png")}));
@@ -88,8 +87,9 @@ TEST_F(ContentSearchTest, JsonRecordsCarryTheFoundLinesWithTheirLocation) {
         found[record["name"]] = record.value("found", nlohmann::json::array());
     }
     ASSERT_EQ(found.count("report.txt"), 1u) << run.out;
-    EXPECT_EQ(found["report.txt"], nlohmann::json::parse(R"([{"location":"Line 2","snippet":)"
-                                                         R"("\u2026figures In 2024 the yearly total was 12 euros, a record.\u2026"}])"));
+    EXPECT_EQ(found["report.txt"],
+              nlohmann::json::parse(R"([{"location":"Line 2","snippet":)"
+                                    R"("\u2026figures In 2024 the yearly total was 12 euros, a record.\u2026"}])"));
     EXPECT_EQ(found["report.docx"].size(), 2u) << found["report.docx"];
     EXPECT_EQ(found["report.html"].size(), 1u) << "the script's words are no text: " << found["report.html"];
     EXPECT_EQ(found["report.html"][0]["location"], "Line 2");
@@ -107,9 +107,9 @@ TEST_F(ContentSearchTest, TheTableShowsEachFoundLineUnderItsFile) {
 }
 
 TEST_F(ContentSearchTest, RankSortOrdersByTheNumberOfHits) {
-    EXPECT_EQ(lines(search(": content \"yearly total\"", {"--sort", "rank", "--reverse", "--format", "paths"}).out)
-                  .front(),
-              at("word/report.docx"));
+    EXPECT_EQ(
+        lines(search(": content \"yearly total\"", {"--sort", "rank", "--reverse", "--format", "paths"}).out).front(),
+        at("word/report.docx"));
 }
 
 TEST_F(ContentSearchTest, NothingMatchingExitsOneWithNothingPrinted) {

@@ -13,23 +13,22 @@ namespace {
 
 struct TypeRow {
     std::string_view id;
-    std::string_view title;
     bool defaultEnabled;
 };
 
 constexpr std::array<TypeRow, 12> rows = {{
-    {"text", "Text", true},
-    {"sourceCode", "Source Code", true},
-    {"richText", "Rich Text", true},
-    {"spreadsheet", "Spreadsheets", true},
-    {"pdf", "PDF", true},
-    {"zipDirectory", "Zip Directories", true},
-    {"zipContents", "Zip Contents", false},
-    {"tarDirectory", "Tar Directories", true},
-    {"tarContents", "Tar Contents", false},
-    {"sqlite", "SQLite", false},
-    {"json", "JSON", false},
-    {"xml", "XML", false},
+    {"text", true},
+    {"sourceCode", true},
+    {"richText", true},
+    {"spreadsheet", true},
+    {"pdf", true},
+    {"zipDirectory", true},
+    {"zipContents", false},
+    {"tarDirectory", true},
+    {"tarContents", false},
+    {"sqlite", false},
+    {"json", false},
+    {"xml", false},
 }};
 
 const TypeRow& rowOf(ContentSearchType type) {
@@ -72,10 +71,6 @@ std::optional<ContentSearchType> classifyByConformance(const UniformTypeTable& t
 
 std::string_view contentSearchTypeId(ContentSearchType type) {
     return rowOf(type).id;
-}
-
-std::string_view contentSearchTypeTitle(ContentSearchType type) {
-    return rowOf(type).title;
 }
 
 bool contentSearchTypeDefaultEnabled(ContentSearchType type) {

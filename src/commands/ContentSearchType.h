@@ -32,8 +32,6 @@ inline constexpr ContentSearchType allContentSearchTypes[] = {
 
 // The key under which the setting is stored ("richText").
 std::string_view contentSearchTypeId(ContentSearchType type);
-// The row's name ("Rich Text").
-std::string_view contentSearchTypeTitle(ContentSearchType type);
 // Archive contents, databases, JSON and XML are read only when asked for.
 bool contentSearchTypeDefaultEnabled(ContentSearchType type);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <deque>
 #include <functional>
 #include <iterator>
@@ -20,12 +21,14 @@ namespace {
 
 // One record per row, made when the row is added, so that a comparison reads
 // no node and collates nothing: the localised texts are collation keys, kept
-// in the list's `TextStore`s.
+// in the list's `TextStore`s. The texts end in a zero byte, which neither a
+// collation key nor a path holds inside, so a key keeps a pointer where a
+// view would cost a length as well: a search may hold a million keys.
 struct Key {
     UINodePtr node;
-    std::string_view name;
+    const char* name = "";
     // The compared text of the kind, inside, tags or path column; empty for the others.
-    std::string_view columnText;
+    const char* columnText = "";
     // The compared number of the size, date or rank column; 0 for the others.
     // A size fits: no file holds more than 2^63 bytes.
     std::int64_t columnValue = 0;
@@ -34,19 +37,21 @@ struct Key {
 
 // Texts appended one after another in large blocks that never move, so that
 // keys can point into them: a million short keys cost no allocation each.
-// Not synchronised.
+// Each text is stored with a zero byte after it. Not synchronised.
 class TextStore {
 public:
-    std::string_view add(std::string_view text) {
-        if (blocks.empty() || capacity - used < text.size()) {
-            capacity = std::max(blockSize, text.size());
+    const char* add(std::string_view text) {
+        if (text.empty()) return "";
+        const std::size_t needed = text.size() + 1;
+        if (blocks.empty() || capacity - used < needed) {
+            capacity = std::max(blockSize, needed);
             blocks.push_back(std::make_unique<char[]>(capacity));
             used = 0;
         }
         char* at = blocks.back().get() + used;
-        std::copy(text.begin(), text.end(), at);
-        used += text.size();
-        return {at, text.size()};
+        *std::copy(text.begin(), text.end(), at) = '\0';
+        used += needed;
+        return at;
     }
 
 private:
@@ -144,13 +149,17 @@ bool byPath(const Key& a, const Key& b) {
     return a.node->fileURL.path() < b.node->fileURL.path();
 }
 
-// a before b by one value in the sort direction; equal values fall back to
-// ascending names, then paths, whatever the direction.
-template <typename T>
-bool inDirectionThenByName(const T& a, const T& b, bool forward, const Key& keyA, const Key& keyB) {
-    if (a != b) return forward ? a < b : b < a;
-    if (keyA.name != keyB.name) return keyA.name < keyB.name;
-    return byPath(keyA, keyB);
+// Negative, zero or positive as a comes before, ties with or comes after b.
+int compared(std::int64_t a, std::int64_t b) {
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+// a before b by one comparison (`order`) in the sort direction; equal values
+// fall back to ascending names, then paths, whatever the direction.
+bool inDirectionThenByName(int order, bool forward, const Key& a, const Key& b) {
+    if (order != 0) return forward ? order < 0 : order > 0;
+    if (const int byName = std::strcmp(a.name, b.name); byName != 0) return byName < 0;
+    return byPath(a, b);
 }
 
 bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
@@ -159,19 +168,19 @@ bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
             return false;
         case Column::name:
             if (a.sortScore != b.sortScore) return forward ? a.sortScore < b.sortScore : a.sortScore > b.sortScore;
-            if (a.name != b.name) return forward ? a.name < b.name : b.name < a.name;
+            if (const int byName = std::strcmp(a.name, b.name); byName != 0) return forward ? byName < 0 : byName > 0;
             return byPath(a, b);
         case Column::size:
         case Column::modDate:
         case Column::created:
         case Column::lastAccessDate:
         case Column::rank:
-            return inDirectionThenByName(a.columnValue, b.columnValue, forward, a, b);
+            return inDirectionThenByName(compared(a.columnValue, b.columnValue), forward, a, b);
         case Column::kind:
         case Column::inside:
         case Column::tags:
         case Column::path:
-            return inDirectionThenByName(a.columnText, b.columnText, forward, a, b);
+            return inDirectionThenByName(std::strcmp(a.columnText, b.columnText), forward, a, b);
     }
     return false;
 }

@@ -110,6 +110,8 @@ void UINode::takeFieldsOf(const SearchResult& searchResult) {
 std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlight highlight, const Clock& clock) {
     auto node = made(clock.now(), std::move(highlight));
     node->takeFieldsOf(searchResult);
+    // Most results bring nothing that `Changable` holds, and their rows none.
+    if (!searchResult.tags && node->kind != Kind::fileWithFoundItems) return node;
     Changable changes = node->initialChanges();
     if (searchResult.tags) {
         changes.tagNames = *searchResult.tags;

@@ -175,7 +175,6 @@ public:
     std::int64_t modificationDate = 0;  // whole seconds since 1970; 0 unknown
     std::int64_t creationDate = 0;
     std::int64_t lastAccessDate = 0;
-    bool isSelected = false;
 
 private:
     // What few rows have; a plain result's row holds none.

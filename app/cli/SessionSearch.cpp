@@ -126,7 +126,8 @@ void printJSONLines(const UINode::NodeList& rows) {
 // A terminal gets the paths shown safely.
 void printPaths(const UINode::NodeList& rows, char separator, bool forTerminal) {
     printRows(rows, [separator, forTerminal](const UINode& row, std::string& text) {
-        text += forTerminal ? terminalSafeText(row.fileURL.path()) : row.fileURL.path();
+        const std::string path = row.fileURL().path();
+        text += forTerminal ? terminalSafeText(path) : path;
         text += separator;
     });
 }

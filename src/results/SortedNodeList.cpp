@@ -80,7 +80,7 @@ std::int32_t sortScore(const UINode& node, UINode::Kind kind, const ScoreRules& 
     std::int32_t score = 0;
     if (rules.moveFoldersToTop && kind == UINode::Kind::folder) score = -1000;
     if (rules.moveItemsStartingWithQueryToTop &&
-        lowercased(nameWithoutExtension(node.fileURL.path())).starts_with(rules.queryText)) {
+        lowercased(nameWithoutExtension(node.fileName())).starts_with(rules.queryText)) {
         score -= 500;
     }
     return score;
@@ -105,7 +105,7 @@ std::string columnText(const UINode& node, const UINode::Changable& changes, Col
         case Column::tags:
             // Rows learn their tags once on screen; a sort by tags can't wait for that.
             return LocalizedCollation::caseInsensitiveKey(
-                tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL.path())));
+                tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL().path())));
         case Column::path:
             return node.displayPath();
         default:
@@ -146,7 +146,7 @@ Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules, TextS
 // their paths, so that a tree always lists the same way, however the walk's
 // threads delivered its items.
 bool byPath(const Key& a, const Key& b) {
-    return a.node->fileURL.path() < b.node->fileURL.path();
+    return a.node->pathComesBefore(*b.node);
 }
 
 // Negative, zero or positive as a comes before, ties with or comes after b.

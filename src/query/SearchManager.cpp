@@ -178,6 +178,9 @@ void SearchManager::runSearches() {
     localQueue.waitUntilAllOperationsAreFinished();
     filterQueue.waitUntilAllOperationsAreFinished();
     fastQueue.waitUntilAllOperationsAreFinished();
+    // No path comes to be judged any more: the keys of a million paths go
+    // before the results are sorted, when memory is at its peak.
+    alreadyFiltered.setValue({});
     mainLoop.post([self = shared_from_this()] { self->allSearchesHaveCompleted(); });
 }
 

@@ -27,12 +27,17 @@ namespace {
 struct Key {
     UINodePtr node;
     const char* name = "";
-    // The compared text of the kind, inside, tags or path column; empty for the others.
-    const char* columnText = "";
-    // The compared number of the size, date or rank column; 0 for the others.
-    // A size fits: no file holds more than 2^63 bytes.
-    std::int64_t columnValue = 0;
-    std::int32_t sortScore = 0;
+    // What the list's column compares before the name; which member holds
+    // it follows from the column, the same for every key of a list.
+    union {
+        // The compared number of the size, date or rank column. A size
+        // fits: no file holds more than 2^63 bytes.
+        std::int64_t columnValue = 0;
+        // The compared text of the kind, inside, tags or path column.
+        const char* columnText;
+        // The name column's lift of folders and of names that start with the query.
+        std::int32_t sortScore;
+    };
 };
 
 // Texts appended one after another in large blocks that never move, so that
@@ -130,15 +135,43 @@ std::int64_t columnValue(const UINode& node, const UINode::Changable& changes, C
     }
 }
 
+// Whether the key of a row reads what the row learnt after it was made:
+// copying that costs a formatted size text a row.
+bool readsChanges(Column column, const ScoreRules& rules) {
+    switch (column) {
+        case Column::kind:
+        case Column::tags:
+        case Column::size:
+        case Column::rank:
+            return true;
+        case Column::name:
+            return rules.moveFoldersToTop;
+        default:
+            return false;
+    }
+}
+
 // Only the texts the column compares are collated; the name always is, for ties.
 Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules, TextStore& texts) {
-    const UINode::Changable changes = node->dynamic();
+    const UINode::Changable changes = readsChanges(column, rules) ? node->dynamic() : UINode::Changable{};
     Key key;
     key.node = node;
     key.name = texts.add(node->nameSortKey());
-    key.columnText = texts.add(columnText(*node, changes, column));
-    key.columnValue = columnValue(*node, changes, column);
-    key.sortScore = sortScore(*node, changes.kind, rules);
+    switch (column) {
+        case Column::image:
+            break;
+        case Column::name:
+            key.sortScore = sortScore(*node, changes.kind, rules);
+            break;
+        case Column::kind:
+        case Column::inside:
+        case Column::tags:
+        case Column::path:
+            key.columnText = texts.add(columnText(*node, changes, column));
+            break;
+        default:
+            key.columnValue = columnValue(*node, changes, column);
+    }
     return key;
 }
 

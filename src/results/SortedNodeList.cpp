@@ -109,8 +109,8 @@ std::string columnText(const UINode& node, const UINode::Changable& changes, Col
             return node.displayInside();
         case Column::tags:
             // Rows learn their tags once on screen; a sort by tags can't wait for that.
-            return LocalizedCollation::caseInsensitiveKey(
-                tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL().path())));
+            return LocalizedCollation::caseInsensitiveKey(tagsKey(
+                changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL().path())));
         case Column::path:
             return node.displayPath();
         default:

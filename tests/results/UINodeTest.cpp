@@ -50,9 +50,9 @@ TEST(UINodeFromResult, kindAndSizeTextsComeFromTheDirectoryFlagAndExtension) {
 // A row keeps its path as a shared folder part and a name: every shape of
 // path must come back as it went in, and order and key as the whole path's.
 TEST(UINodeFromResult, pathInTwoPiecesComesBackWhole_OrdersAndHashesAsTheWholePath) {
-    const std::vector<std::string> paths = {"/a/b/x",  "/a/b/y",  "/a/b-c/x", "/a/bx", "/a/b", "/",
-                                            "/x",      "name",    "/a/b/",    "",      "/a/b/x.txt",
-                                            "/a/b/xa", "/a/b/x/", "/caf\xC3\xA9/\xC3\xA9t\xC3\xA9"};
+    const std::vector<std::string> paths = {
+        "/a/b/x", "/a/b/y", "/a/b-c/x", "/a/bx",      "/a/b",    "/",       "/x",
+        "name",   "/a/b/",  "",         "/a/b/x.txt", "/a/b/xa", "/a/b/x/", "/caf\xC3\xA9/\xC3\xA9t\xC3\xA9"};
     std::vector<UINodePtr> rows;
     for (const auto& path : paths) {
         SearchResult result = resultFor(path);

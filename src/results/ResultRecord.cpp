@@ -54,7 +54,7 @@ std::string base64(std::string_view bytes) {
 
 nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     const UINode::Changable changes = row.dynamic();
-    const std::string& path = row.fileURL.path();
+    const std::string path = row.fileURL().path();
     const bool isFolder = changes.kind == UINode::Kind::folder || changes.kind == UINode::Kind::package;
     nlohmann::ordered_json record;
     record["path"] = path;

@@ -53,7 +53,7 @@ UINodePtr folderNode(const std::string& path) {
 
 std::vector<std::string> names(const UINode::NodeList& nodes) {
     std::vector<std::string> list;
-    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL.path()));
+    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL().path()));
     return list;
 }
 
@@ -263,7 +263,7 @@ TEST_F(ModelTest, theCheckTimerRunsVisibleChecksAndRemovesRowsThatAreGone) {
     EXPECT_EQ(model->numberOfNodesAwaitingCheck(), 2u);
     timers.advance(1ms);
     ASSERT_TRUE(eventually([&] { return model->displayItems().size() == 1; }));
-    EXPECT_EQ(model->displayItems()[0]->fileURL.path(), present);
+    EXPECT_EQ(model->displayItems()[0]->fileURL().path(), present);
     ASSERT_TRUE(eventually([&] { return model->displayItems()[0]->dynamic().hasLoadedAdditionalDetails; }));
     EXPECT_EQ(model->numberOfNodesAwaitingCheck(), 0u);
     timers.advance(200ms);

@@ -18,10 +18,13 @@ std::vector<const ImportTextPage*> pagesFor(const ImportTextResult& result, bool
     return pages;
 }
 
-bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+bool isContinuationByte(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
 
 std::size_t codePointCount(const std::string& text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); }));
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); }));
 }
 
 // The newlines among the first `codePoints` code points of `text`.
@@ -65,9 +68,13 @@ std::string ImportTextResult::locator(std::size_t atCharacterOffset, bool useOCR
     return "Page " + std::to_string(index + 1) + ", line " + std::to_string(line);
 }
 
-void to_json(nlohmann::json& json, const ImportTextPage& page) { json = nlohmann::json{{"text", page.text}}; }
+void to_json(nlohmann::json& json, const ImportTextPage& page) {
+    json = nlohmann::json{{"text", page.text}};
+}
 
-void from_json(const nlohmann::json& json, ImportTextPage& page) { page.text = json.at("text").get<std::string>(); }
+void from_json(const nlohmann::json& json, ImportTextPage& page) {
+    page.text = json.at("text").get<std::string>();
+}
 
 void to_json(nlohmann::json& json, const ImportTextResult& result) {
     json = nlohmann::json::object();

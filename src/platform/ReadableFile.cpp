@@ -34,7 +34,9 @@ Result<ReadableFile> ReadableFile::open(const std::string& path) {
     return ReadableFile(descriptor, path);
 }
 
-ReadableFile ReadableFile::adopt(int descriptor, std::string path) { return ReadableFile(descriptor, std::move(path)); }
+ReadableFile ReadableFile::adopt(int descriptor, std::string path) {
+    return ReadableFile(descriptor, std::move(path));
+}
 
 ReadableFile::ReadableFile(ReadableFile&& other) noexcept
     : fd(std::exchange(other.fd, -1)), filePath(std::move(other.filePath)) {}
@@ -83,6 +85,8 @@ Result<std::string> ReadableFile::readAll(std::uint64_t maxBytes) const {
     return bytes;
 }
 
-void ReadableFile::dropCachedPages() const { ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED); }
+void ReadableFile::dropCachedPages() const {
+    ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+}
 
 }  // namespace quester

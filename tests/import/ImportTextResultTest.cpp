@@ -7,7 +7,9 @@
 namespace quester {
 namespace {
 
-ImportTextResult twoPages() { return ImportTextResult{ImportTextPages{{"first\nline two"}, {"second page"}}, std::nullopt}; }
+ImportTextResult twoPages() {
+    return ImportTextResult{ImportTextPages{{"first\nline two"}, {"second page"}}, std::nullopt};
+}
 
 TEST(ImportTextResultTest, LocatorNamesLinesOfOnePageAndPagesOfMore) {
     ImportTextResult onePage{ImportTextPages{{"one\ntwo\nthree"}}, std::nullopt};

@@ -4,6 +4,7 @@
 
 #include "import/ImporterRun.h"
 #include "import/PdfWriter.h"
+#include "support/Logger.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -71,6 +72,22 @@ TEST_F(PdfReaderTest, CancelOrRefusedResultStopsBetweenPagesWithAFinalReport) {
     auto refused = import(path, {.goOn = false});
     EXPECT_EQ(refused.resultCalls, 1);
     EXPECT_EQ(refused.progress.back(), 100);
+}
+
+// The helper's standard output is no console; a progress line there would be
+// lost, or worse, mixed into what the helper sends.
+TEST_F(PdfReaderTest, ProgressLineGoesToTheLogAndNotToStandardOutput) {
+    auto path = threePages();
+    auto urls = Logger::shared().logURLs();
+    ASSERT_TRUE(urls);
+    ::testing::internal::CaptureStdout();
+    Logger::shouldLog = true;
+    import(path);
+    Logger::shouldLog = false;
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    std::string log = testing::readFile(urls->currentLogURL);
+    EXPECT_NE(log.find("importPDF: three.pdf 33%\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("importPDF: three.pdf 100%\n"), std::string::npos) << log;
 }
 
 TEST_F(PdfReaderTest, PasswordLockedPdfGivesNothing) {

@@ -11,12 +11,12 @@ namespace quester {
 
 namespace {
 
-std::vector<std::string> linesOfFirstPage(std::string bytes) {
+std::vector<std::string> linesOfFirstPage(std::string bytes, const ImportContext& context) {
     auto document = PdfReader::Document::load(std::move(bytes));
     if (!document || document->pdf().pages() < 1) return {};
     std::unique_ptr<poppler::page> page(document->pdf().create_page(0));
     if (!page) return {};
-    return VisionTextCollector::forThisThread().linesOfTextFrom(*page);
+    return VisionTextCollector::forThisThread().linesOfTextFrom(*page, context.shouldCancel);
 }
 
 }  // namespace
@@ -25,8 +25,9 @@ void ImageTextReader::importText(const ImportContext& context) {
     try {
         auto bytes = context.file.readAll(maxBytes);
         if (!bytes) return;
-        auto lines = bytes->starts_with("%PDF") ? linesOfFirstPage(std::move(*bytes))
-                                                : VisionTextCollector::forThisThread().linesOfTextFrom(*bytes);
+        auto lines = bytes->starts_with("%PDF")
+                         ? linesOfFirstPage(std::move(*bytes), context)
+                         : VisionTextCollector::forThisThread().linesOfTextFrom(*bytes, context.shouldCancel);
         if (lines.empty()) return;
         context.result(std::nullopt, ImportTextPages{{VisionTextCollector::joined(lines)}});
     } catch (...) {

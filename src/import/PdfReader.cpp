@@ -69,7 +69,7 @@ void importPages(const ImportContext& context) {
         std::optional<ImportTextPages> ocrText;
         if (context.useOCR) {
             std::vector<std::string> lines;
-            if (page) lines = VisionTextCollector::forThisThread().linesOfTextFrom(*page);
+            if (page) lines = VisionTextCollector::forThisThread().linesOfTextFrom(*page, context.shouldCancel);
             characters += static_cast<std::int64_t>(lines.size());
             ocrText = ImportTextPages{{VisionTextCollector::joined(lines)}};
         }

@@ -6,6 +6,7 @@
 #include <poppler/cpp/poppler-page-renderer.h>
 #include <poppler/cpp/poppler-page.h>
 #include <tesseract/baseapi.h>
+#include <tesseract/ocrclass.h>
 #include <tesseract/resultiterator.h>
 
 #include <algorithm>
@@ -158,26 +159,35 @@ VisionTextCollector::VisionTextCollector() {
 
 VisionTextCollector::~VisionTextCollector() = default;
 
-std::vector<std::string> VisionTextCollector::linesOfTextFrom(std::string_view imageBytes) {
+std::vector<std::string> VisionTextCollector::linesOfTextFrom(std::string_view imageBytes,
+                                                              const CancelTest& shouldCancel) {
     if (!engine) return {};
     auto image = Image::read(imageBytes);
     if (!image) return {};
-    return linesOfTextFrom(*image);
+    return linesOfTextFrom(*image, shouldCancel);
 }
 
-std::vector<std::string> VisionTextCollector::linesOfTextFrom(const poppler::page& pdfPage) {
+std::vector<std::string> VisionTextCollector::linesOfTextFrom(const poppler::page& pdfPage,
+                                                              const CancelTest& shouldCancel) {
     if (!engine) return {};
     auto image = Image::render(pdfPage);
     if (!image) return {};
-    return linesOfTextFrom(*image);
+    return linesOfTextFrom(*image, shouldCancel);
 }
 
-std::vector<std::string> VisionTextCollector::linesOfTextFrom(const Image& image) {
+std::vector<std::string> VisionTextCollector::linesOfTextFrom(const Image& image, const CancelTest& shouldCancel) {
     if (!engine) return {};
     engine->SetImage(image.pix());
     if (image.resolution() >= minimumCredibleResolution) engine->SetSourceResolution(image.resolution());
+    // A dense page takes seconds; the monitor lets a cancel stop it between
+    // words instead of after the page.
+    tesseract::ETEXT_DESC monitor;
+    if (shouldCancel) {
+        monitor.cancel = [](void* test, int) { return (*static_cast<const CancelTest*>(test))(); };
+        monitor.cancel_this = const_cast<CancelTest*>(&shouldCancel);
+    }
     std::vector<std::string> lines;
-    if (engine->Recognize(nullptr) == 0) {
+    if (engine->Recognize(&monitor) == 0) {
         std::unique_ptr<tesseract::ResultIterator> line(engine->GetIterator());
         if (line) {
             do {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -69,11 +70,15 @@ public:
 
     bool hasModel() const { return engine != nullptr; }
 
+    // Asked between words while recognising; true stops recognition, which
+    // then gives no lines. May be empty.
+    using CancelTest = std::function<bool()>;
+
     // The lines of text in reading order, trimmed, without empty ones. No lines
-    // for an unreadable picture or page, or without a model.
-    std::vector<std::string> linesOfTextFrom(std::string_view imageBytes);
-    std::vector<std::string> linesOfTextFrom(const poppler::page& pdfPage);
-    std::vector<std::string> linesOfTextFrom(const Image& image);
+    // for an unreadable picture or page, without a model, or when cancelled.
+    std::vector<std::string> linesOfTextFrom(std::string_view imageBytes, const CancelTest& shouldCancel = {});
+    std::vector<std::string> linesOfTextFrom(const poppler::page& pdfPage, const CancelTest& shouldCancel = {});
+    std::vector<std::string> linesOfTextFrom(const Image& image, const CancelTest& shouldCancel = {});
 
     // Lines as one page of text: joined by a blank.
     static std::string joined(const std::vector<std::string>& lines);

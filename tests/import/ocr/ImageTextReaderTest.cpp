@@ -15,8 +15,8 @@ using testing::PdfWriter;
 
 class ImageTextReaderTest : public ::testing::Test {
 protected:
-    ImporterRun import(const std::filesystem::path& path) {
-        return ImporterRun::of(&ImageTextReader::importText, path);
+    ImporterRun import(const std::filesystem::path& path, testing::ImporterOptions options = {}) {
+        return ImporterRun::of(&ImageTextReader::importText, path, std::move(options));
     }
     testing::TempDir dir;
 };
@@ -34,6 +34,16 @@ TEST_F(ImageTextReaderTest, IllustratorFileIsReadAsItsFirstDrawnPage) {
     auto run = import(path);
     EXPECT_EQ(run.result.text, std::nullopt);
     EXPECT_EQ(run.result.ocrText, (ImportTextPages{{"FIRST ARTBOARD"}}));
+}
+
+// Recognising a picture is one unit of work that takes seconds: a cancel must
+// stop it part way, not wait for its end.
+TEST_F(ImageTextReaderTest, CancelStopsRecognitionPartWayAndGivesNothing) {
+    auto path = testing::renderedPng(PdfWriter().page({"QUICK BROWN FOX"}, 36).bytes(), dir, "scan.png");
+    int asked = 0;
+    auto run = import(path, {.shouldCancel = [&asked] { return ++asked > 0; }});
+    EXPECT_EQ(run.resultCalls, 0);
+    EXPECT_GT(asked, 0);
 }
 
 TEST_F(ImageTextReaderTest, UnreadableOrBlankPictureGivesNothing) {

@@ -12,7 +12,9 @@
 // Drawing a page with a font the PDF doesn't carry asks fontconfig for one,
 // and fontconfig keeps a few bytes of its answer for the life of the process:
 // not a leak of ours, but LeakSanitizer in the sanitizer build says so.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig.so\n"; }
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig.so\n";
+}
 
 namespace quester {
 namespace {

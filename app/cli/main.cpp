@@ -9,6 +9,7 @@
 #include "ExitStatus.h"
 #include "ExplainCommand.h"
 #include "SearchCommand.h"
+#include "TextCommand.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ int runCommandLine(int argc, char** argv) {
     int exitStatus = ExitStatus::found;
     quester::cli::addSearchCommand(app, exitStatus);
     quester::cli::addExplainCommand(app, exitStatus);
+    quester::cli::addTextCommand(app, exitStatus);
 
     const std::vector<std::string> arguments =
         quester::cli::withDashedQueryExplicit(app, std::vector<std::string>(argv, argv + argc));

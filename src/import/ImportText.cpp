@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "import/HtmlReader.h"
+#include "import/OfficeReader.h"
 #include "import/RawTextReader.h"
+#include "import/RtfReader.h"
 #include "import/WordTally.h"
 #include "language/UnicodeText.h"
 #include "platform/UniformTypeTable.h"
@@ -104,7 +107,17 @@ ImportText::ImportText() : ImportText(UniformTypeTable::shared()) {}
 
 ImportText::ImporterTable ImportText::builtinFileImportFunctions(bool /*useOCR*/) {
     ImporterTable table;
+    // Rich documents: what a word processor, spreadsheet or slide program saves.
+    table["public.rtf"] = &RtfReader::importText;
+    for (const char* office : {"org.openxmlformats.wordprocessingml.document", "org.openxmlformats.spreadsheetml.sheet",
+                               "org.openxmlformats.presentationml.presentation", "org.oasis-open.opendocument.text",
+                               "org.oasis-open.opendocument.spreadsheet", "org.oasis-open.opendocument.presentation"}) {
+        table[office] = &OfficeReader::importText;
+    }
+    table["public.html"] = &HtmlReader::importHTML;
+    table["public.xml"] = &HtmlReader::importXML;
     table["public.plain-text"] = &RawTextReader::importText;
+    table["com.apple.traditional-mac-plain-text"] = &RawTextReader::importText;
     return table;
 }
 

@@ -17,6 +17,7 @@ enum class ErrorCode {
     permissionDenied,
     unsupported,
     cancelled,
+    timedOut,
     internal,
 };
 
@@ -37,6 +38,8 @@ inline const char* errorCodeName(ErrorCode code) {
             return "unsupported";
         case ErrorCode::cancelled:
             return "cancelled";
+        case ErrorCode::timedOut:
+            return "timedOut";
         case ErrorCode::internal:
             return "internal";
     }

@@ -16,7 +16,7 @@ std::vector<std::string> linesOfFirstPage(std::string bytes, const ImportContext
     if (!document || document->pdf().pages() < 1) return {};
     std::unique_ptr<poppler::page> page(document->pdf().create_page(0));
     if (!page) return {};
-    return VisionTextCollector::forThisThread().linesOfTextFrom(*page, context.shouldCancel);
+    return VisionTextCollector::borrow()->linesOfTextFrom(*page, context.shouldCancel);
 }
 
 }  // namespace
@@ -27,7 +27,7 @@ void ImageTextReader::importText(const ImportContext& context) {
         if (!bytes) return;
         auto lines = bytes->starts_with("%PDF")
                          ? linesOfFirstPage(std::move(*bytes), context)
-                         : VisionTextCollector::forThisThread().linesOfTextFrom(*bytes, context.shouldCancel);
+                         : VisionTextCollector::borrow()->linesOfTextFrom(*bytes, context.shouldCancel);
         if (lines.empty()) return;
         context.result(std::nullopt, ImportTextPages{{VisionTextCollector::joined(lines)}});
     } catch (...) {

@@ -62,6 +62,8 @@ void importPages(const ImportContext& context) {
 
     context.reportProgress(0);
     std::int64_t characters = 0;
+    std::optional<VisionTextCollector::Loan> recogniser;
+    if (context.useOCR) recogniser.emplace(VisionTextCollector::borrow());
     for (int index = 0; index < pageCount && characters < context.maxLength; ++index) {
         std::unique_ptr<poppler::page> page(pdf.create_page(index));
         PageText text = textOf(page.get());
@@ -69,7 +71,7 @@ void importPages(const ImportContext& context) {
         std::optional<ImportTextPages> ocrText;
         if (context.useOCR) {
             std::vector<std::string> lines;
-            if (page) lines = VisionTextCollector::forThisThread().linesOfTextFrom(*page, context.shouldCancel);
+            if (page) lines = (*recogniser)->linesOfTextFrom(*page, context.shouldCancel);
             characters += static_cast<std::int64_t>(lines.size());
             ocrText = ImportTextPages{{VisionTextCollector::joined(lines)}};
         }

@@ -14,6 +14,8 @@
 #include <cstring>
 #include <mutex>
 
+#include "support/Locked.h"
+
 namespace quester {
 
 namespace {
@@ -137,9 +139,32 @@ int VisionTextCollector::Image::resolution() const {
     return pixGetXRes(pix());
 }
 
-VisionTextCollector& VisionTextCollector::forThisThread() {
-    thread_local VisionTextCollector collector;
-    return collector;
+namespace {
+
+using IdleCollectors = Locked<std::vector<std::unique_ptr<VisionTextCollector>>>;
+
+IdleCollectors& idleCollectors() {
+    static IdleCollectors idle;
+    return idle;
+}
+
+}  // namespace
+
+VisionTextCollector::Loan VisionTextCollector::borrow() {
+    auto idle = idleCollectors().access([](auto& collectors) {
+        std::unique_ptr<VisionTextCollector> taken;
+        if (!collectors.empty()) {
+            taken = std::move(collectors.back());
+            collectors.pop_back();
+        }
+        return taken;
+    });
+    return Loan(idle ? std::move(idle) : std::make_unique<VisionTextCollector>());
+}
+
+VisionTextCollector::Loan::~Loan() {
+    if (!collector) return;
+    idleCollectors().access([this](auto& collectors) { collectors.push_back(std::move(collector)); });
 }
 
 VisionTextCollector::VisionTextCollector() {

@@ -21,9 +21,9 @@ namespace quester {
 
 // Recognises printed English text in pictures and in drawn PDF pages with
 // Tesseract's LSTM model from the system's tessdata. Loading the model costs
-// far more than most pages, so a thread keeps one collector for its life
-// (`forThisThread`). A collector whose model could not be loaded gives no
-// lines. One thread at a time.
+// far more than most pages, so readers borrow a loaded collector from the
+// process (`borrow`) rather than make one. A collector whose model could not
+// be loaded gives no lines. One thread at a time.
 class VisionTextCollector {
 public:
     // A decoded picture as the recogniser reads it, with the resolution it was
@@ -59,9 +59,27 @@ public:
         std::unique_ptr<Pix, PixDeleter> picture;
     };
 
-    // The calling thread's collector, made (and its model loaded) at the
-    // thread's first call.
-    static VisionTextCollector& forThisThread();
+    // A collector lent to one user at a time; going out of scope gives it back.
+    class Loan {
+    public:
+        Loan(Loan&& other) noexcept = default;
+        Loan& operator=(Loan&&) = delete;
+        ~Loan();
+
+        VisionTextCollector* operator->() const { return collector.get(); }
+        VisionTextCollector& operator*() const { return *collector; }
+
+    private:
+        friend class VisionTextCollector;
+        explicit Loan(std::unique_ptr<VisionTextCollector> lent) : collector(std::move(lent)) {}
+
+        std::unique_ptr<VisionTextCollector> collector;
+    };
+
+    // A free collector of the process, or a new one (its model loaded) when
+    // all are lent. Not one a thread: the import helper reads every document
+    // on a thread of its own, and would load the model for each. Any thread.
+    static Loan borrow();
 
     VisionTextCollector();
     ~VisionTextCollector();

@@ -2,6 +2,8 @@
 #include <poppler/cpp/poppler-document.h>
 #include <poppler/cpp/poppler-page.h>
 
+#include <thread>
+
 #include "import/PdfReader.h"
 #include "import/PdfWriter.h"
 #include "import/VisionTextCollector.h"
@@ -28,6 +30,22 @@ TEST(VisionTextCollectorOcrTest, MissingModelGivesNoLinesRatherThanFailing) {
     VisionTextCollector collector;
     EXPECT_FALSE(collector.hasModel());
     EXPECT_TRUE(collector.linesOfTextFrom(png).empty());
+}
+
+// The import helper reads each document on a new thread: a collector kept per
+// thread would load the model again for every picture.
+TEST(VisionTextCollectorOcrTest, ModelLoadedOnceServesDocumentsReadOnNewThreads) {
+    auto lentOnANewThread = [] {
+        const VisionTextCollector* lent = nullptr;
+        std::thread([&lent] { lent = &*VisionTextCollector::borrow(); }).join();
+        return lent;
+    };
+    const VisionTextCollector* first = lentOnANewThread();
+    EXPECT_EQ(lentOnANewThread(), first);
+
+    auto one = VisionTextCollector::borrow();
+    auto other = VisionTextCollector::borrow();
+    EXPECT_NE(&*one, &*other) << "two users at once share one recogniser";
 }
 
 TEST(VisionTextCollectorOcrTest, HugePageIsDrawnWithinThePixelLimit) {

@@ -36,6 +36,9 @@ done
 
 [ -f "$files/document-20.pdf" ] || "$maker" "$files" 20 20
 pdfs=("$files"/document-*.pdf)
+"$quester" text "${pdfs[0]}" > /dev/null ||
+  { echo "text-benchmark: quester text gives no text for ${pdfs[0]}; is the PDF reader in its table?" >&2; exit 1; }
+
 pages=()
 for n in 1 2 3; do
   pages+=("$files/page-$n.png")

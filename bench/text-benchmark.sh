@@ -46,20 +46,23 @@ for n in 1 2 3; do
 done
 printf '%s\n' "${pages[@]}" > "$files/pages.txt"
 
-# seconds COMMAND... : the wall time of one run in seconds, all output dropped.
+# seconds COMMAND... : the wall time and the processor time (user and system,
+# the import helper's included) of one run in seconds, all output dropped.
 seconds() {
-  local TIMEFORMAT=%R
-  { time "$@" > /dev/null 2>&1; } 2>&1
+  local TIMEFORMAT='%R %U %S'
+  { time "$@" > /dev/null 2>&1; } 2>&1 | awk '{ print $1, $2 + $3 }'
 }
 
-# best COMMAND... : the fastest of $runs runs.
+# best COMMAND... : the shortest wall time and the least processor time of $runs
+# runs. On a shared machine the processor time is the steadier of the two.
 best() {
-  local fastest="" t
+  local wall="" cpu="" w c
   for ((i = 0; i < runs; i++)); do
-    t=$(seconds "$@")
-    fastest=$(awk -v t="$t" -v f="$fastest" 'BEGIN { print (f == "" || t < f) ? t : f }')
+    read -r w c < <(seconds "$@")
+    wall=$(awk -v t="$w" -v f="$wall" 'BEGIN { print (f == "" || t < f) ? t : f }')
+    cpu=$(awk -v t="$c" -v f="$cpu" 'BEGIN { print (f == "" || t < f) ? t : f }')
   done
-  echo "$fastest"
+  echo "$wall $cpu"
 }
 
 quester_all_pdfs() { "$quester" text "${pdfs[@]}"; }
@@ -68,25 +71,29 @@ pdftotext_each_pdf() { for pdf in "${pdfs[@]}"; do pdftotext "$pdf" -; done; }
 # Words of the text, without the "==> path <==" line quester writes above each file.
 words() { "$@" | grep -v '^==> .* <==$' | wc -w; }
 
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0) ? a / b : 0 }'; }
-perPage() { awk -v t="$1" -v n="${#pages[@]}" 'BEGIN { printf "%.3f", t / n }'; }
+# report TASK GOAL QUESTER_TIMES PEER_TIMES WORDS [PAGES]: one table row, times
+# divided by PAGES when given.
+report() {
+  awk -v task="$1" -v goal="$2" -v q="$3" -v p="$4" -v words="$5" -v n="${6:-1}" 'BEGIN {
+    split(q, qt, " "); split(p, pt, " ")
+    printf "%-38s %9.3f %9.3f %6.2f %9.3f %9.3f %6.2f %5s %13s\n", task, qt[1] / n, pt[1] / n,
+      (pt[1] > 0) ? qt[1] / pt[1] : 0, qt[2] / n, pt[2] / n, (pt[2] > 0) ? qt[2] / pt[2] : 0, goal, words
+  }'
+}
 
-ta=$(best quester_all_pdfs)
-te=$(best quester_each_pdf)
-tp=$(best pdftotext_each_pdf)
-oq=$(perPage "$(best "$quester" text --ocr "${pages[@]}")")
-ot=$(perPage "$(best tesseract "$files/pages.txt" - --psm 3)")
-o1q=$(best "$quester" text --ocr "${pages[0]}")
-o1t=$(best tesseract "${pages[0]}" - --psm 3)
-wa=$(words quester_all_pdfs)
-wp=$(words pdftotext_each_pdf)
-oqw=$(words "$quester" text --ocr "${pages[@]}")
-otw=$(words tesseract "$files/pages.txt" - --psm 3)
+all=$(best quester_all_pdfs)
+each=$(best quester_each_pdf)
+peer=$(best pdftotext_each_pdf)
+ocr=$(best "$quester" text --ocr "${pages[@]}")
+tesseract=$(best tesseract "$files/pages.txt" - --psm 3)
+ocr1=$(best "$quester" text --ocr "${pages[0]}")
+tesseract1=$(best tesseract "${pages[0]}" - --psm 3)
+text_words="$(words quester_all_pdfs)/$(words pdftotext_each_pdf)"
+ocr_words="$(words "$quester" text --ocr "${pages[@]}")/$(words tesseract "$files/pages.txt" - --psm 3)"
 
-row() { printf '%-38s %12s %12s %14s %6s %13s\n' "$@"; }
-row task "quester (s)" "peer (s)" "quester/peer" goal words
-row "text of ${#pdfs[@]} PDFs, one run (pdftotext)" "$ta" "$tp" "$(ratio "$ta" "$tp")" 1.2 "$wa/$wp"
-row "text of ${#pdfs[@]} PDFs, a run each" "$te" "$tp" "$(ratio "$te" "$tp")" - "$wa/$wp"
-row "OCR per page, one run (tesseract)" "$oq" "$ot" "$(ratio "$oq" "$ot")" 1.0 "$oqw/$otw"
-row "OCR of one page, a run each" "$o1q" "$o1t" "$(ratio "$o1q" "$o1t")" - ""
-echo "ratios at or below the goal meet it; words are quester/peer counts"
+printf '%-38s %9s %9s %6s %9s %9s %6s %5s %13s\n' task "wall (s)" peer ratio "cpu (s)" peer ratio goal words
+report "text of ${#pdfs[@]} PDFs, one run (pdftotext)" 1.2 "$all" "$peer" "$text_words"
+report "text of ${#pdfs[@]} PDFs, a run each" - "$each" "$peer" "$text_words"
+report "OCR per page, one run (tesseract)" 1.0 "$ocr" "$tesseract" "$ocr_words" "${#pages[@]}"
+report "OCR of one page, a run each" - "$ocr1" "$tesseract1" ""
+echo "ratio: quester's time over the peer's; at or below the goal meets it; words: quester/peer"

@@ -15,9 +15,10 @@
 #
 # The PDFs and the page pictures are made once in $QUESTER_TEXT_FILES (default
 # /tmp/quester-text-files) and reused. Each command runs $QUESTER_TEXT_RUNS times
-# (default 3); the best time counts. Both recognisers run on one core
-# (OMP_THREAD_LIMIT=1 unless set): the import helper reads one file a process,
-# and OpenMP's spinning threads only make the timing noisy on a busy machine.
+# (default 3); the shortest wall time and the least processor time count. Both
+# recognisers run on one core (OMP_THREAD_LIMIT=1 unless set): a content search
+# keeps the other cores for its other work, and OpenMP's spinning threads only
+# make the timing noisy on a busy machine.
 set -euo pipefail
 
 build=${1:?usage: bench/text-benchmark.sh BUILD_DIR}

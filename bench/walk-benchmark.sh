@@ -34,7 +34,8 @@ best_time() {
   local best="" start end count
   for ((i = 0; i < runs; i++)); do
     start=$(now)
-    count=$("$@" | wc -l)
+    # quester exits 1 when the word matches nothing, which is no failure here.
+    count=$({ "$@" || [ $? -eq 1 ]; } | wc -l)
     end=$(now)
     best=$(awk -v e="$end" -v s="$start" -v b="$best" 'BEGIN { t = e - s; print (b == "" || t < b) ? t : b }')
   done

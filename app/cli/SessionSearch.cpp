@@ -1,5 +1,6 @@
 #include "SessionSearch.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -126,7 +127,8 @@ void printJSONLines(const UINode::NodeList& rows) {
 // A terminal gets the paths shown safely.
 void printPaths(const UINode::NodeList& rows, char separator, bool forTerminal) {
     printRows(rows, [separator, forTerminal](const UINode& row, std::string& text) {
-        text += forTerminal ? terminalSafeText(row.fileURL.path()) : row.fileURL.path();
+        const std::string path = row.fileURL().path();
+        text += forTerminal ? terminalSafeText(path) : path;
         text += separator;
     });
 }
@@ -145,6 +147,12 @@ struct SessionSearch::State {
 };
 
 SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_unique<State>()) {
+    // A search of a million results grows and frees arrays of megabytes (sort
+    // orders, key tables, batches). glibc raises its mapping threshold each
+    // time one is freed, so that the next ones come from the heap and leave
+    // holes there that rows can't fill; a fixed threshold maps them apart and
+    // gives them back when freed.
+    ::mallopt(M_MMAP_THRESHOLD, 1 << 20);
     state->options = std::move(options);
     copySearchPreferences(state->preferences);
     (void)state->preferences.setValue("searchInsideSystemAndApps", state->options.hidden);
@@ -167,6 +175,10 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
     state->session = SearchSession::create(std::move(environment));
     State* current = state.get();
     state->progress = std::make_shared<ProgressLine>([current] {
+        // The walk's threads have freed what they held for the results in
+        // flight, but the allocator keeps it mapped; the sort that comes
+        // now is when memory peaks.
+        ::malloc_trim(0);
         const auto& model = current->session->uiNodeModel();
         model->setSortingDeferred(false);
         model->afterPendingWork([current] { current->loop.stop(); });

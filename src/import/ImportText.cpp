@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "import/HtmlReader.h"
+#include "import/ImageTextReader.h"
 #include "import/OfficeReader.h"
+#include "import/PdfReader.h"
 #include "import/RawTextReader.h"
 #include "import/RtfReader.h"
 #include "import/WordTally.h"
@@ -105,7 +107,7 @@ ImportText::ImportText(const UniformTypeTable& types)
 
 ImportText::ImportText() : ImportText(UniformTypeTable::shared()) {}
 
-ImportText::ImporterTable ImportText::builtinFileImportFunctions(bool /*useOCR*/) {
+ImportText::ImporterTable ImportText::builtinFileImportFunctions(bool useOCR) {
     ImporterTable table;
     // Rich documents: what a word processor, spreadsheet or slide program saves.
     table["public.rtf"] = &RtfReader::importText;
@@ -114,6 +116,15 @@ ImportText::ImporterTable ImportText::builtinFileImportFunctions(bool /*useOCR*/
                                "org.oasis-open.opendocument.spreadsheet", "org.oasis-open.opendocument.presentation"}) {
         table[office] = &OfficeReader::importText;
     }
+    // Pictures are read only by recognition, so only when it is wanted.
+    if (useOCR) {
+        for (const char* image : {"public.jpeg", "public.png", "com.compuserve.gif", "com.microsoft.bmp", "public.tiff",
+                                  "org.webmproject.webp"}) {
+            table[image] = &ImageTextReader::importText;
+        }
+    }
+    table["com.adobe.illustrator.ai-image"] = &ImageTextReader::importText;
+    table["com.adobe.pdf"] = &PdfReader::importText;
     table["public.html"] = &HtmlReader::importHTML;
     table["public.xml"] = &HtmlReader::importXML;
     table["public.plain-text"] = &RawTextReader::importText;

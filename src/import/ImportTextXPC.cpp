@@ -169,7 +169,10 @@ Result<ImportTextXPC::Helper*> ImportTextXPC::runningHelper() {
     if (helper) return helper.get();
     auto ends = MessageSocket::makePair();
     if (!ends) return ends.error();
-    ChildProcess::Options spawn{options.helperPath, {}, ends->second.descriptor(), options.memoryLimit, false};
+    // Recognition's worker threads only compete with each other on a busy
+    // machine; one document at a time reads fastest on one thread.
+    ChildProcess::Options spawn{options.helperPath,  {},    ends->second.descriptor(),
+                                options.memoryLimit, false, {"OMP_THREAD_LIMIT=1"}};
     auto process = ChildProcess::spawn(spawn);
     if (!process) return process.error();
     auto started = std::make_unique<Helper>(Helper{std::move(*process), std::move(ends->first)});

@@ -7,11 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
 #include <functional>
 #include <mutex>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -61,7 +63,8 @@ private:
 };
 
 // Runs in the forked child, before exec: only async-signal-safe calls.
-[[noreturn]] void becomeChild(const ChildProcess::Options& options, char* const* argv, pid_t parent, int devNull) {
+[[noreturn]] void becomeChild(const ChildProcess::Options& options, char* const* argv, char* const* envp, pid_t parent,
+                              int devNull) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(127);
     if (options.sharedDescriptor >= 0) {
@@ -76,8 +79,30 @@ private:
         rlimit limit{options.addressSpaceLimit, options.addressSpaceLimit};
         ::setrlimit(RLIMIT_AS, &limit);
     }
-    ::execv(options.executable.c_str(), argv);
+    ::execve(options.executable.c_str(), argv, envp);
     ::_exit(127);
+}
+
+// This process's environment with `extra` entries set over it.
+std::vector<std::string> environmentWith(const std::vector<std::string>& extra) {
+    std::vector<std::string> entries;
+    for (char** entry = environ; entry && *entry; ++entry) {
+        std::string_view text(*entry);
+        auto overridden = [&](const std::string& added) {
+            auto equals = added.find('=');
+            return text.substr(0, text.find('=') + 1) == std::string_view(added).substr(0, equals + 1);
+        };
+        if (std::none_of(extra.begin(), extra.end(), overridden)) entries.emplace_back(text);
+    }
+    entries.insert(entries.end(), extra.begin(), extra.end());
+    return entries;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
+    std::vector<char*> pointers;
+    for (auto& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return pointers;
 }
 
 }  // namespace
@@ -88,15 +113,15 @@ Result<ChildProcess> ChildProcess::spawn(const Options& options) {
     }
     std::vector<std::string> words{options.executable};
     words.insert(words.end(), options.arguments.begin(), options.arguments.end());
-    std::vector<char*> argv;
-    for (auto& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
+    std::vector<char*> argv = pointersTo(words);
+    std::vector<std::string> environment = environmentWith(options.environment);
+    std::vector<char*> envp = pointersTo(environment);
     int devNull = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     pid_t parent = ::getpid();
     int forkError = 0;
     int pid = ForkingThread::shared().run([&] {
         pid_t child = ::fork();
-        if (child == 0) becomeChild(options, argv.data(), parent, devNull);
+        if (child == 0) becomeChild(options, argv.data(), envp.data(), parent, devNull);
         if (child < 0) forkError = errno;
         return static_cast<int>(child);
     });

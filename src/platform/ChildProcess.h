@@ -24,6 +24,8 @@ public:
         std::uint64_t addressSpaceLimit = 0;
         // Where the child's standard error goes: kept when false, else /dev/null.
         bool silenceStandardError = true;
+        // "NAME=value" entries set for the child on top of this process's environment.
+        std::vector<std::string> environment;
     };
 
     // Starts the child; ioError when it can't be forked, notFound when the

@@ -151,6 +151,7 @@ constexpr std::array kTypeRows = std::to_array<TypeRow>({
     {"public.svg-image", "public.image", "SVG image", "svg svgz", "image/svg+xml"},
     {"com.microsoft.ico", "public.image", "Windows icon image", "ico", "image/vnd.microsoft.icon image/x-icon"},
     {"com.adobe.photoshop-image", "public.image", "Adobe Photoshop image", "psd", "image/vnd.adobe.photoshop"},
+    {"com.adobe.illustrator.ai-image", "public.image", "Adobe Illustrator document", "ai", "application/illustrator"},
     {"org.gimp.xcf", "public.image", "GIMP image", "xcf", "image/x-xcf"},
     {"public.camera-raw-image", "public.image", "Camera raw image", "", ""},
     {"com.canon.raw-image", "public.camera-raw-image", "Canon raw image", "cr2 cr3 crw", "image/x-canon-cr2"},

@@ -178,6 +178,9 @@ void SearchManager::runSearches() {
     localQueue.waitUntilAllOperationsAreFinished();
     filterQueue.waitUntilAllOperationsAreFinished();
     fastQueue.waitUntilAllOperationsAreFinished();
+    // No path comes to be judged any more: the keys of a million paths go
+    // before the results are sorted, when memory is at its peak.
+    alreadyFiltered.setValue({});
     mainLoop.post([self = shared_from_this()] { self->allSearchesHaveCompleted(); });
 }
 
@@ -382,7 +385,7 @@ std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& res
         // Most enclosing folders were judged before, so a folder's attributes
         // are read only once it is known to be new.
         SearchResult candidate = i == 0 ? result : enclosingFolderResult(paths[i], result);
-        if (judgeClaimed(candidate, keys[i], commands)) passing.push_back(std::move(candidate));
+        if (judgeClaimed(candidate, commands)) passing.push_back(std::move(candidate));
     }
     return passing;
 }
@@ -399,7 +402,9 @@ std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::int64_
     });
 }
 
-bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, const std::vector<CommandPtr>& commands) {
+// Only the claim makes a path new, so a path that passes here is shown once
+// without a set of its own of the paths shown.
+bool SearchManager::judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands) {
     const std::string& path = candidate.url.path();
     if (!candidate.ignoreSearchLocation) {
         if (!showsHiddenItems && fsUtilities.isHiddenFromSearch(path, searchedFolders)) return false;
@@ -409,7 +414,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, std::int64_t key, cons
     if (judgesThroughTree && searchQuery.findCommand(CommandRole::contentSearch) != nullptr) {
         candidate.tryCollectSummaryLines = true;
     }
-    return alreadyIncludedInDisplay.access([&](auto& shown) { return shown.insert(key); });
+    return true;
 }
 
 bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,

@@ -131,7 +131,7 @@ private:
     void deliver(Survivors survivors);
     std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
     std::vector<bool> claimForFiltering(const std::vector<std::int64_t>& keys);
-    bool judgeClaimed(SearchResult& candidate, std::int64_t key, const std::vector<CommandPtr>& commands);
+    bool judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands);
     bool passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                              const std::vector<CommandPtr>& commands);
     bool passesTreeFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
@@ -166,7 +166,6 @@ private:
     Counters counters;
     std::atomic<std::int64_t> resultsAwaitingDelegate{0};  // judged, not yet handed over
     DelayTimer progressUpdateTimer;
-    Locked<Crc64Set> alreadyIncludedInDisplay;
     Locked<Crc64Set> alreadyFiltered;
     Locked<std::map<int, std::unordered_set<std::int64_t>>> materializedDataSourceSets;
     Locked<std::vector<std::function<void(SearchManagerDelegate&)>>> pendingDelegateCalls;

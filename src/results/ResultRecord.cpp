@@ -64,7 +64,7 @@ nlohmann::ordered_json foundRecord(const FoundItem& item) {
 
 nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     const UINode::Changable changes = row.dynamic();
-    const std::string& path = row.fileURL.path();
+    const std::string path = row.fileURL().path();
     const bool isFolder = changes.kind == UINode::Kind::folder || changes.kind == UINode::Kind::package;
     nlohmann::ordered_json record;
     record["path"] = path;

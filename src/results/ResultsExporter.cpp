@@ -24,8 +24,8 @@ std::string dateField(std::int64_t seconds, const ResultDateText& dates) {
 
 std::vector<std::string> rowFields(const UINode& node, const ResultDateText& dates) {
     const UINode::Changable changes = node.dynamic();
-    return {lastPathComponent(node.fileURL.path()),
-            node.fileURL.path(),
+    return {std::string(node.fileName()),
+            node.fileURL().path(),
             std::to_string(changes.totalSize),
             dateField(node.modificationDate, dates),
             dateField(node.creationDate, dates),

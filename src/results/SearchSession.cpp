@@ -1,5 +1,7 @@
 #include "results/SearchSession.h"
 
+#include <utility>
+
 #include "results/QuesterURL.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
@@ -32,7 +34,7 @@ SearchSession::SearchSession(Environment givenEnvironment)
       mainLoop(environment.mainLoop ? *environment.mainLoop : MainLoop::shared()),
       scheduler(environment.scheduler ? *environment.scheduler : MainLoopTimerScheduler::shared()),
       preferences(environment.preferences ? *environment.preferences : Preferences::shared()),
-      bucket(scheduler.clock()),
+      lastFlush(scheduler.clock().now()),
       model(UINodeModel::create(modelEnvironment(mainLoop, scheduler, preferences))) {}
 
 SearchSession::~SearchSession() {
@@ -102,7 +104,10 @@ void SearchSession::doSearch() {
         return;
     }
     (void)preferences.setValue("rankInVisible", query->findCommand(CommandRole::contentSearch) != nullptr);
-    bucket.empty();
+    highlight = std::make_shared<const HighlightWords>(
+        HighlightWords{query->searchWordsHighlightStrings(), query->matchIsCaseSensitive()});
+    waitingRows.clear();
+    lastFlush = scheduler.clock().now();
     model->clear();
     errorCount = 0;
     notify([](SearchSessionObserver& watching) {
@@ -143,26 +148,26 @@ void SearchSession::searchManagerIsBeginingSearches(const QueryContainer& forQue
     });
     flushTimer = std::make_unique<RepeatingTimer>(scheduler, flushInterval, [weak = weak_from_this()] {
         auto self = weak.lock();
-        if (self && self->bucket.isTimeToEmpty()) self->flushResults();
+        if (self && self->isTimeToFlush()) self->flushResults();
     });
 }
 
+bool SearchSession::isTimeToFlush() const {
+    return scheduler.clock().now() - lastFlush > batchSpacing;
+}
+
 void SearchSession::searchManagerFoundItems(const std::vector<SearchResult>& items, const QueryContainer&) {
-    bucket.add(items);
-    if (bucket.isTimeToEmpty()) flushResults();
+    for (const auto& item : items) waitingRows.push_back(UINode::create(item, highlight, scheduler.clock()));
+    if (isTimeToFlush()) flushResults();
 }
 
 void SearchSession::flushResults() {
     if (!query) return;
-    const std::vector<SearchResult> items = bucket.empty();
-    if (items.empty()) return;
-    const auto highlight = std::make_shared<const HighlightWords>(
-        HighlightWords{query->searchWordsHighlightStrings(), query->matchIsCaseSensitive()});
-    UINode::NodeList nodes;
-    nodes.reserve(items.size());
-    for (const auto& item : items) nodes.push_back(UINode::create(item, highlight, scheduler.clock()));
+    UINode::NodeList nodes = std::exchange(waitingRows, {});
+    lastFlush = scheduler.clock().now();
+    if (nodes.empty()) return;
     LOG("New item count: " + std::to_string(nodes.size()));
-    // What a stopped search left in the bucket is dropped.
+    // The rows a stopped search left waiting are dropped.
     if (!manager || manager->shouldStop()) return;
     const auto progress = manager->progress();
     notify([&](SearchSessionObserver& watching) {

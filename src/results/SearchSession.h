@@ -10,7 +10,6 @@
 #include "query/SearchLocation.h"
 #include "query/SearchManager.h"
 #include "query/SearchManagerDelegate.h"
-#include "query/SearchResultsBucket.h"
 #include "results/RepeatingTimer.h"
 #include "results/TimerScheduler.h"
 #include "results/UINodeModel.h"
@@ -56,6 +55,9 @@ struct SearchSessionEnvironment {
 // One query window's search, without the window: the typed text becomes a
 // query 0.66 s after the last key, runs in a search manager, and what it
 // finds reaches the results model in batches at most about twice a second.
+// Found items become rows as they come, so that a batch waits as rows, which
+// the model keeps anyway, rather than as results copied for the wait: a
+// million results cost a copy each.
 //
 // Main loop only, apart from `create`. The session is its manager's delegate
 // and owns its results model. Made with `create` and shared; timers and the
@@ -66,6 +68,8 @@ public:
 
     static constexpr auto typingDelay = std::chrono::milliseconds(660);
     static constexpr auto flushInterval = std::chrono::milliseconds(250);
+    // Rows reach the model no sooner than this after the last batch.
+    static constexpr auto batchSpacing = std::chrono::milliseconds(500);
     static constexpr auto historyDelay = std::chrono::seconds(5);
     static constexpr auto waitForDiskDelay = std::chrono::seconds(5);
     static constexpr const char* waitingForDiskText =
@@ -85,7 +89,7 @@ public:
     void controlTextDidChange(const std::string& text, bool alwaysStartSearch = false);
     // Starts a search from the field's text now.
     void doSearch();
-    // Moves the bucket into the results model.
+    // Moves the rows waiting for the model into it.
     void flushResults();
     // Runs the search a "quester:" URL asks for, at once. False for any other text.
     bool openURL(std::string_view url);
@@ -95,7 +99,8 @@ public:
     const std::optional<QueryContainer>& currentQuery() const { return query; }
     const std::shared_ptr<SearchManager>& currentSearchManager() const { return manager; }
     const std::shared_ptr<UINodeModel>& uiNodeModel() const { return model; }
-    const SearchResultsBucket& finalResults() const { return bucket; }
+    // The rows made since the last flush.
+    const UINode::NodeList& finalResults() const { return waitingRows; }
     bool isFlushTimerRunning() const { return flushTimer != nullptr; }
     int invalidQueryCount() const { return errorCount; }
 
@@ -117,6 +122,7 @@ private:
     void scheduleOnce(std::optional<TimerScheduler::TimerId>& slot, Clock::Duration delay,
                       std::function<void(SearchSession&)> work);
     void notify(const std::function<void(SearchSessionObserver&)>& call);
+    bool isTimeToFlush() const;
 
     Environment environment;
     MainLoop& mainLoop;
@@ -129,7 +135,9 @@ private:
     bool soundex = false;
     std::optional<QueryContainer> query;
     std::shared_ptr<SearchManager> manager;
-    SearchResultsBucket bucket;
+    UINode::Highlight highlight;  // the words of `query`, shared by its rows
+    UINode::NodeList waitingRows;
+    Clock::TimePoint lastFlush;
     std::unique_ptr<RepeatingTimer> flushTimer;
     std::shared_ptr<UINodeModel> model;
     int errorCount = 0;

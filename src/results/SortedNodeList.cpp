@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <deque>
 #include <functional>
 #include <iterator>
@@ -20,33 +21,42 @@ namespace {
 
 // One record per row, made when the row is added, so that a comparison reads
 // no node and collates nothing: the localised texts are collation keys, kept
-// in the list's `TextStore`s.
+// in the list's `TextStore`s. The texts end in a zero byte, which neither a
+// collation key nor a path holds inside, so a key keeps a pointer where a
+// view would cost a length as well: a search may hold a million keys.
 struct Key {
     UINodePtr node;
-    std::string_view name;
-    // The compared text of the kind, inside, tags or path column; empty for the others.
-    std::string_view columnText;
-    // The compared number of the size, date or rank column; 0 for the others.
-    // A size fits: no file holds more than 2^63 bytes.
-    std::int64_t columnValue = 0;
-    std::int32_t sortScore = 0;
+    const char* name = "";
+    // What the list's column compares before the name; which member holds
+    // it follows from the column, the same for every key of a list.
+    union {
+        // The compared number of the size, date or rank column. A size
+        // fits: no file holds more than 2^63 bytes.
+        std::int64_t columnValue = 0;
+        // The compared text of the kind, inside, tags or path column.
+        const char* columnText;
+        // The name column's lift of folders and of names that start with the query.
+        std::int32_t sortScore;
+    };
 };
 
 // Texts appended one after another in large blocks that never move, so that
 // keys can point into them: a million short keys cost no allocation each.
-// Not synchronised.
+// Each text is stored with a zero byte after it. Not synchronised.
 class TextStore {
 public:
-    std::string_view add(std::string_view text) {
-        if (blocks.empty() || capacity - used < text.size()) {
-            capacity = std::max(blockSize, text.size());
+    const char* add(std::string_view text) {
+        if (text.empty()) return "";
+        const std::size_t needed = text.size() + 1;
+        if (blocks.empty() || capacity - used < needed) {
+            capacity = std::max(blockSize, needed);
             blocks.push_back(std::make_unique<char[]>(capacity));
             used = 0;
         }
         char* at = blocks.back().get() + used;
-        std::copy(text.begin(), text.end(), at);
-        used += text.size();
-        return {at, text.size()};
+        *std::copy(text.begin(), text.end(), at) = '\0';
+        used += needed;
+        return at;
     }
 
 private:
@@ -75,7 +85,7 @@ std::int32_t sortScore(const UINode& node, UINode::Kind kind, const ScoreRules& 
     std::int32_t score = 0;
     if (rules.moveFoldersToTop && kind == UINode::Kind::folder) score = -1000;
     if (rules.moveItemsStartingWithQueryToTop &&
-        lowercased(nameWithoutExtension(node.fileURL.path())).starts_with(rules.queryText)) {
+        lowercased(nameWithoutExtension(node.fileName())).starts_with(rules.queryText)) {
         score -= 500;
     }
     return score;
@@ -99,8 +109,8 @@ std::string columnText(const UINode& node, const UINode::Changable& changes, Col
             return node.displayInside();
         case Column::tags:
             // Rows learn their tags once on screen; a sort by tags can't wait for that.
-            return LocalizedCollation::caseInsensitiveKey(
-                tagsKey(changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL.path())));
+            return LocalizedCollation::caseInsensitiveKey(tagsKey(
+                changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(node.fileURL().path())));
         case Column::path:
             return node.displayPath();
         default:
@@ -125,15 +135,43 @@ std::int64_t columnValue(const UINode& node, const UINode::Changable& changes, C
     }
 }
 
+// Whether the key of a row reads what the row learnt after it was made:
+// copying that costs a formatted size text a row.
+bool readsChanges(Column column, const ScoreRules& rules) {
+    switch (column) {
+        case Column::kind:
+        case Column::tags:
+        case Column::size:
+        case Column::rank:
+            return true;
+        case Column::name:
+            return rules.moveFoldersToTop;
+        default:
+            return false;
+    }
+}
+
 // Only the texts the column compares are collated; the name always is, for ties.
 Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules, TextStore& texts) {
-    const UINode::Changable changes = node->dynamic();
+    const UINode::Changable changes = readsChanges(column, rules) ? node->dynamic() : UINode::Changable{};
     Key key;
     key.node = node;
     key.name = texts.add(node->nameSortKey());
-    key.columnText = texts.add(columnText(*node, changes, column));
-    key.columnValue = columnValue(*node, changes, column);
-    key.sortScore = sortScore(*node, changes.kind, rules);
+    switch (column) {
+        case Column::image:
+            break;
+        case Column::name:
+            key.sortScore = sortScore(*node, changes.kind, rules);
+            break;
+        case Column::kind:
+        case Column::inside:
+        case Column::tags:
+        case Column::path:
+            key.columnText = texts.add(columnText(*node, changes, column));
+            break;
+        default:
+            key.columnValue = columnValue(*node, changes, column);
+    }
     return key;
 }
 
@@ -141,16 +179,20 @@ Key makeKey(const UINodePtr& node, Column column, const ScoreRules& rules, TextS
 // their paths, so that a tree always lists the same way, however the walk's
 // threads delivered its items.
 bool byPath(const Key& a, const Key& b) {
-    return a.node->fileURL.path() < b.node->fileURL.path();
+    return a.node->pathComesBefore(*b.node);
 }
 
-// a before b by one value in the sort direction; equal values fall back to
-// ascending names, then paths, whatever the direction.
-template <typename T>
-bool inDirectionThenByName(const T& a, const T& b, bool forward, const Key& keyA, const Key& keyB) {
-    if (a != b) return forward ? a < b : b < a;
-    if (keyA.name != keyB.name) return keyA.name < keyB.name;
-    return byPath(keyA, keyB);
+// Negative, zero or positive as a comes before, ties with or comes after b.
+int compared(std::int64_t a, std::int64_t b) {
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+// a before b by one comparison (`order`) in the sort direction; equal values
+// fall back to ascending names, then paths, whatever the direction.
+bool inDirectionThenByName(int order, bool forward, const Key& a, const Key& b) {
+    if (order != 0) return forward ? order < 0 : order > 0;
+    if (const int byName = std::strcmp(a.name, b.name); byName != 0) return byName < 0;
+    return byPath(a, b);
 }
 
 bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
@@ -159,19 +201,19 @@ bool comesBefore(const Key& a, const Key& b, Column column, bool forward) {
             return false;
         case Column::name:
             if (a.sortScore != b.sortScore) return forward ? a.sortScore < b.sortScore : a.sortScore > b.sortScore;
-            if (a.name != b.name) return forward ? a.name < b.name : b.name < a.name;
+            if (const int byName = std::strcmp(a.name, b.name); byName != 0) return forward ? byName < 0 : byName > 0;
             return byPath(a, b);
         case Column::size:
         case Column::modDate:
         case Column::created:
         case Column::lastAccessDate:
         case Column::rank:
-            return inDirectionThenByName(a.columnValue, b.columnValue, forward, a, b);
+            return inDirectionThenByName(compared(a.columnValue, b.columnValue), forward, a, b);
         case Column::kind:
         case Column::inside:
         case Column::tags:
         case Column::path:
-            return inDirectionThenByName(a.columnText, b.columnText, forward, a, b);
+            return inDirectionThenByName(std::strcmp(a.columnText, b.columnText), forward, a, b);
     }
     return false;
 }

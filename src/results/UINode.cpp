@@ -4,6 +4,7 @@
 #include <mutex>
 #include <span>
 #include <unordered_set>
+#include <utility>
 
 #include "platform/FSUtilities.h"
 #include "platform/FileSystem.h"
@@ -12,6 +13,7 @@
 #include "results/DisplayText.h"
 #include "results/LocalizedCollation.h"
 #include "stores/Preferences.h"
+#include "support/Crc64.h"
 #include "support/LogFunc.h"
 #include "support/PathText.h"
 
@@ -75,7 +77,61 @@ const std::string* internedKindText(std::string text) {
     return &*texts.insert(std::move(text)).first;
 }
 
+// The one copy of a folder part for the rows made one after another in it.
+// Rows come folder by folder, so the last one made is the one to share; a
+// folder that comes back later gets a second copy, which costs only memory.
+std::shared_ptr<const std::string> sharedFolderPart(std::string_view folder) {
+    thread_local std::shared_ptr<const std::string> last;
+    if (!last || *last != folder) last = std::make_shared<const std::string>(folder);
+    return last;
+}
+
+// Negative, zero or positive as a1 + a2 sorts before, with or after b1 + b2,
+// byte by byte, without joining them.
+int compareJoined(std::string_view a1, std::string_view a2, std::string_view b1, std::string_view b2) {
+    for (;;) {
+        if (a1.empty()) std::swap(a1, a2);
+        if (b1.empty()) std::swap(b1, b2);
+        if (a1.empty() || b1.empty()) return a1.empty() ? (b1.empty() ? 0 : -1) : 1;
+        const std::size_t common = std::min(a1.size(), b1.size());
+        if (const int order = a1.substr(0, common).compare(b1.substr(0, common)); order != 0) return order;
+        a1.remove_prefix(common);
+        b1.remove_prefix(common);
+    }
+}
+
 }  // namespace
+
+void UINode::setFileURL(const Url& url) {
+    const std::string& path = url.path();
+    const std::size_t nameStart = path.rfind('/') + 1;  // 0 without a "/"
+    folderPart = sharedFolderPart(std::string_view(path).substr(0, nameStart));
+    const std::size_t nameLength = path.size() - nameStart;
+    namePart = std::make_unique<char[]>(nameLength + 1);
+    path.copy(namePart.get(), nameLength, nameStart);
+    isDirectory = url.isDirectory();
+}
+
+Url UINode::fileURL() const {
+    std::string path;
+    path.reserve(folderText().size() + nameText().size());
+    path.append(folderText()).append(nameText());
+    return Url(std::move(path), isDirectory);
+}
+
+std::string_view UINode::fileName() const {
+    const std::string_view name = nameText();
+    return name.empty() ? lastPathComponentView(folderText()) : name;
+}
+
+bool UINode::pathComesBefore(const UINode& other) const {
+    if (folderPart == other.folderPart) return nameText() < other.nameText();
+    return compareJoined(folderText(), nameText(), other.folderText(), other.nameText()) < 0;
+}
+
+std::int64_t UINode::pathKey() const {
+    return crc64(nameText(), crc64(folderText()));
+}
 
 std::shared_ptr<UINode> UINode::made(Clock::TimePoint created, Highlight highlight) {
     auto node = std::make_shared<UINode>(MadeByCreate{});
@@ -85,7 +141,7 @@ std::shared_ptr<UINode> UINode::made(Clock::TimePoint created, Highlight highlig
 }
 
 void UINode::takeFieldsOf(const SearchResult& searchResult) {
-    fileURL = searchResult.url;
+    setFileURL(searchResult.url);
     creationDate = searchResult.creationDate;
     modificationDate = searchResult.modDate;
     lastAccessDate = searchResult.lastAccessDate;
@@ -100,16 +156,18 @@ void UINode::takeFieldsOf(const SearchResult& searchResult) {
         extras = std::make_unique<const Extras>(Extras{{}, searchResult.contentSearchResults, {}, {}});
     }
     if (searchResult.isDirectory) {
-        kind = kindForDirectory(fileURL.path());
+        kind = kindForDirectory(searchResult.url.path());
     } else {
         kind = foundItemCount > 0 ? Kind::fileWithFoundItems : Kind::file;
     }
-    kindText = internedKindText(displayKindFor(kind, fileURL.path()));
+    kindText = internedKindText(displayKindFor(kind, searchResult.url.path()));
 }
 
 std::shared_ptr<UINode> UINode::create(const SearchResult& searchResult, Highlight highlight, const Clock& clock) {
     auto node = made(clock.now(), std::move(highlight));
     node->takeFieldsOf(searchResult);
+    // Most results bring nothing that `Changable` holds, and their rows none.
+    if (!searchResult.tags && node->kind != Kind::fileWithFoundItems) return node;
     Changable changes = node->initialChanges();
     if (searchResult.tags) {
         changes.tagNames = *searchResult.tags;
@@ -126,7 +184,7 @@ std::shared_ptr<UINode> UINode::create(const Url& url, const std::shared_ptr<UIN
                                        Highlight highlight, const Clock& clock) {
     auto node = made(clock.now(), std::move(highlight));
     const FileAttributes attributes = readAttributes(url.path());
-    node->fileURL = Url(url.path(), attributes.isDirectory);
+    node->setFileURL(Url(url.path(), attributes.isDirectory));
     if (parent || replacing != nullptr) {
         const auto replaced = replacing != nullptr ? std::optional<Uuid>(replacing->id) : std::nullopt;
         node->extras = std::make_unique<const Extras>(Extras{{}, {}, replaced, parent});
@@ -145,7 +203,7 @@ std::shared_ptr<UINode> UINode::childForFoundItem(const FoundItem& item) const {
     const auto words =
         highlight ? std::make_shared<const HighlightWords>(HighlightWords{highlight->words, false}) : nullptr;
     auto child = made(nodeCreated, words);
-    child->fileURL = fileURL;
+    child->setFileURL(fileURL());
     child->extras = std::make_unique<const Extras>(Extras{item, {}, {}, {}});
     child->modificationDate = item.modified;
     child->kind = Kind::foundItem;
@@ -184,7 +242,7 @@ UINode::NodeList UINode::nodesForContentsOfFolderIgnoringError(const Url& folder
 
 std::string UINode::displayName() const {
     if (const FoundItem* hit = foundItem()) return hit->title;
-    std::string name = lastPathComponent(fileURL.path());
+    std::string name(fileName());
     if (foundItemCount >= 0) name += " (" + std::to_string(foundItemCount) + ")";
     return name;
 }
@@ -195,12 +253,12 @@ std::string UINode::nameSortKey() const {
 
 std::string UINode::displayPath() const {
     if (foundItem()) return {};
-    return Url(parentPath(fileURL.path()), true).displayPath();
+    return Url(parentPath(fileURL().path()), true).displayPath();
 }
 
 std::string UINode::displayInside() const {
     if (foundItem()) return {};
-    return lastPathComponent(parentPath(fileURL.path()));
+    return lastPathComponent(parentPath(fileURL().path()));
 }
 
 const std::vector<std::string>& UINode::displayWordsToHighlight() const {
@@ -261,8 +319,9 @@ void UINode::loadChildren(Column currentColumn, bool currentColumnReversed, cons
                           const Preferences& preferences) {
     Changable changes = dynamic();
     if (changes.kind != Kind::folder || !changes.children.empty()) return;
-    if (!itemExists(fileURL.path())) return;
-    NodeList children = nodesForContentsOfFolderIgnoringError(fileURL);
+    const Url url = fileURL();
+    if (!itemExists(url.path())) return;
+    NodeList children = nodesForContentsOfFolderIgnoringError(url);
     changes.children = sortNodes(children, currentColumn, currentColumnReversed, queryText, preferences);
     setDynamic(std::move(changes));
 }
@@ -277,7 +336,7 @@ UINode::VisibleCheckResult UINode::visibleOnScreenChecksModern(VisualState hint,
     const Changable original = dynamic();
     VisibleCheckResult result{VisibleCheckResultAction::none, original, std::nullopt};
     Changable& changes = result.changes;
-    const std::string& path = fileURL.path();
+    const std::string path = fileURL().path();
     if (changes.deleteFromResultsIfMissing && !itemExists(path)) {
         result.action = VisibleCheckResultAction::remove;
         return result;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Url.h"
@@ -34,8 +35,9 @@ enum class VisualState { list, icons };
 // hit inside an item. Rows are shared (std::shared_ptr) between the model,
 // its sorted list and their parents, and are equal by `id`.
 //
-// A search may hold a million rows, so a row keeps one copy of its path and
-// derives every text it shows from it when asked. What it learns later
+// A search may hold a million rows, so a row keeps its path in two pieces:
+// the folder part, which the rows of one folder share, and its own name. It
+// derives every text it shows from them when asked, the path included. What it learns later
 // (`Changable`) is derived from its fixed fields until the first change;
 // only a row whose state differs from that holds a `Changable` of its own.
 //
@@ -169,13 +171,20 @@ public:
 
     bool operator==(const UINode& other) const { return id == other.id; }
 
+    // The item's URL, its path made now.
+    Url fileURL() const;
+    // The last component of the path.
+    std::string_view fileName() const;
+    // Whether this row's path sorts before the other's, byte by byte.
+    bool pathComesBefore(const UINode& other) const;
+    // The `crc64` of the path, without making it.
+    std::int64_t pathKey() const;
+
     const Uuid id = Uuid::random();
-    Url fileURL;
     Clock::TimePoint nodeCreated;
     std::int64_t modificationDate = 0;  // whole seconds since 1970; 0 unknown
     std::int64_t creationDate = 0;
     std::int64_t lastAccessDate = 0;
-    bool isSelected = false;
 
 private:
     // What few rows have; a plain result's row holds none.
@@ -187,6 +196,7 @@ private:
     };
 
     static std::shared_ptr<UINode> made(Clock::TimePoint created, Highlight highlight);
+    void setFileURL(const Url& url);
     // Everything but the tags and found items, which go to the first `Changable`.
     void takeFieldsOf(const SearchResult& searchResult);
     // The state `dynamic` answers while the row holds none of its own.
@@ -194,6 +204,12 @@ private:
     // Makes `changes` the row's state, held only when it differs from the initial one.
     void keep(Changable changes);
 
+    // The path up to its last "/" included, and the rest, zero-ended: path
+    // is folderPart + namePart, whatever the path.
+    std::shared_ptr<const std::string> folderPart;
+    std::unique_ptr<char[]> namePart;
+    std::string_view folderText() const { return folderPart ? std::string_view(*folderPart) : std::string_view(); }
+    std::string_view nameText() const { return namePart ? std::string_view(namePart.get()) : std::string_view(); }
     Highlight highlight;
     std::unique_ptr<const Extras> extras;
     const std::string* kindText = nullptr;  // interned: rows share the few kind texts
@@ -205,6 +221,7 @@ private:
     bool deleteFromResultsIfMissing = false;
     bool tryCollectSummaryLines = false;
     bool strikeThroughIfMissing = false;
+    bool isDirectory = false;
     std::atomic<bool> inChange{false};
     Locked<std::unique_ptr<Changable>> changed;  // null: `initialChanges` holds
 };

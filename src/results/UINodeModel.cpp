@@ -8,7 +8,6 @@
 #include "query/SearchManager.h"
 #include "results/DisplayText.h"
 #include "stores/Preferences.h"
-#include "support/Crc64.h"
 #include "support/LogFunc.h"
 #include "support/PathText.h"
 
@@ -182,12 +181,12 @@ void UINodeModel::merge(UINode::NodeList batch, bool replaceAll, std::function<v
             return;
         }
         // Listed only once a row with children asks: most lists have none.
-        std::optional<std::unordered_set<std::string_view>> newURLs;
+        std::optional<std::unordered_set<std::int64_t>> newPaths;
         std::vector<ChildrenChange> changes;
         UINode::NodeList sorted = model.sortedContent(request, changes, [&](const UINode::NodeList& children) {
-            if (!newURLs) newURLs = model.urlsFrom(firstNew);
+            if (!newPaths) newPaths = model.pathKeysFrom(firstNew);
             return std::any_of(children.begin(), children.end(),
-                               [&](const UINodePtr& child) { return newURLs->contains(child->fileURL.path()); });
+                               [&](const UINodePtr& child) { return newPaths->contains(child->pathKey()); });
         });
         model.applyOnMainLoop(std::move(changes), std::move(sorted), std::move(completion), mergeGeneration);
     });
@@ -199,7 +198,7 @@ void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
     // listed only once a URL comes again, which is rare.
     std::optional<std::unordered_map<std::int64_t, std::size_t>> takenAt;
     for (auto& node : batch) {
-        const std::int64_t key = crc64(node->fileURL.path());
+        const std::int64_t key = node->pathKey();
         if (listed.insert(key)) {
             if (takenAt) takenAt->emplace(key, contentOrder.size());
             contentOrder.push_back(std::move(node));
@@ -208,7 +207,7 @@ void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
         if (!takenAt) {
             takenAt.emplace();
             for (std::size_t index = firstNew; index < contentOrder.size(); ++index) {
-                takenAt->emplace(crc64(contentOrder[index]->fileURL.path()), index);
+                takenAt->emplace(contentOrder[index]->pathKey(), index);
             }
         }
         // Of two rows for one URL in the batch the later wins, in the place of
@@ -224,11 +223,10 @@ void UINodeModel::takeIntoContent(UINode::NodeList batch, Column sortColumn) {
     if (!toRank.empty()) onMainLoop([toRank](UINodeModel& self) { self.appendToCheckQueue(toRank); });
 }
 
-std::unordered_set<std::string_view> UINodeModel::urlsFrom(std::size_t first) const {
-    std::unordered_set<std::string_view> urls;
-    for (std::size_t index = first; index < contentOrder.size(); ++index)
-        urls.insert(contentOrder[index]->fileURL.path());
-    return urls;
+std::unordered_set<std::int64_t> UINodeModel::pathKeysFrom(std::size_t first) const {
+    std::unordered_set<std::int64_t> keys;
+    for (std::size_t index = first; index < contentOrder.size(); ++index) keys.insert(contentOrder[index]->pathKey());
+    return keys;
 }
 
 void UINodeModel::sortTakenRows(const SortRequest& request, std::size_t firstNew) {
@@ -339,7 +337,7 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
         model.contentOrder = withoutIds(model.contentOrder, ids);
         model.sortedWhileDeferred.reset();
         model.listed = {};
-        for (const auto& node : model.contentOrder) model.listed.insert(crc64(node->fileURL.path()));
+        for (const auto& node : model.contentOrder) model.listed.insert(node->pathKey());
         model.onMainLoop([ids](UINodeModel& self) {
             UINode::NodeList kept = withoutIds(self.display, ids);
             if (kept.size() != self.display.size()) self.setDisplayItems(std::move(kept));
@@ -349,10 +347,10 @@ void UINodeModel::removeNodes(UINode::NodeList items) {
 
 void UINodeModel::substituteItems(const UINodePtr& old, const UINodePtr& replacement) {
     onContentQueue([old, replacement](UINodeModel& model) {
-        model.listed.insert(crc64(old->fileURL.path()));
+        model.listed.insert(old->pathKey());
         model.sortedWhileDeferred.reset();
         const auto at = std::find_if(model.contentOrder.begin(), model.contentOrder.end(),
-                                     [&](const UINodePtr& node) { return node->fileURL == old->fileURL; });
+                                     [&](const UINodePtr& node) { return node->fileURL() == old->fileURL(); });
         if (at != model.contentOrder.end()) {
             *at = replacement;
         } else {
@@ -581,7 +579,7 @@ void UINodeModel::sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINo
         if (task.isCancelled()) return;
         if (folder->dynamic().hasCalculatedFolderSize) continue;
         if (!waitWhileBusy(weak, task)) return;
-        const std::uint64_t size = calculateFolderSize(folder->fileURL.path(), &task);
+        const std::uint64_t size = calculateFolderSize(folder->fileURL().path(), &task);
         if (task.isCancelled()) return;
         auto model = weak.lock();
         if (!model) return;
@@ -647,7 +645,7 @@ void UINodeModel::updateSelectionSize(UINode::NodeList nodes) {
                 total += changes.totalSize;
                 continue;
             }
-            const std::uint64_t size = calculateFolderSize(node->fileURL.path(), operation.get());
+            const std::uint64_t size = calculateFolderSize(node->fileURL().path(), operation.get());
             if (operation->isCancelled()) return;
             total += size;
             if (auto model = weak.lock()) {

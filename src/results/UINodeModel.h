@@ -170,8 +170,8 @@ private:
     void merge(UINode::NodeList batch, bool replaceAll, std::function<void()> completion);
     // Content queue: appends the batch's new rows to the content.
     void takeIntoContent(UINode::NodeList batch, Column sortColumn);
-    // Content queue: the URLs of the rows from position `first` of the content on.
-    std::unordered_set<std::string_view> urlsFrom(std::size_t first) const;
+    // Content queue: the path keys of the rows from position `first` of the content on.
+    std::unordered_set<std::int64_t> pathKeysFrom(std::size_t first) const;
     // Content queue: the sorted rows and the children whose order changed.
     using ChildrenFilter = std::function<bool(const UINode::NodeList& children)>;
     UINode::NodeList sortedContent(const SortRequest& request, std::vector<ChildrenChange>& changes,

@@ -45,10 +45,10 @@ std::uint64_t bigEndianWord(const unsigned char* bytes) {
 
 }  // namespace
 
-std::int64_t crc64(std::string_view text) {
+std::int64_t crc64(std::string_view text, std::int64_t startingFrom) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     std::size_t left = text.size();
-    std::uint64_t crc = 0;
+    auto crc = static_cast<std::uint64_t>(startingFrom);
     for (; left >= 8; bytes += 8, left -= 8) {
         crc ^= bigEndianWord(bytes);
         crc = kTables[7][crc >> 56] ^ kTables[6][(crc >> 48) & 0xFF] ^ kTables[5][(crc >> 40) & 0xFF] ^

@@ -166,24 +166,24 @@ TEST_F(SessionTest, withoutAutomaticStartsOnlyAnExplicitRequestSearches) {
     EXPECT_TRUE(session->currentQuery());
 }
 
-TEST_F(SessionTest, theBucketReachesTheModelAtMostEveryHalfSecond) {
+TEST_F(SessionTest, foundRowsReachTheModelAtMostEveryHalfSecond) {
     search("report");
     ASSERT_TRUE(session->isFlushTimerRunning());
     session->searchManagerFoundItems({resultNamed("report1.txt")}, *session->currentQuery());
     timers.advance(500ms);
-    EXPECT_EQ(session->finalResults().items().size(), 1u);
+    EXPECT_EQ(session->finalResults().size(), 1u);
     timers.advance(250ms);
-    EXPECT_TRUE(session->finalResults().items().empty());
+    EXPECT_TRUE(session->finalResults().empty());
     settleModel();
     EXPECT_EQ(shownRows(), 1u);
 
     // Half a second after that flush, not sooner, found items flush themselves.
     timers.advance(500ms);
     session->searchManagerFoundItems({resultNamed("report2.txt")}, *session->currentQuery());
-    EXPECT_EQ(session->finalResults().items().size(), 1u);
+    EXPECT_EQ(session->finalResults().size(), 1u);
     timers.advance(1ms);
     session->searchManagerFoundItems({resultNamed("report3.txt")}, *session->currentQuery());
-    EXPECT_TRUE(session->finalResults().items().empty());
+    EXPECT_TRUE(session->finalResults().empty());
     settleModel();
     EXPECT_EQ(shownRows(), 3u);
 }
@@ -194,7 +194,7 @@ TEST_F(SessionTest, resultsOfAStoppedSearchAreDropped) {
     session->controlTextDidChange("reports");
     EXPECT_FALSE(session->isFlushTimerRunning());
     session->flushResults();
-    EXPECT_TRUE(session->finalResults().items().empty());
+    EXPECT_TRUE(session->finalResults().empty());
     settleModel();
     EXPECT_EQ(shownRows(), 0u);
 }

@@ -33,7 +33,7 @@ UINode::NodeList rowsWithTies(std::size_t count) {
 UINode::NodeList obviouslySorted(UINode::NodeList rows, Column column, bool reversed) {
     std::sort(rows.begin(), rows.end(), [&](const UINodePtr& a, const UINodePtr& b) {
         const int names = LocalizedCollation::localizedStandardCompare(a->displayName(), b->displayName());
-        const bool byPath = a->fileURL.path() < b->fileURL.path();
+        const bool byPath = a->fileURL().path() < b->fileURL().path();
         if (column == Column::name) return names != 0 ? (reversed ? names > 0 : names < 0) : byPath;
         const auto sizeA = a->dynamic().totalSize;
         const auto sizeB = b->dynamic().totalSize;

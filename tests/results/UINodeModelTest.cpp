@@ -53,7 +53,7 @@ UINodePtr folderNode(const std::string& path) {
 
 std::vector<std::string> names(const UINode::NodeList& nodes) {
     std::vector<std::string> list;
-    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL.path()));
+    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL().path()));
     return list;
 }
 
@@ -202,8 +202,8 @@ TEST_F(ModelTest, clearEmptiesAtOnceAndDropsSortsAndDeferredRowsOfTheClearedSear
 TEST_F(ModelTest, removeAndSubstituteWorkByIdOnRowsAndChildren) {
     SearchResult withHits;
     withHits.url = Url("/d/notes.txt");
-    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "one", "", "", 0, 0, std::nullopt},
-                                                 {FoundItem::Category::summary, "two", "", "", 0, 0, std::nullopt}};
+    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "one", "", "", 0, 0, {}},
+                                                 {FoundItem::Category::summary, "two", "", "", 0, 0, {}}};
     const UINodePtr parent = UINode::create(withHits);
     const UINodePtr other = fileNode("/d/other.txt");
     model->addMoreNodes({parent, other});
@@ -263,7 +263,7 @@ TEST_F(ModelTest, theCheckTimerRunsVisibleChecksAndRemovesRowsThatAreGone) {
     EXPECT_EQ(model->numberOfNodesAwaitingCheck(), 2u);
     timers.advance(1ms);
     ASSERT_TRUE(eventually([&] { return model->displayItems().size() == 1; }));
-    EXPECT_EQ(model->displayItems()[0]->fileURL.path(), present);
+    EXPECT_EQ(model->displayItems()[0]->fileURL().path(), present);
     ASSERT_TRUE(eventually([&] { return model->displayItems()[0]->dynamic().hasLoadedAdditionalDetails; }));
     EXPECT_EQ(model->numberOfNodesAwaitingCheck(), 0u);
     timers.advance(200ms);
@@ -314,7 +314,7 @@ TEST_F(ModelTest, selectionSizeCountsFilesAndFoldersButNotHits) {
     SearchResult withHits;
     withHits.url = Url("/d/notes.txt");
     withHits.size = 2;
-    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "hit", "", "", 500, 0, std::nullopt}};
+    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "hit", "", "", 500, 0, {}}};
     const UINodePtr parent = UINode::create(withHits);
     const UINodePtr folder = folderNode(dir.str() + "/f");
     model->updateSelectionSize({fileNode("/d/x", 7), folder, parent, parent->dynamic().children[0]});

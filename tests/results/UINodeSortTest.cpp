@@ -43,7 +43,7 @@ UINodePtr plain(const std::string& path) {
 
 std::vector<std::string> names(const UINode::NodeList& nodes) {
     std::vector<std::string> list;
-    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL.path()));
+    for (const auto& node : nodes) list.push_back(lastPathComponent(node->fileURL().path()));
     return list;
 }
 
@@ -148,7 +148,7 @@ TEST_F(SortTest, equalNamesGoByPathWhateverOrderTheyCameIn) {
             for (bool reversed : {false, true}) {
                 Names paths;
                 for (const auto& node : UINode::sortNodes(arrival, column, reversed, std::nullopt, preferences)) {
-                    paths.push_back(node->fileURL.path());
+                    paths.push_back(node->fileURL().path());
                 }
                 EXPECT_EQ(paths, inPathOrder) << identifier(column) << (reversed ? " reversed" : "");
             }

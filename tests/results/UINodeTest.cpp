@@ -4,6 +4,8 @@
 
 #include "results/UINode.h"
 #include "stores/Preferences.h"
+#include "support/Crc64.h"
+#include "support/PathText.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -45,6 +47,29 @@ TEST(UINodeFromResult, kindAndSizeTextsComeFromTheDirectoryFlagAndExtension) {
     EXPECT_EQ(report->displayInside(), "docs");
 }
 
+// A row keeps its path as a shared folder part and a name: every shape of
+// path must come back as it went in, and order and key as the whole path's.
+TEST(UINodeFromResult, pathInTwoPiecesComesBackWhole_OrdersAndHashesAsTheWholePath) {
+    const std::vector<std::string> paths = {
+        "/a/b/x", "/a/b/y", "/a/b-c/x", "/a/bx",      "/a/b",    "/",       "/x",
+        "name",   "/a/b/",  "",         "/a/b/x.txt", "/a/b/xa", "/a/b/x/", "/caf\xC3\xA9/\xC3\xA9t\xC3\xA9"};
+    std::vector<UINodePtr> rows;
+    for (const auto& path : paths) {
+        SearchResult result = resultFor(path);
+        result.url = Url(path, path == "/a/b");
+        rows.push_back(UINode::create(result));
+    }
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        EXPECT_EQ(rows[i]->fileURL().path(), paths[i]);
+        EXPECT_EQ(rows[i]->fileURL().isDirectory(), paths[i] == "/a/b") << paths[i];
+        EXPECT_EQ(rows[i]->fileName(), lastPathComponent(paths[i])) << paths[i];
+        EXPECT_EQ(rows[i]->pathKey(), crc64(paths[i])) << paths[i];
+        for (std::size_t j = 0; j < paths.size(); ++j) {
+            EXPECT_EQ(rows[i]->pathComesBefore(*rows[j]), paths[i] < paths[j]) << paths[i] << " | " << paths[j];
+        }
+    }
+}
+
 TEST(UINodeFromResult, foundItemsBecomeChildRowsThatNeedNoCheckAndCountInTheName) {
     SearchResult empty = resultFor("/d/notes.txt");
     empty.foundItems = std::vector<FoundItem>{};
@@ -52,9 +77,8 @@ TEST(UINodeFromResult, foundItemsBecomeChildRowsThatNeedNoCheckAndCountInTheName
     EXPECT_EQ(UINode::create(empty)->displayName(), "notes.txt (0)");
 
     SearchResult result = resultFor("/d/notes.txt");
-    result.foundItems =
-        std::vector<FoundItem>{{FoundItem::Category::summary, "first line", "", "", 0, 1700000000, std::nullopt},
-                               {FoundItem::Category::summary, "second", "", "", 12, 0, std::nullopt}};
+    result.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "first line", "", "", 0, 1700000000, {}},
+                                               {FoundItem::Category::summary, "second", "", "", 12, 0, {}}};
     auto node = UINode::create(result, std::make_shared<const HighlightWords>(HighlightWords{{"line"}, true}));
     const auto changes = node->dynamic();
     EXPECT_EQ(changes.kind, UINode::Kind::fileWithFoundItems);

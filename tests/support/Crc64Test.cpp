@@ -42,6 +42,13 @@ TEST(Crc64, AgreesWithTheBitwiseDefinitionOnPathsAndUtf8) {
     }
 }
 
+TEST(Crc64, goingOnFromTheCrcOfAPrefixGivesTheCrcOfTheWhole) {
+    const std::string path = "/home/user/Documents/budget 2024.xlsx";
+    for (std::size_t split : {std::size_t(0), std::size_t(1), std::size_t(7), std::size_t(20), path.size()}) {
+        EXPECT_EQ(crc64(path.substr(split), crc64(path.substr(0, split))), crc64(path)) << split;
+    }
+}
+
 TEST(Crc64Set, insertTellsWhetherTheKeyIsNewAndZeroIsAKeyLikeAnyOther) {
     Crc64Set set;
     EXPECT_FALSE(set.contains(0));

@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "import/PdfWriter.h"
 #include "import/ZipWriter.h"
 #include "testing/QuesterProcess.h"
 #include "testing/TempDir.h"
@@ -42,6 +43,8 @@ protected:
                    "</html>");
         tree.write("word/report.docx", wordDocument("Our yearly total grew, and the yearly total is final."));
         tree.write("notes.txt", "the yearly total, noted\n");
+        tree.write("pdf/report.pdf",
+                   testing::PdfWriter().page({"Cover"}).page({"In 2024 the yearly total was 12", "euros"}).bytes());
         tree.write("report-draft.txt", "a yearly figure and a total\n");
         tree.write("report.png", "\x89PNG yearly total");
     }
@@ -67,15 +70,19 @@ protected:
 
 // Alone the criterion reads every file that has a reader; after a word only
 // the files named after it, whatever their kind.
-TEST_F(ContentSearchTest, FindsTextWebAndWordDocumentsByTheirWords) {
-    EXPECT_EQ(paths(": content \"yearly total\""), (std::set<std::string>{at("report.txt"), at("web/report.html"),
-                                                                          at("word/report.docx"), at("notes.txt")}));
-    EXPECT_EQ(
-        paths("report : content \"yearly total\""),
-        (std::set<std::string>{at("report.txt"), at("web/report.html"), at("word/report.docx"), at("report.png")}));
+TEST_F(ContentSearchTest, FindsTextWebWordAndPdfDocumentsByTheirWords) {
+    const std::set<std::string> documents{at("report.txt"), at("web/report.html"), at("word/report.docx"),
+                                          at("pdf/report.pdf")};
+    auto withNotes = documents;
+    withNotes.insert(at("notes.txt"));
+    EXPECT_EQ(paths(": content \"yearly total\""), withNotes);
+    auto withPicture = documents;
+    withPicture.insert(at("report.png"));
+    EXPECT_EQ(paths("report : content \"yearly total\""), withPicture);
     EXPECT_EQ(paths("report : content \"yearly, record\" all words"), (std::set<std::string>{at("report.txt")}));
     EXPECT_EQ(paths("report : content \"total\" without \"record\" case sensitive"),
-              (std::set<std::string>{at("report-draft.txt"), at("word/report.docx"), at("report.png")}));
+              (std::set<std::string>{at("report-draft.txt"), at("word/report.docx"), at("pdf/report.pdf"),
+                                     at("report.png")}));
 }
 
 TEST_F(ContentSearchTest, JsonRecordsCarryTheFoundLinesWithTheirLocation) {
@@ -93,6 +100,8 @@ TEST_F(ContentSearchTest, JsonRecordsCarryTheFoundLinesWithTheirLocation) {
     EXPECT_EQ(found["report.docx"].size(), 2u) << found["report.docx"];
     EXPECT_EQ(found["report.html"].size(), 1u) << "the script's words are no text: " << found["report.html"];
     EXPECT_EQ(found["report.html"][0]["location"], "Line 2");
+    ASSERT_EQ(found["report.pdf"].size(), 1u) << found["report.pdf"];
+    EXPECT_EQ(found["report.pdf"][0]["location"], "Page 2, line 1");
 }
 
 TEST_F(ContentSearchTest, TheTableShowsEachFoundLineUnderItsFile) {

@@ -202,8 +202,8 @@ TEST_F(ModelTest, clearEmptiesAtOnceAndDropsSortsAndDeferredRowsOfTheClearedSear
 TEST_F(ModelTest, removeAndSubstituteWorkByIdOnRowsAndChildren) {
     SearchResult withHits;
     withHits.url = Url("/d/notes.txt");
-    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "one", "", "", 0, 0},
-                                                 {FoundItem::Category::summary, "two", "", "", 0, 0}};
+    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "one", "", "", 0, 0, std::nullopt},
+                                                 {FoundItem::Category::summary, "two", "", "", 0, 0, std::nullopt}};
     const UINodePtr parent = UINode::create(withHits);
     const UINodePtr other = fileNode("/d/other.txt");
     model->addMoreNodes({parent, other});
@@ -314,7 +314,7 @@ TEST_F(ModelTest, selectionSizeCountsFilesAndFoldersButNotHits) {
     SearchResult withHits;
     withHits.url = Url("/d/notes.txt");
     withHits.size = 2;
-    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "hit", "", "", 500, 0}};
+    withHits.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "hit", "", "", 500, 0, std::nullopt}};
     const UINodePtr parent = UINode::create(withHits);
     const UINodePtr folder = folderNode(dir.str() + "/f");
     model->updateSelectionSize({fileNode("/d/x", 7), folder, parent, parent->dynamic().children[0]});

@@ -52,8 +52,9 @@ TEST(UINodeFromResult, foundItemsBecomeChildRowsThatNeedNoCheckAndCountInTheName
     EXPECT_EQ(UINode::create(empty)->displayName(), "notes.txt (0)");
 
     SearchResult result = resultFor("/d/notes.txt");
-    result.foundItems = std::vector<FoundItem>{{FoundItem::Category::summary, "first line", "", "", 0, 1700000000},
-                                               {FoundItem::Category::summary, "second", "", "", 12, 0}};
+    result.foundItems =
+        std::vector<FoundItem>{{FoundItem::Category::summary, "first line", "", "", 0, 1700000000, std::nullopt},
+                               {FoundItem::Category::summary, "second", "", "", 12, 0, std::nullopt}};
     auto node = UINode::create(result, std::make_shared<const HighlightWords>(HighlightWords{{"line"}, true}));
     const auto changes = node->dynamic();
     EXPECT_EQ(changes.kind, UINode::Kind::fileWithFoundItems);

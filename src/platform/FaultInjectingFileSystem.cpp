@@ -184,7 +184,7 @@ Result<std::vector<std::string>> FaultInjectingFileSystem::extendedAttributeName
 }
 
 Status FaultInjectingFileSystem::setExtendedAttribute(const std::string& path, const std::string& name,
-                                                     std::string_view value) {
+                                                      std::string_view value) {
     if (auto fault = faultFor(path, &Faults::vanished, ErrorCode::notFound)) return *fault;
     return inner.setExtendedAttribute(path, name, value);
 }

@@ -5,7 +5,6 @@
 #include <string_view>
 #include <vector>
 
-#include "content/ArchiveFile.h"
 #include "content/ContentProgress.h"
 #include "content/WordMatcher.h"
 #include "query/FoundItem.h"
@@ -42,18 +41,15 @@ public:
         return found;
     }
 
-    // `run` over the archive file at `path`, parsed as an `Archive`; nothing
-    // when no word is left or the file can't be read.
-    template <typename Archive, typename MakeItem>
+    // `run` over the entries `listEntries(path)` gives (none when the file
+    // can't be read); nothing at all when no word is left.
+    template <typename ListEntries, typename MakeItem>
     static std::vector<FoundItem> inFile(const std::string& path, const std::vector<std::string>& words, bool allWords,
                                          bool caseSensitive, bool passOverMacOSXFolder, const ContentProgress& progress,
-                                         MakeItem makeItem) {
+                                         ListEntries listEntries, MakeItem makeItem) {
         const WordMatcher matcher(words, allWords, caseSensitive);
         if (!matcher.hasWords()) return {};
-        const auto file = ArchiveFile::read(path);
-        if (!file) return {};
-        const Archive archive(*file);
-        return run(archive.entries(), matcher, passOverMacOSXFolder, progress, makeItem);
+        return run(listEntries(path), matcher, passOverMacOSXFolder, progress, makeItem);
     }
 };
 

@@ -9,6 +9,7 @@
 
 #include "content/ContentProgress.h"
 #include "platform/FileSystem.h"
+#include "platform/ReadableFile.h"
 #include "query/FoundItem.h"
 
 namespace quester {
@@ -54,14 +55,19 @@ public:
     // lone block of zeros, ends at two in a row, at a header whose size can't
     // be read, at the end of the data or after `maxEntries`.
     static std::vector<Entry> parseBlocks(std::string_view data);
+    // The same walk over a file, reading the headers (and the name records)
+    // where they lie and passing over the entries' data, so an archive of any
+    // size is listed in little memory.
+    static std::vector<Entry> parseFile(const ReadableFile& file);
     // The first entry whose path equals `path`, or null.
     const Entry* entry(std::string_view path) const;
     // The bytes of `entry`: tooLarge over `maxBytes`, corrupt when they run
     // past the end of the data.
     Contents contents(const Entry& entry, std::uint64_t maxBytes = maxExtractedSize) const;
 
-    // Writes the entry at `entryPath` of the tar file `from` to `to`, then
-    // gives its "._" sidecar, if the archive holds one, to AppleDouble.
+    // Writes the entry at `entryPath` of the tar file `from` to `to`, copied
+    // from the file a round at a time, then gives its "._" sidecar, if the
+    // archive holds one whole, to AppleDouble.
     // Errors in this order: cancelled; corrupt when the file can't be read;
     // notFound; tooLarge; corrupt when the data run past the end; unwritable.
     static std::optional<ExtractError> extract(const std::string& from, const std::string& entryPath,
@@ -71,11 +77,6 @@ public:
     // The sidecar beside `entryPath` ("a/._b" for "a/b"); none for a folder
     // or for a sidecar itself.
     static std::optional<std::string> sidecarPath(std::string_view entryPath);
-    // Restores the metadata of the sidecar of `entryPath` onto `target`, when
-    // the archive holds the sidecar whole.
-    void restoreAppleDoubleMetadata(std::string_view entryPath, const std::string& target,
-                                    FileSystem& fileSystem) const;
-
     // A number field: base-256 when the first byte has bit 7 set, else octal
     // digits with zero bytes and blanks passed over; none for any other byte
     // or a value beyond the signed 64-bit range.

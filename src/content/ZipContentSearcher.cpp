@@ -76,19 +76,23 @@ bool ZipContentSearcher::canSearch(const std::string& path) const {
 std::vector<FoundItem> ZipContentSearcher::search(const std::string& path, const std::vector<std::string>& words,
                                                   bool allWords, bool caseSensitive,
                                                   const ContentProgress& progress) const {
-    return EntryNameSearch::inFile<ZipArchive>(path, words, allWords, caseSensitive, true, progress,
-                                               [](const ZipArchive::Entry& entry, std::string_view name) {
-                                                   FoundItem item;
-                                                   item.type = foundCategory(entry.category);
-                                                   item.title = std::string(name);
-                                                   item.location = entry.path;
-                                                   item.size = entry.uncompressedSize == zip64SizeMarker
-                                                                   ? 0
-                                                                   : static_cast<std::uint64_t>(entry.uncompressedSize);
-                                                   item.modified = entry.modified;
-                                                   item.crc32 = entry.crc32;
-                                                   return item;
-                                               });
+    const auto listEntries = [](const std::string& zipPath) {
+        const auto file = ArchiveFile::read(zipPath);
+        return file ? ZipArchive::parseCentralDirectory(*file) : std::vector<ZipArchive::Entry>{};
+    };
+    return EntryNameSearch::inFile(path, words, allWords, caseSensitive, true, progress, listEntries,
+                                   [](const ZipArchive::Entry& entry, std::string_view name) {
+                                       FoundItem item;
+                                       item.type = foundCategory(entry.category);
+                                       item.title = std::string(name);
+                                       item.location = entry.path;
+                                       item.size = entry.uncompressedSize == zip64SizeMarker
+                                                       ? 0
+                                                       : static_cast<std::uint64_t>(entry.uncompressedSize);
+                                       item.modified = entry.modified;
+                                       item.crc32 = entry.crc32;
+                                       return item;
+                                   });
 }
 
 std::optional<ZipContentSearcher::ExtractError> ZipContentSearcher::extract(const std::string& from,

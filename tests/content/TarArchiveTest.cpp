@@ -129,12 +129,32 @@ protected:
 
 TEST_F(TarExtractTest, WritesTheEntryAndReportsStartAndEnd) {
     TarWriter writer;
-    writer.add("docs/", "", '5').add("docs/a.txt", "the content");
+    const std::string content(600'000, 'c');
+    writer.add("docs/", "", '5').add("docs/a.txt", content);
     std::vector<float> reports;
     const ContentProgress progress{[&](float percent) { reports.push_back(percent); }, {}};
     EXPECT_EQ(TarArchive::extract(archiveOf(writer), "docs/a.txt", target(), progress), std::nullopt);
-    EXPECT_EQ(testing::readFile(target()), "the content");
+    EXPECT_EQ(testing::readFile(target()), content);
     EXPECT_EQ(reports, (std::vector<float>{0, 100}));
+}
+
+TEST_F(TarExtractTest, WalkOverTheFileListsWhatTheWalkOverMemoryLists) {
+    TarWriter writer;
+    writer.add("././@LongLink", std::string(9'000, 'l'), 'L').add("x", std::string(1'000, 'x'));
+    writer.pax(TarWriter::paxRecord("path", "pax/named")).add("y", "").zeroBlock().add("z/", "", '5');
+    const std::string whole = writer.finish();
+    for (const std::size_t length : {whole.size(), std::size_t{512 * 25}, std::size_t{512 * 26 + 7}}) {
+        const std::string path = temp.write("walk.tar", whole.substr(0, length)).string();
+        auto file = ReadableFile::open(path);
+        ASSERT_TRUE(file);
+        const auto fromFile = TarArchive::parseFile(*file);
+        const auto fromMemory = TarArchive::parseBlocks(whole.substr(0, length));
+        ASSERT_EQ(fromFile.size(), fromMemory.size()) << length;
+        for (std::size_t index = 0; index < fromFile.size(); ++index) {
+            EXPECT_EQ(fromFile[index].path, fromMemory[index].path);
+            EXPECT_EQ(fromFile[index].dataOffset, fromMemory[index].dataOffset);
+        }
+    }
 }
 
 TEST_F(TarExtractTest, ErrorsComeInOrder) {

@@ -79,7 +79,7 @@ std::string_view leadingScalars(std::string_view text, std::size_t count) {
 }
 
 std::string rowTitle(std::string_view text) {
-    const std::string repaired = repairedUTF8(trimmedWhitespace(text));
+    std::string repaired = repairedUTF8(trimmedWhitespace(text));
     const std::vector<std::string_view> characters = graphemes(repaired);
     if (characters.size() <= SQLiteContentSearcher::maxTitleCharacters) return repaired;
     const std::string_view last = characters[SQLiteContentSearcher::maxTitleCharacters - 1];

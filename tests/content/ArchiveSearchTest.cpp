@@ -21,6 +21,7 @@ using Category = FoundItem::Category;
 
 std::vector<std::string> titlesOf(const std::vector<FoundItem>& items) {
     std::vector<std::string> titles;
+    titles.reserve(items.size());
     for (const auto& item : items) titles.push_back(item.title);
     return titles;
 }
@@ -32,8 +33,8 @@ protected:
         for (const char* name : names) writer.add(name, std::string("content of ") + name);
         return temp.write("archive.zip", writer.finish()).string();
     }
-    std::vector<std::string> zipTitles(const std::string& path, std::vector<std::string> words, bool allWords = false,
-                                       bool caseSensitive = false) const {
+    std::vector<std::string> zipTitles(const std::string& path, const std::vector<std::string>& words,
+                                       bool allWords = false, bool caseSensitive = false) const {
         return titlesOf(zip.search(path, words, allWords, caseSensitive, ContentProgress::none()));
     }
 

@@ -18,7 +18,7 @@ class SQLiteContentSearcherTest : public ::testing::Test {
 protected:
     // A database at `name` in the temp folder made by running `sql`.
     std::string database(const std::string& name, const std::string& sql) const {
-        const std::string path = (temp.path() / name).string();
+        std::string path = (temp.path() / name).string();
         sqlite3* db = nullptr;
         if (sqlite3_open(path.c_str(), &db) != SQLITE_OK) throw std::runtime_error("open " + path);
         char* message = nullptr;
@@ -29,7 +29,7 @@ protected:
         if (status != SQLITE_OK) throw std::runtime_error(error);
         return path;
     }
-    std::vector<FoundItem> search(const std::string& path, std::vector<std::string> words, bool allWords = false,
+    std::vector<FoundItem> search(const std::string& path, const std::vector<std::string>& words, bool allWords = false,
                                   bool caseSensitive = false) const {
         return searcher.search(path, words, allWords, caseSensitive, ContentProgress::none());
     }

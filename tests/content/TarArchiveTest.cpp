@@ -143,7 +143,7 @@ TEST_F(TarExtractTest, WalkOverTheFileListsWhatTheWalkOverMemoryLists) {
     writer.add("././@LongLink", std::string(9'000, 'l'), 'L').add("x", std::string(1'000, 'x'));
     writer.pax(TarWriter::paxRecord("path", "pax/named")).add("y", "").zeroBlock().add("z/", "", '5');
     const std::string whole = writer.finish();
-    for (const std::size_t length : {whole.size(), std::size_t{512 * 25}, std::size_t{512 * 26 + 7}}) {
+    for (const std::size_t length : {whole.size(), std::size_t{512} * 25, std::size_t{512} * 26 + 7}) {
         const std::string path = temp.write("walk.tar", whole.substr(0, length)).string();
         auto file = ReadableFile::open(path);
         ASSERT_TRUE(file);

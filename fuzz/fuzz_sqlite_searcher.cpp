@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "content/SQLiteContentSearcher.h"
+#include "language/UnicodeText.h"
 
 namespace {
 
@@ -32,7 +33,10 @@ void checkFound(const std::vector<quester::FoundItem>& found) {
     if (found.size() > quester::SQLiteContentSearcher::shownRows + 1) std::abort();
     for (const auto& item : found) {
         if (item.type == quester::FoundItem::Category::message) continue;
-        if (item.type != quester::FoundItem::Category::row || item.title.size() > 200 * 64) std::abort();
+        if (item.type != quester::FoundItem::Category::row) std::abort();
+        if (quester::graphemeCount(item.title) > static_cast<int>(quester::SQLiteContentSearcher::maxTitleCharacters)) {
+            std::abort();
+        }
     }
 }
 

@@ -1,11 +1,12 @@
 #include "import/ZipArchive.h"
 
-#include <unicode/utf8.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <climits>
 #include <ctime>
+
+#include "support/Utf8Text.h"
 
 namespace quester {
 
@@ -46,24 +47,6 @@ std::optional<std::size_t> endRecordOffset(std::string_view data) {
         if (read32(data, offset) == endRecordSignature) return offset;
     }
     return std::nullopt;
-}
-
-std::string repairedUTF8(std::string_view text) {
-    std::string repaired;
-    repaired.reserve(text.size());
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto length = static_cast<std::int32_t>(text.size());
-    for (std::int32_t index = 0; index < length;) {
-        const std::int32_t start = index;
-        UChar32 scalar = 0;
-        U8_NEXT(bytes, index, length, scalar);
-        if (scalar < 0) {
-            repaired += "\uFFFD";
-        } else {
-            repaired.append(text.data() + start, static_cast<std::size_t>(index - start));
-        }
-    }
-    return repaired;
 }
 
 ZipArchive::Category categoryOf(std::uint32_t externalAttributes, std::string_view name) {

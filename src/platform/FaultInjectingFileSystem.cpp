@@ -183,6 +183,12 @@ Result<std::vector<std::string>> FaultInjectingFileSystem::extendedAttributeName
     return inner.extendedAttributeNames(path);
 }
 
+Status FaultInjectingFileSystem::setExtendedAttribute(const std::string& path, const std::string& name,
+                                                      std::string_view value) {
+    if (auto fault = faultFor(path, &Faults::vanished, ErrorCode::notFound)) return *fault;
+    return inner.setExtendedAttribute(path, name, value);
+}
+
 Result<MountTable> FaultInjectingFileSystem::mountTable() {
     auto fake = faults.access([](const Faults& all) { return all.mountTable; });
     if (fake) return std::move(*fake);

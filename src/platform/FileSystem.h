@@ -134,6 +134,9 @@ public:
     virtual Result<std::string> extendedAttribute(const std::string& path, const std::string& name) = 0;
     // The names of the item's extended attributes.
     virtual Result<std::vector<std::string>> extendedAttributeNames(const std::string& path) = 0;
+    // Sets one extended attribute, replacing its value if it has one;
+    // unsupported where the file system keeps none.
+    virtual Status setExtendedAttribute(const std::string& path, const std::string& name, std::string_view value) = 0;
 
     // The process's mount table now.
     virtual Result<MountTable> mountTable() = 0;

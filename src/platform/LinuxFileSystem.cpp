@@ -307,6 +307,12 @@ Result<std::vector<std::string>> LinuxFileSystem::extendedAttributeNames(const s
     }
 }
 
+Status LinuxFileSystem::setExtendedAttribute(const std::string& path, const std::string& name, std::string_view value) {
+    if (::setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0) == 0) return Status::success();
+    if (errno == ENOTSUP) return Error{ErrorCode::unsupported, "no extended attributes on the disk of " + path};
+    return systemError("cannot set an extended attribute of", path);
+}
+
 Result<MountTable> LinuxFileSystem::mountTable() {
     return MountTable::read();
 }

@@ -27,6 +27,7 @@ public:
 
     Result<std::string> extendedAttribute(const std::string& path, const std::string& name) override;
     Result<std::vector<std::string>> extendedAttributeNames(const std::string& path) override;
+    Status setExtendedAttribute(const std::string& path, const std::string& name, std::string_view value) override;
 
     Result<MountTable> mountTable() override;
     Result<VolumeSpace> volumeSpace(const std::string& path) override;

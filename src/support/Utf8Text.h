@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace quester {
@@ -7,5 +8,9 @@ namespace quester {
 // True if `text` is well-formed UTF-8 (no overlong forms, surrogates or values
 // past U+10FFFF).
 bool isValidUTF8(std::string_view text);
+
+// `text` with each ill-formed sequence replaced by U+FFFD, for names read from
+// files that may hold any bytes.
+std::string repairedUTF8(std::string_view text);
 
 }  // namespace quester

@@ -1,8 +1,11 @@
 #include "commands/ContentSearchCommand.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <string>
 
+#include "commands/ArchiveTempDirectory.h"
 #include "commands/ContentSearchCancellation.h"
 #include "commands/ContentSearchTypeSettings.h"
 #include "commands/ContentSummary.h"
@@ -188,15 +191,118 @@ CommandApplyResult ContentSearchCommand::applyContentSearcher(SearchResult& to, 
     return accepted(to, std::move(matches), rank);
 }
 
-// An archive's entry names are searched when its directory type is enabled.
-// The text inside its entries isn't read here: with the directory type off,
-// the archive is passed over.
+// An archive's entry names are searched when its directory type is enabled,
+// the text of its members when its contents type is; with neither it is
+// passed over unread.
 CommandApplyResult ContentSearchCommand::applyContainerSearch(SearchResult& to, const ContentSearcher& searcher,
                                                               ContentSearchType type,
                                                               SearchDataSourceDelegate* feedback,
                                                               const QueryContainer& query) const {
-    if (disabledContentTypes.count(type) > 0) return CommandApplyResult::exclude;
-    return applyContentSearcher(to, searcher, feedback, query);
+    const std::string& path = to.url.path();
+    const bool isZip = type == ContentSearchType::zipDirectory;
+    const auto contentsType = isZip ? ContentSearchType::zipContents : ContentSearchType::tarContents;
+    const bool namesEnabled = disabledContentTypes.count(type) == 0;
+    const bool contentsEnabled = disabledContentTypes.count(contentsType) == 0;
+    if (!namesEnabled && !contentsEnabled) return CommandApplyResult::exclude;
+    std::vector<FoundItem> matches;
+    if (namesEnabled) matches = containerCatalogMatches(path, searcher, feedback, query);
+    if (contentsEnabled) {
+        auto contents = searchContainerContents(
+            path, isZip ? ContainerEntries::Kind::zip : ContainerEntries::Kind::tar, feedback, query);
+        matches.insert(matches.end(), std::make_move_iterator(contents.begin()),
+                       std::make_move_iterator(contents.end()));
+    }
+    if (ContentSearchCancellation::shared().isSkipRequested(path) || matches.empty()) {
+        return CommandApplyResult::exclude;
+    }
+    const auto rank = static_cast<std::int64_t>(matches.size());
+    return accepted(to, std::move(matches), rank);
+}
+
+std::vector<FoundItem> ContentSearchCommand::searchContainerContents(const std::string& path,
+                                                                     ContainerEntries::Kind kind,
+                                                                     SearchDataSourceDelegate* feedback,
+                                                                     const QueryContainer& query) const {
+    const bool searchAllFileTypes = !wordsToSearchForString.empty() || searchBinaryFiles;
+    const auto options = fileSearchOptions(query, feedback, searchAllFileTypes);
+    const auto entries = ContainerEntries::files(path, kind);
+    std::vector<FoundItem> found;
+    int searched = 0;
+    for (const auto& entry : entries) {
+        if ((feedback && feedback->shouldStop()) || ContentSearchCancellation::shared().isSkipRequested(path)) break;
+        if (searched >= maxContainerEntriesSearched) {
+            LOG("Content-in-archive: searched " + std::to_string(searched) + " of " + std::to_string(entries.size()) +
+                " entries (cap) in " + lastPathComponent(path));
+            break;
+        }
+        if (!isContainerEntryWanted(entry, options)) continue;
+        ++searched;
+        if (auto item = searchOneContainerEntry(path, kind, entry, options, feedback)) {
+            found.push_back(std::move(*item));
+        }
+    }
+    return found;
+}
+
+// The cheap tests on a member, before anything is extracted.
+bool ContentSearchCommand::isContainerEntryWanted(const ContainerEntries::FlatEntry& entry,
+                                                  const FileSearchOptions& options) const {
+    const auto type = classifyContentSearchType(entry.path);
+    if (type && disabledContentTypes.count(*type) > 0) return false;
+    if (entry.size > maxContainerEntrySize) return false;
+    return options.searchAllFileTypes ||
+           ImportTextXPC::shared().importer().canImportTextFromName(lastPathComponent(entry.path), options.useOCR);
+}
+
+std::optional<FoundItem> ContentSearchCommand::searchOneContainerEntry(const std::string& containerPath,
+                                                                       ContainerEntries::Kind kind,
+                                                                       const ContainerEntries::FlatEntry& entry,
+                                                                       const FileSearchOptions& options,
+                                                                       SearchDataSourceDelegate* feedback) const {
+    const std::string name = lastPathComponent(entry.path);
+    if (feedback) {
+        feedback->supplyIncreaseNumberOfFilesContentSearched(1);
+        feedback->searchingInsideFile(name, true, 0.0f);
+    }
+    auto found = extractedEntryMatch(containerPath, kind, entry, options);
+    if (feedback) feedback->searchingInsideFile(name, false, 100.0f);
+    return found;
+}
+
+// The member written to a folder of its own, which goes with everything in
+// it on every way out, and read like a file on disk.
+std::optional<FoundItem> ContentSearchCommand::extractedEntryMatch(const std::string& containerPath,
+                                                                   ContainerEntries::Kind kind,
+                                                                   const ContainerEntries::FlatEntry& entry,
+                                                                   const FileSearchOptions& options) const {
+    const std::string name = lastPathComponent(entry.path);
+    // A crafted name like ".." would put the target outside the folder.
+    if (name.empty() || name == "." || name == "..") return std::nullopt;
+    const auto folder = ArchiveTempDirectory::create();
+    if (!folder) {
+        LOG("Content-in-archive: no temporary folder for " + entry.path);
+        return std::nullopt;
+    }
+    const std::string target = folder->path() + "/" + name;
+    auto* feedback = options.feedbackHandler;
+    const ContentProgress progress{{}, [feedback, &containerPath] {
+                                       return (feedback && feedback->shouldStop()) ||
+                                              ContentSearchCancellation::shared().isSkipRequested(containerPath);
+                                   }};
+    if (const auto failure = ContainerEntries::extract(containerPath, kind, entry.path, target, progress)) {
+        LOG("Content-in-archive: extract failed for " + entry.path + ": " + *failure);
+        return std::nullopt;
+    }
+    const auto match = searchTextContent(target, options, entry.path);
+    if (!match || match->foundLines.empty()) return std::nullopt;
+    const auto count = match->foundLines.size();
+    FoundItem item;
+    item.type = FoundItem::Category::file;
+    item.title = count == 1 ? name : name + "  (" + std::to_string(count) + " matches)";
+    item.location = entry.path;
+    item.size = entry.size;
+    item.modified = entry.modified;
+    return item;
 }
 
 std::vector<FoundItem> ContentSearchCommand::containerCatalogMatches(const std::string& path,
@@ -215,7 +321,7 @@ std::vector<FoundItem> ContentSearchCommand::containerCatalogMatches(const std::
 }
 
 std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextContent(
-    const std::string& path, const FileSearchOptions& options) const {
+    const std::string& path, const FileSearchOptions& options, std::string_view entryLabel) const {
     LOG("Start: " + path);
     auto imported = importedText(path, options);
     LOG("End: " + lastPathComponent(path));
@@ -223,7 +329,7 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
     const FoldedText text(FoldedText::decode(imported->allText(options.useOCR).value_or("")), !options.caseSensitive);
     const auto hits = textIncludes(text, options);
     if (!hits) return std::nullopt;
-    return textMatch(text.original(), *hits, *imported, options.useOCR);
+    return textMatch(text.original(), *hits, *imported, options.useOCR, entryLabel);
 }
 
 std::optional<ImportTextResult> ContentSearchCommand::importedText(const std::string& path,
@@ -311,7 +417,8 @@ std::optional<ContentSearchCommand::WordHits> ContentSearchCommand::textIncludes
 }
 
 ContentSearchCommand::TextMatch ContentSearchCommand::textMatch(const std::u32string& text, const WordHits& hits,
-                                                                const ImportTextResult& located, bool useOCR) {
+                                                                const ImportTextResult& located, bool useOCR,
+                                                                std::string_view entryLabel) {
     TextMatch match;
     std::vector<TextRange> ranges;
     for (const auto& [word, wordRanges] : hits) ranges.insert(ranges.end(), wordRanges.begin(), wordRanges.end());
@@ -320,6 +427,10 @@ ContentSearchCommand::TextMatch ContentSearchCommand::textMatch(const std::u32st
         FoundItem item;
         item.type = FoundItem::Category::summary;
         item.location = located.locator(summary.range.start, useOCR);
+        if (!entryLabel.empty()) {
+            item.location = item.location.empty() ? std::string(entryLabel)
+                                                  : std::string(entryLabel) + " \u2014 " + item.location;
+        }
         item.title = item.location.empty() ? summary.snippet : item.location + ":  " + summary.snippet;
         match.foundLines.push_back(std::move(item));
     }

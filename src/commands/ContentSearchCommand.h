@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "commands/ContainerEntries.h"
 #include "commands/ContentSearchType.h"
 #include "commands/FoldedText.h"
 #include "language/ContentSearchFlag.h"
@@ -81,9 +82,15 @@ public:
     // alone).
     static std::optional<WordHits> textIncludes(const FoldedText& text, const FileSearchOptions& options);
     // The found lines of `hits` in `text`, located through `located` (pages
-    // and lines), and the number of hits.
+    // and lines) behind `entryLabel` (an archive member's path) when given,
+    // and the number of hits.
     static TextMatch textMatch(const std::u32string& text, const WordHits& hits, const ImportTextResult& located,
-                               bool useOCR);
+                               bool useOCR, std::string_view entryLabel = {});
+
+    // Archive members above this size are passed over unread.
+    static constexpr std::uint64_t maxContainerEntrySize = 52'428'800;
+    // The most members read from one archive.
+    static constexpr int maxContainerEntriesSearched = 500;
 
     std::string wordsToSearchForString;
     std::string wordsToExcludeString;
@@ -111,7 +118,19 @@ private:
     std::vector<FoundItem> containerCatalogMatches(const std::string& path, const ContentSearcher& searcher,
                                                    SearchDataSourceDelegate* feedback,
                                                    const QueryContainer& query) const;
-    std::optional<TextMatch> searchTextContent(const std::string& path, const FileSearchOptions& options) const;
+    std::vector<FoundItem> searchContainerContents(const std::string& path, ContainerEntries::Kind kind,
+                                                   SearchDataSourceDelegate* feedback,
+                                                   const QueryContainer& query) const;
+    bool isContainerEntryWanted(const ContainerEntries::FlatEntry& entry, const FileSearchOptions& options) const;
+    std::optional<FoundItem> searchOneContainerEntry(const std::string& containerPath, ContainerEntries::Kind kind,
+                                                     const ContainerEntries::FlatEntry& entry,
+                                                     const FileSearchOptions& options,
+                                                     SearchDataSourceDelegate* feedback) const;
+    std::optional<FoundItem> extractedEntryMatch(const std::string& containerPath, ContainerEntries::Kind kind,
+                                                 const ContainerEntries::FlatEntry& entry,
+                                                 const FileSearchOptions& options) const;
+    std::optional<TextMatch> searchTextContent(const std::string& path, const FileSearchOptions& options,
+                                               std::string_view entryLabel = {}) const;
     std::optional<ImportTextResult> importedText(const std::string& path, const FileSearchOptions& options) const;
 };
 

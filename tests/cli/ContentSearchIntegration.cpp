@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -125,6 +127,25 @@ TEST_F(ContentSearchTest, NothingMatchingExitsOneWithNothingPrinted) {
     const auto run = search(": content \"monthly average\"");
     EXPECT_EQ(run.status, 1) << run.err;
     EXPECT_EQ(run.out, "");
+}
+
+TEST_F(ContentSearchTest, ArchiveMembersAreReadOnlyWhenTheirContentsTypeIsOn) {
+    tree.write("bundle.zip", testing::ZipWriter().add("inside/letter.txt", "the yearly total inside\nmore\n").finish());
+    const auto runWith = [&](const std::string& preferences) {
+        const std::string home = scratch.str() + "/home";
+        std::filesystem::create_directories(home + "/config");
+        std::ofstream(home + "/config/preferences.json") << preferences;
+        return testing::QuesterProcess::run(
+            QUESTER_BINARY, {"search", "bundle : content \"yearly total\"", "--in", tree.str(), "--format", "json"},
+            scratch, "QUESTER_HOME='" + home + "' ");
+    };
+    EXPECT_EQ(runWith("{}").status, 1);
+    const auto run = runWith(R"({"contentSearchEnabledTypes": {"zipContents": true}})");
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto record = nlohmann::json::parse(lines(run.out).at(0));
+    EXPECT_EQ(record["name"], "bundle.zip");
+    EXPECT_EQ(record["found"],
+              nlohmann::json::parse(R"([{"location":"inside/letter.txt","snippet":"letter.txt"}])"));
 }
 
 }  // namespace

@@ -207,8 +207,8 @@ CommandApplyResult ContentSearchCommand::applyContainerSearch(SearchResult& to, 
     std::vector<FoundItem> matches;
     if (namesEnabled) matches = containerCatalogMatches(path, searcher, feedback, query);
     if (contentsEnabled) {
-        auto contents = searchContainerContents(
-            path, isZip ? ContainerEntries::Kind::zip : ContainerEntries::Kind::tar, feedback, query);
+        auto contents = searchContainerContents(path, isZip ? ContainerEntries::Kind::zip : ContainerEntries::Kind::tar,
+                                                feedback, query);
         matches.insert(matches.end(), std::make_move_iterator(contents.begin()),
                        std::make_move_iterator(contents.end()));
     }
@@ -428,8 +428,8 @@ ContentSearchCommand::TextMatch ContentSearchCommand::textMatch(const std::u32st
         item.type = FoundItem::Category::summary;
         item.location = located.locator(summary.range.start, useOCR);
         if (!entryLabel.empty()) {
-            item.location = item.location.empty() ? std::string(entryLabel)
-                                                  : std::string(entryLabel) + " \u2014 " + item.location;
+            item.location =
+                item.location.empty() ? std::string(entryLabel) : std::string(entryLabel) + " \u2014 " + item.location;
         }
         item.title = item.location.empty() ? summary.snippet : item.location + ":  " + summary.snippet;
         match.foundLines.push_back(std::move(item));

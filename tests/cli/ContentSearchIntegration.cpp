@@ -144,8 +144,7 @@ TEST_F(ContentSearchTest, ArchiveMembersAreReadOnlyWhenTheirContentsTypeIsOn) {
     ASSERT_EQ(run.status, 0) << run.err;
     const auto record = nlohmann::json::parse(lines(run.out).at(0));
     EXPECT_EQ(record["name"], "bundle.zip");
-    EXPECT_EQ(record["found"],
-              nlohmann::json::parse(R"([{"location":"inside/letter.txt","snippet":"letter.txt"}])"));
+    EXPECT_EQ(record["found"], nlohmann::json::parse(R"([{"location":"inside/letter.txt","snippet":"letter.txt"}])"));
 }
 
 }  // namespace

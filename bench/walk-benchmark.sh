@@ -27,22 +27,7 @@ fd=$(command -v fdfind || command -v fd || true)
 "$maker" "$tree"
 find "$tree" > /dev/null  # warm the kernel's caches so every tool sees the same state
 
-now() { date +%s.%N; }
-
-# best_time COMMAND... : prints the fastest of $runs runs in seconds, and the output's line count.
-best_time() {
-  local best="" start end count
-  for ((i = 0; i < runs; i++)); do
-    start=$(now)
-    # quester exits 1 when the word matches nothing, which is no failure here.
-    count=$({ "$@" || [ $? -eq 1 ]; } | wc -l)
-    end=$(now)
-    best=$(awk -v e="$end" -v s="$start" -v b="$best" 'BEGIN { t = e - s; print (b == "" || t < b) ? t : b }')
-  done
-  printf '%.3f %s\n' "$best" "$count"
-}
-
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { print (b > 0) ? a / b : 0 }'; }
+source "$(dirname "$0")/best-time.bash"
 
 printf '%-10s %12s %12s %12s %10s %10s %9s\n' word "quester (s)" "fdfind (s)" "find (s)" "fd/ques" "find/ques" results
 for word in "${words[@]}"; do

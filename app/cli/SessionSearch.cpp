@@ -151,8 +151,12 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
     // orders, key tables, batches). glibc raises its mapping threshold each
     // time one is freed, so that the next ones come from the heap and leave
     // holes there that rows can't fill; a fixed threshold maps them apart and
-    // gives them back when freed.
+    // gives them back when freed. A fixed threshold also fixes the trim
+    // threshold at 128 KiB, and then every document a content search reads
+    // and frees costs the kernel a madvise and the pages again: trimming
+    // waits for the end of the search instead.
     ::mallopt(M_MMAP_THRESHOLD, 1 << 20);
+    ::mallopt(M_TRIM_THRESHOLD, 16 << 20);
     state->options = std::move(options);
     copySearchPreferences(state->preferences);
     (void)state->preferences.setValue("searchInsideSystemAndApps", state->options.hidden);

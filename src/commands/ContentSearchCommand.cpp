@@ -10,6 +10,7 @@
 #include "commands/ContentSearchTypeSettings.h"
 #include "commands/ContentSummary.h"
 #include "content/ContentSearchers.h"
+#include "import/ImportTextLocator.h"
 #include "import/ImportTextResult.h"
 #include "import/ImportTextXPC.h"
 #include "language/UnicodeText.h"
@@ -423,10 +424,11 @@ ContentSearchCommand::TextMatch ContentSearchCommand::textMatch(const std::u32st
     std::vector<TextRange> ranges;
     for (const auto& [word, wordRanges] : hits) ranges.insert(ranges.end(), wordRanges.begin(), wordRanges.end());
     match.hitCount = static_cast<std::int64_t>(ranges.size());
+    const ImportTextLocator locator(located, useOCR);
     for (const auto& summary : ContentSummary::of(text, ranges)) {
         FoundItem item;
         item.type = FoundItem::Category::summary;
-        item.location = located.locator(summary.range.start, useOCR);
+        item.location = locator.at(summary.range.start);
         if (!entryLabel.empty()) {
             item.location =
                 item.location.empty() ? std::string(entryLabel) : std::string(entryLabel) + " \u2014 " + item.location;

@@ -50,6 +50,12 @@ FoldedText::FoldedText(std::u32string text, bool foldCase) : text(std::move(text
     folded.reserve(this->text.size());
     origin.reserve(this->text.size());
     for (std::size_t index = 0; index < this->text.size(); ++index) {
+        // Most of most documents is ASCII: it folds in place, with no lookup.
+        if (char32_t c = this->text[index]; c < 0x80) {
+            folded.push_back(foldCase && c >= U'A' && c <= U'Z' ? c + (U'a' - U'A') : c);
+            origin.push_back(static_cast<std::uint32_t>(index));
+            continue;
+        }
         const std::u32string piece = fold(std::u32string_view(&this->text[index], 1), cache);
         folded += piece;
         origin.insert(origin.end(), piece.size(), static_cast<std::uint32_t>(index));

@@ -1,7 +1,8 @@
 #include "import/ImportTextResult.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
+
+#include "import/ImportTextLocator.h"
 
 namespace quester {
 
@@ -18,27 +19,6 @@ std::vector<const ImportTextPage*> pagesFor(const ImportTextResult& result, bool
     return pages;
 }
 
-bool isContinuationByte(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-std::size_t codePointCount(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); }));
-}
-
-// The newlines among the first `codePoints` code points of `text`.
-std::size_t newlinesWithin(const std::string& text, std::size_t codePoints) {
-    std::size_t newlines = 0;
-    std::size_t seen = 0;
-    for (char c : text) {
-        if (isContinuationByte(c)) continue;
-        if (seen++ == codePoints) break;
-        if (c == '\n') ++newlines;
-    }
-    return newlines;
-}
-
 }  // namespace
 
 std::optional<std::string> ImportTextResult::allText(bool useOCR) const {
@@ -53,19 +33,7 @@ std::optional<std::string> ImportTextResult::allText(bool useOCR) const {
 }
 
 std::string ImportTextResult::locator(std::size_t atCharacterOffset, bool useOCR) const {
-    auto pages = pagesFor(*this, useOCR);
-    if (pages.empty()) return {};
-    std::size_t pageStart = 0;
-    std::size_t index = 0;
-    for (; index + 1 < pages.size(); ++index) {
-        std::size_t pageEnd = pageStart + codePointCount(pages[index]->text) + 1;
-        if (pageEnd > atCharacterOffset) break;
-        pageStart = pageEnd;
-    }
-    std::size_t into = atCharacterOffset > pageStart ? atCharacterOffset - pageStart : 0;
-    std::size_t line = newlinesWithin(pages[index]->text, into) + 1;
-    if (pages.size() == 1) return "Line " + std::to_string(line);
-    return "Page " + std::to_string(index + 1) + ", line " + std::to_string(line);
+    return ImportTextLocator(*this, useOCR).at(atCharacterOffset);
 }
 
 void to_json(nlohmann::json& json, const ImportTextPage& page) {

@@ -49,8 +49,10 @@ public:
         if (text.empty()) return "";
         const std::size_t needed = text.size() + 1;
         if (blocks.empty() || capacity - used < needed) {
-            capacity = std::max(blockSize, needed);
-            blocks.push_back(std::make_unique<char[]>(capacity));
+            // Blocks grow from small: a file's few found lines get a list of
+            // their own, and a megabyte each would cost more than the lines.
+            capacity = std::max(std::min(blockSize, std::max(firstBlockSize, capacity * 2)), needed);
+            blocks.push_back(std::make_unique_for_overwrite<char[]>(capacity));
             used = 0;
         }
         char* at = blocks.back().get() + used;
@@ -60,6 +62,7 @@ public:
     }
 
 private:
+    static constexpr std::size_t firstBlockSize = 1 << 12;
     static constexpr std::size_t blockSize = 1 << 20;
     std::vector<std::unique_ptr<char[]>> blocks;
     std::size_t capacity = 0;  // of the last block

@@ -302,6 +302,9 @@ TEST_F(ModelTest, cancelledSizingPutsTheSizeTextBack) {
     model->setCurrentColumn(Column::kind);
     ASSERT_TRUE(eventually([&] { return folder->dynamic().displayTotalSize == "--"; }));
     EXPECT_FALSE(folder->dynamic().hasCalculatedFolderSize);
+    // The cancelled sizing must be over before the model goes: its operation
+    // may hold the model's last reference and destroy it on its own queue.
+    ASSERT_TRUE(eventually([&] { return !model->isFolderSizing(); }));
     searching = false;
 }
 

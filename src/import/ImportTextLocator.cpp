@@ -6,7 +6,9 @@ namespace quester {
 
 namespace {
 
-bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+bool isContinuationByte(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
 
 void addPage(const std::string& text, std::vector<std::size_t>& breaks, std::size_t& length) {
     length = 0;

@@ -1,6 +1,7 @@
 #include "commands/ContentSearchCommand.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -327,7 +328,9 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
     auto imported = importedText(path, options);
     LOG("End: " + lastPathComponent(path));
     if (!imported) return std::nullopt;
-    const FoldedText text(FoldedText::decode(imported->allText(options.useOCR).value_or("")), !options.caseSensitive);
+    const std::string allText = imported->allText(options.useOCR).value_or("");
+    if (missesEveryWordOfASCII(allText, options)) return std::nullopt;
+    const FoldedText text(FoldedText::decode(allText), !options.caseSensitive);
     const auto hits = textIncludes(text, options);
     if (!hits) return std::nullopt;
     return textMatch(text.original(), *hits, *imported, options.useOCR, entryLabel);
@@ -393,6 +396,23 @@ ContentSearchCommand::FileSearchOptions ContentSearchCommand::fileSearchOptions(
     options.searchAllFileTypes = searchAllFileTypes;
     options.feedbackHandler = feedback;
     return options;
+}
+
+bool ContentSearchCommand::missesEveryWordOfASCII(std::string_view text, const FileSearchOptions& options) {
+    const auto isASCII = [](std::string_view bytes) {
+        return std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    };
+    if (!isASCII(text) || !std::all_of(options.wordsOfInterest.begin(), options.wordsOfInterest.end(), isASCII)) {
+        return false;
+    }
+    std::string searched(text);
+    if (!options.caseSensitive) {
+        for (char& c : searched) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    const auto absent = [&](const std::string& word) { return searched.find(word) == std::string::npos; };
+    const auto& words = options.wordsOfInterest;
+    return options.allWords ? std::any_of(words.begin(), words.end(), absent)
+                            : std::all_of(words.begin(), words.end(), absent);
 }
 
 std::optional<ContentSearchCommand::WordHits> ContentSearchCommand::textIncludes(const FoldedText& text,

@@ -81,6 +81,10 @@ public:
     // word whose first occurrence counts (with `wholeWords`, when it stands
     // alone).
     static std::optional<WordHits> textIncludes(const FoldedText& text, const FileSearchOptions& options);
+    // Whether an ASCII text, where folding is only lowering, lacks the words
+    // so plainly that the folded search needn't run: most files a search
+    // reads are such misses. False whenever the text or a word isn't ASCII.
+    static bool missesEveryWordOfASCII(std::string_view text, const FileSearchOptions& options);
     // The found lines of `hits` in `text`, located through `located` (pages
     // and lines) behind `entryLabel` (an archive member's path) when given,
     // and the number of hits.

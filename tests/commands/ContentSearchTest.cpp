@@ -51,6 +51,21 @@ TEST(ContentSearchWords, ACommaListIsCutBeforeEachPieceLosesItsQuotes) {
               (Words{"Total"}));
 }
 
+// The byte pre-test may only turn away what the folded search would.
+TEST(ContentSearchMatching, ASCIIPreTestRejectsOnlyWhatFoldedSearchRejects) {
+    auto options = lookFor({"total", "ledger"});
+    EXPECT_FALSE(ContentSearchCommand::missesEveryWordOfASCII("The TOTAL rose", options));
+    EXPECT_TRUE(ContentSearchCommand::missesEveryWordOfASCII("nothing here", options));
+    options.allWords = true;
+    EXPECT_TRUE(ContentSearchCommand::missesEveryWordOfASCII("The TOTAL rose", options));
+    EXPECT_FALSE(ContentSearchCommand::missesEveryWordOfASCII("total in the ledger", options));
+    // Accented text or words go to the folded search, which finds "cafe" in "café".
+    EXPECT_FALSE(ContentSearchCommand::missesEveryWordOfASCII("caf\xC3\xA9", lookFor({"cafe"})));
+    auto exact = lookFor({"Total"});
+    exact.caseSensitive = true;
+    EXPECT_TRUE(ContentSearchCommand::missesEveryWordOfASCII("the total", exact));
+}
+
 TEST(ContentSearchMatching, AllWordsFailsWhenOneWordIsAbsent) {
     auto options = lookFor({"total", "missing"});
     EXPECT_TRUE(hitsIn("the total", options).has_value());

@@ -1,7 +1,6 @@
 #include "commands/ContentSearchCommand.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -407,7 +406,7 @@ bool ContentSearchCommand::missesEveryWordOfASCII(std::string_view text, const F
     }
     std::string searched(text);
     if (!options.caseSensitive) {
-        for (char& c : searched) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        for (char& c : searched) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
     const auto absent = [&](const std::string& word) { return searched.find(word) == std::string::npos; };
     const auto& words = options.wordsOfInterest;

@@ -43,7 +43,8 @@ TEST(TarArchiveTest, BaseTwoFiftySixSizeIsReadAndPlacesTheNextHeader) {
     TarWriter writer;
     writer.add({.name = "big.bin", .content = content, .sizeField = TarWriter::base256(content.size())});
     writer.add("next.txt", "n");
-    const TarArchive archive(writer.finish());
+    const std::string bytes = writer.finish();  // the archive reads these bytes in place
+    const TarArchive archive(bytes);
     ASSERT_EQ(archive.entries().size(), 2u);
     EXPECT_EQ(archive.entries()[0].size, 700u);
     EXPECT_EQ(archive.entries()[1].path, "next.txt");

@@ -171,8 +171,10 @@ Result<ImportTextXPC::Helper*> ImportTextXPC::runningHelper() {
     if (!ends) return ends.error();
     // Recognition's worker threads only compete with each other on a busy
     // machine; one document at a time reads fastest on one thread.
-    ChildProcess::Options spawn{options.helperPath,  {},    ends->second.descriptor(),
-                                options.memoryLimit, false, {"OMP_THREAD_LIMIT=1"}};
+    // The helper speaks only through its socket; what its libraries print
+    // (a damaged picture's decoder, say) would land on the user's terminal.
+    ChildProcess::Options spawn{options.helperPath,  {},   ends->second.descriptor(),
+                                options.memoryLimit, true, {"OMP_THREAD_LIMIT=1"}};
     auto process = ChildProcess::spawn(spawn);
     if (!process) return process.error();
     auto started = std::make_unique<Helper>(Helper{std::move(*process), std::move(ends->first)});

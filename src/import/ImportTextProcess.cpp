@@ -44,7 +44,8 @@ int ImportTextProcess::serve() {
         } else {
             log("import helper: unknown request " + message->payload.substr(0, 200));
         }
-        if (message->descriptor >= 0) ReadableFile::adopt(message->descriptor, "");
+        // A descriptor sent with anything but a document is closed unread.
+        if (message->descriptor >= 0) (void)ReadableFile::adopt(message->descriptor, "");
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "import/ImportTextMessages.h"
+#include "platform/FileSystem.h"
 #include "platform/UniformTypeTable.h"
 #include "support/LogFunc.h"
 
@@ -72,10 +73,9 @@ Status ImportTextXPC::startup() {
 bool ImportTextXPC::isPlainSmallText(const std::string& path) const {
     const auto& types = UniformTypeTable::shared();
     if (!types.conformsTo(types.typeOfItem(path, false), "public.plain-text")) return false;
-    auto file = ReadableFile::open(path);
-    if (!file) return false;
-    auto size = file->size();
-    return size && *size <= smallTextLimit;
+    // A stat, not an open: content search asks this of every file it reads.
+    auto status = FileSystem::real().status(path);
+    return status && !status->isDirectory() && status->size <= smallTextLimit;
 }
 
 std::pair<std::optional<Error>, std::optional<WordCounts>> ImportTextXPC::wordsInFile(const std::string& path,

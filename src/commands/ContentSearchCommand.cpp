@@ -60,6 +60,19 @@ std::string_view dequoted(std::string_view text) {
     return text;
 }
 
+// Copies `text` to `out` with ASCII letters lowered, and answers whether
+// every byte was ASCII. Written without branches so that it runs as vector code.
+bool asciiLowercaseCopy(std::string_view text, char* out) {
+    unsigned char seen = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        seen |= c;
+        const bool upper = static_cast<unsigned char>(c - 'A') < 26;
+        out[i] = static_cast<char>(c + (upper ? 0x20 : 0));
+    }
+    return seen < 0x80;
+}
+
 void reportFile(SearchDataSourceDelegate* feedback, const std::string& path, bool inProgress, float percentage) {
     if (feedback) feedback->searchingInsideFile(lastPathComponent(path), inProgress, percentage);
 }
@@ -398,18 +411,20 @@ ContentSearchCommand::FileSearchOptions ContentSearchCommand::fileSearchOptions(
 }
 
 bool ContentSearchCommand::missesEveryWordOfASCII(std::string_view text, const FileSearchOptions& options) {
-    const auto isASCII = [](std::string_view bytes) {
-        return std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    };
-    if (!isASCII(text) || !std::all_of(options.wordsOfInterest.begin(), options.wordsOfInterest.end(), isASCII)) {
-        return false;
-    }
-    std::string searched(text);
-    if (!options.caseSensitive) {
-        for (char& c : searched) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    const auto absent = [&](const std::string& word) { return searched.find(word) == std::string::npos; };
     const auto& words = options.wordsOfInterest;
+    if (!std::all_of(words.begin(), words.end(), [](const std::string& word) { return isASCII(word); })) return false;
+    std::string_view searched = text;
+    // Kept from file to file: most files are turned away here, and a buffer
+    // of their size each time would cost more than the search.
+    thread_local std::string lowered;
+    if (options.caseSensitive) {
+        if (!isASCII(text)) return false;
+    } else {
+        lowered.resize(text.size());
+        if (!asciiLowercaseCopy(text, lowered.data())) return false;
+        searched = lowered;
+    }
+    const auto absent = [&](const std::string& word) { return searched.find(word) == std::string_view::npos; };
     return options.allWords ? std::any_of(words.begin(), words.end(), absent)
                             : std::all_of(words.begin(), words.end(), absent);
 }

@@ -5,6 +5,8 @@
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include "support/Utf8Text.h"
+
 namespace quester {
 
 namespace {
@@ -49,16 +51,36 @@ FoldedText::FoldedText(std::u32string text, bool foldCase) : text(std::move(text
     FoldCache cache;
     folded.reserve(this->text.size());
     origin.reserve(this->text.size());
-    for (std::size_t index = 0; index < this->text.size(); ++index) {
-        // Most of most documents is ASCII: it folds in place, with no lookup.
-        if (char32_t c = this->text[index]; c < 0x80) {
-            folded.push_back(foldCase && c >= U'A' && c <= U'Z' ? c + (U'a' - U'A') : c);
-            origin.push_back(static_cast<std::uint32_t>(index));
+    for (std::size_t index = 0; index < this->text.size();) {
+        // Most of most documents is ASCII: it folds in place a run at a time,
+        // with no lookup.
+        if (const std::size_t run = asciiRunAt(index); run > 0) {
+            appendASCIIRun(index, run);
+            index += run;
             continue;
         }
         const std::u32string piece = fold(std::u32string_view(&this->text[index], 1), cache);
         folded += piece;
         origin.insert(origin.end(), piece.size(), static_cast<std::uint32_t>(index));
+        ++index;
+    }
+}
+
+std::size_t FoldedText::asciiRunAt(std::size_t start) const {
+    std::size_t end = start;
+    while (end < text.size() && text[end] < 0x80) ++end;
+    return end - start;
+}
+
+void FoldedText::appendASCIIRun(std::size_t start, std::size_t length) {
+    const std::size_t at = folded.size();
+    folded.resize(at + length);
+    origin.resize(at + length);
+    const char32_t caseShift = foldCase ? U'a' - U'A' : 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        const char32_t c = text[start + i];
+        folded[at + i] = c + (c - U'A' < 26 ? caseShift : 0);
+        origin[at + i] = static_cast<std::uint32_t>(start + i);
     }
 }
 
@@ -113,11 +135,16 @@ bool FoldedText::isWholeWord(TextRange range) const {
 }
 
 std::u32string FoldedText::decode(std::string_view utf8) {
-    std::u32string decoded;
+    // An ASCII start widens byte by byte, as vector code; the rest, if any,
+    // goes through the decoder.
+    const std::size_t asciiLength = asciiPrefixLength(utf8);
+    std::u32string decoded(asciiLength, U'\0');
+    for (std::size_t i = 0; i < asciiLength; ++i) decoded[i] = static_cast<unsigned char>(utf8[i]);
+    if (asciiLength == utf8.size()) return decoded;
     decoded.reserve(utf8.size());
     const auto* bytes = reinterpret_cast<const uint8_t*>(utf8.data());
     const auto length = static_cast<int32_t>(utf8.size());
-    for (int32_t offset = 0; offset < length;) {
+    for (auto offset = static_cast<int32_t>(asciiLength); offset < length;) {
         UChar32 c = 0;
         U8_NEXT(bytes, offset, length, c);
         decoded += c < 0 ? U'\uFFFD' : static_cast<char32_t>(c);

@@ -47,6 +47,8 @@ private:
     using FoldCache = std::unordered_map<char32_t, std::u32string>;
 
     std::u32string fold(std::u32string_view piece, FoldCache& cache) const;
+    std::size_t asciiRunAt(std::size_t start) const;
+    void appendASCIIRun(std::size_t start, std::size_t length);
     std::optional<TextRange> rangeAt(std::size_t foldedStart, std::size_t foldedLength) const;
 
     std::u32string text;

@@ -1,6 +1,9 @@
 #include "import/ImportTextLocator.h"
 
 #include <algorithm>
+#include <string_view>
+
+#include "support/Utf8Text.h"
 
 namespace quester {
 
@@ -10,12 +13,21 @@ bool isContinuationByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-void addPage(const std::string& text, std::vector<std::size_t>& breaks, std::size_t& length) {
+// Counts the page's code points and notes where its lines break. In a run of
+// ASCII a byte is a character, so the breaks there are found by memchr.
+void addPage(std::string_view text, std::vector<std::size_t>& breaks, std::size_t& length) {
     length = 0;
-    for (char c : text) {
-        if (isContinuationByte(c)) continue;
-        if (c == '\n') breaks.push_back(length);
-        ++length;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::string_view ascii = text.substr(at, asciiPrefixLength(text.substr(at)));
+        for (auto newline = ascii.find('\n'); newline != std::string_view::npos;
+             newline = ascii.find('\n', newline + 1)) {
+            breaks.push_back(length + newline);
+        }
+        length += ascii.size();
+        at += ascii.size();
+        if (at == text.size()) break;
+        if (!isContinuationByte(text[at])) ++length;
+        ++at;
     }
 }
 

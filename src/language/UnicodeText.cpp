@@ -9,16 +9,11 @@
 
 #include <memory>
 
+#include "support/Utf8Text.h"
+
 namespace quester {
 
 namespace {
-
-bool isAscii(std::string_view text) {
-    for (unsigned char c : text) {
-        if (c >= 0x80) return false;
-    }
-    return true;
-}
 
 // One character break iterator per thread: creating one costs far more than a parse.
 icu::BreakIterator* characterIterator() {
@@ -78,7 +73,7 @@ void compose(icu::UnicodeString& text) {
 }  // namespace
 
 std::vector<std::string_view> graphemes(std::string_view text) {
-    if (isAscii(text)) return asciiGraphemes(text);
+    if (isASCII(text)) return asciiGraphemes(text);
     icu::BreakIterator* iterator = characterIterator();
     if (iterator == nullptr) return codePoints(text);
     UErrorCode status = U_ZERO_ERROR;
@@ -97,7 +92,7 @@ std::vector<std::string_view> graphemes(std::string_view text) {
 }
 
 int graphemeCount(std::string_view text) {
-    if (isAscii(text)) return static_cast<int>(asciiGraphemes(text).size());
+    if (isASCII(text)) return static_cast<int>(asciiGraphemes(text).size());
     return static_cast<int>(graphemes(text).size());
 }
 
@@ -123,7 +118,7 @@ std::string lowercased(std::string_view text) {
 }
 
 void lowercaseInto(std::string_view text, std::string& out) {
-    if (!isAscii(text)) return composeThroughICU(text, true, out);
+    if (!isASCII(text)) return composeThroughICU(text, true, out);
     out.assign(text);
     for (char& c : out) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -136,7 +131,7 @@ std::string composed(std::string_view text) {
 }
 
 std::string_view composeInto(std::string_view text, std::string& scratch) {
-    if (isAscii(text)) return text;
+    if (isASCII(text)) return text;
     composeThroughICU(text, false, scratch);
     return scratch;
 }

@@ -19,8 +19,12 @@ namespace {
 
 // Enough threads that no source waits for another: sources are few.
 constexpr int kLocalQueueWidth = 64;
-// How long a drain waits for more results, in yields, before it ends.
-constexpr int kLingerRounds = 64;
+// How long a drain waits for more results before it ends. A walk supplies a
+// batch every few microseconds while it finds things, so a drain that waited
+// for nothing at all would be ended and started again for every batch.
+// How often the file a content search reads is passed on to the delegate.
+constexpr auto kInsideFileInterval = std::chrono::milliseconds(100);
+constexpr auto kDrainLinger = std::chrono::milliseconds(2);
 // Found items reach the main loop in lists of at most this many input items,
 // and at least this often while results come.
 constexpr std::size_t kDeliveryBatch = 256;
@@ -57,22 +61,26 @@ std::vector<CommandPtr> copiesOf(const std::vector<CommandPtr>& commands) {
 
 // ASCII case folding keeps byte offsets, so matches found in the folded text
 // stand at the same places in the original.
-std::string asciiLowercase(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) {
+void asciiLowercaseInPlace(std::string& text) {
+    for (char& c : text) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
-    return lower;
 }
 
-// The folder paths of `parent` (which ends in "/") whose name holds one of
-// `words`: at each match, the text up to the next "/". Repeats are kept.
-std::vector<std::string> splitPath(const std::string& parent, const std::vector<std::string>& words) {
-    std::vector<std::string> folders;
-    const std::string folded = asciiLowercase(parent);
-    for (const auto& word : words) {
-        if (word.empty()) continue;
-        const std::string foldedWord = asciiLowercase(word);
+// Appends the folder paths of `parent` (which ends in "/") whose name holds
+// one of `words`: at each match, the text up to the next "/". Repeats are
+// kept. `folded` is scratch room for the lowercased parent.
+std::vector<std::string> foldedWords(std::vector<std::string> words) {
+    for (auto& word : words) asciiLowercaseInPlace(word);
+    return words;
+}
+
+void appendFoldersNamedAfterWords(const std::string& parent, const std::vector<std::string>& foldedWords,
+                                  std::string& folded, std::vector<std::string>& folders) {
+    folded.assign(parent);
+    asciiLowercaseInPlace(folded);
+    for (const auto& foldedWord : foldedWords) {
+        if (foldedWord.empty()) continue;
         for (auto match = folded.find(foldedWord); match != std::string::npos;
              match = folded.find(foldedWord, match + 1)) {
             auto slash = parent.find('/', match + foldedWord.size());
@@ -80,7 +88,6 @@ std::vector<std::string> splitPath(const std::string& parent, const std::vector<
             folders.push_back(parent.substr(0, slash));
         }
     }
-    return folders;
 }
 
 // The minus words and the wildcard words are judged with the name, not on their own.
@@ -89,8 +96,8 @@ bool isPartOfTheNameTest(const Command& command) {
            dynamic_cast<const NotIncludingWords*>(&command) != nullptr;
 }
 
-SearchResult enclosingFolderResult(const std::string& path, const SearchResult& foundItem) {
-    SearchResult folder = SearchResult::forFile(foundItem.searchResultSuppliedBy, path, foundItem.checkToSeeIfItExists);
+SearchResult enclosingFolderResult(const std::string& path, SearchResultSupplier supplier, bool checkToSeeIfItExists) {
+    SearchResult folder = SearchResult::forFile(supplier, path, checkToSeeIfItExists);
     folder.url = Url(path, true);
     folder.isDirectory = true;
     folder.size = 0;
@@ -115,6 +122,7 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
                              std::weak_ptr<SearchManagerDelegate> delegate, Environment environment)
     : delegate(std::move(delegate)),
       searchQuery(std::move(query)),
+      foldedSearchWords(foldedWords(searchQuery.searchWords())),
       judgesThroughTree(searchQuery.booleanExpr().hasCommandUnderOr()),
       treeCommandLeaves(searchQuery.booleanExpr().commandLeafIndices()),
       treeDataSourceLeaves(searchQuery.dataSourceLeafIndices()),
@@ -294,11 +302,14 @@ void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchRe
     bool fast = isInFastSet(supplier);
     auto& pending = fast ? pendingFastResults : pendingFilterResults;
     auto& commands = fast ? fastQueueCommands : filterQueueCommands;
-    bool scheduleDrain = pending.access([&](PendingResults& waiting) {
+    bool wakeDrain = false;
+    bool scheduleDrain = pending.results.access([&](PendingResults& waiting) {
         waiting.items.insert(waiting.items.end(), std::make_move_iterator(results.begin()),
                              std::make_move_iterator(results.end()));
+        wakeDrain = std::exchange(waiting.drainWaiting, false);
         return !std::exchange(waiting.drainScheduled, true);
     });
+    if (wakeDrain) pending.wake.release();
     if (scheduleDrain) {
         (fast ? fastQueue : filterQueue).addOperation([this, &pending, &commands] {
             drainPendingResults(pending, commands);
@@ -306,31 +317,30 @@ void SearchManager::enqueueFiltering(std::vector<SearchResult> results, SearchRe
     }
 }
 
-void SearchManager::drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands) {
+void SearchManager::drainPendingResults(PendingQueue& pending, const std::vector<CommandPtr>& commands) {
     Survivors survivors;
     auto lastDelivery = std::chrono::steady_clock::now();
-    // A walk supplies an item every few microseconds: a drain that finds the
-    // list empty yields a little before it ends, so that the queue's thread
-    // isn't put to sleep and woken again for every item.
-    int idleRounds = 0;
     // The drained list and the one the sources fill trade places, so both
     // keep their room instead of growing again from nothing at every round.
     std::vector<SearchResult> batch;
+    FilterScratch scratch;
+    bool waitedInVain = false;
     for (;;) {
-        bool lingering = idleRounds < kLingerRounds;
         batch.clear();
-        pending.access([&](PendingResults& waiting) {
-            if (waiting.items.empty() && !lingering) waiting.drainScheduled = false;
+        const bool ended = pending.results.access([&](PendingResults& waiting) {
             std::swap(waiting.items, batch);
+            if (!batch.empty()) return false;
+            waiting.drainWaiting = !waitedInVain;
+            waiting.drainScheduled = !waitedInVain;
+            return waitedInVain;
         });
+        if (ended) break;
         if (batch.empty()) {
-            if (!lingering) break;
-            ++idleRounds;
-            std::this_thread::yield();
+            waitedInVain = !pending.wake.try_acquire_for(kDrainLinger);
             continue;
         }
-        idleRounds = 0;
-        filterResults(batch, commands, survivors);
+        waitedInVain = false;
+        filterResults(batch, commands, scratch, survivors);
         auto now = std::chrono::steady_clock::now();
         if (survivors.size() >= kDeliveryBatch || now - lastDelivery >= kDeliveryInterval) {
             deliver(std::move(survivors));
@@ -342,11 +352,11 @@ void SearchManager::drainPendingResults(Locked<PendingResults>& pending, const s
     reportProgressIfDue();
 }
 
-void SearchManager::filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
-                                  Survivors& survivors) {
-    for (const auto& result : results) {
+void SearchManager::filterResults(std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
+                                  FilterScratch& scratch, Survivors& survivors) {
+    for (auto& result : results) {
         if (shouldStop()) return;
-        auto passing = expandAndFilter(result, commands);
+        auto passing = expandAndFilter(std::move(result), commands, scratch);
         if (!passing.empty()) {
             counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
             resultsAwaitingDelegate += static_cast<std::int64_t>(passing.size());
@@ -368,23 +378,28 @@ void SearchManager::deliver(Survivors survivors) {
     });
 }
 
-std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& result,
-                                                         const std::vector<CommandPtr>& commands) {
-    std::vector<std::string> paths{result.url.path()};
-    std::string parent = parentPath(result.url.path());
+// The item itself, then each enclosing folder named after a search word.
+std::vector<SearchResult> SearchManager::expandAndFilter(SearchResult result, const std::vector<CommandPtr>& commands,
+                                                         FilterScratch& scratch) {
+    scratch.folders.clear();
+    std::string& parent = scratch.parent;
+    parent.assign(parentPath(result.url.path()));
     if (parent != "/") parent += '/';
-    for (auto& folder : splitPath(parent, searchQuery.searchWords())) paths.push_back(std::move(folder));
+    appendFoldersNamedAfterWords(parent, foldedSearchWords, scratch.folded, scratch.folders);
 
-    std::vector<std::int64_t> keys;
-    keys.reserve(paths.size());
-    for (const auto& path : paths) keys.push_back(crc64(path));
-    auto isNew = claimForFiltering(keys);
+    scratch.keys.clear();
+    scratch.keys.push_back(crc64(result.url.path()));
+    for (const auto& folder : scratch.folders) scratch.keys.push_back(crc64(folder));
+    claimForFiltering(scratch.keys, scratch.isNew);
+    const SearchResultSupplier supplier = result.searchResultSuppliedBy;
+    const bool checkToSeeIfItExists = result.checkToSeeIfItExists;
     std::vector<SearchResult> passing;
-    for (std::size_t i = 0; i < paths.size() && !shouldStop(); ++i) {
-        if (!isNew[i]) continue;
+    for (std::size_t i = 0; i < scratch.keys.size() && !shouldStop(); ++i) {
+        if (!scratch.isNew[i]) continue;
         // Most enclosing folders were judged before, so a folder's attributes
         // are read only once it is known to be new.
-        SearchResult candidate = i == 0 ? result : enclosingFolderResult(paths[i], result);
+        SearchResult candidate =
+            i == 0 ? std::move(result) : enclosingFolderResult(scratch.folders[i - 1], supplier, checkToSeeIfItExists);
         if (judgeClaimed(candidate, commands)) passing.push_back(std::move(candidate));
     }
     return passing;
@@ -393,12 +408,10 @@ std::vector<SearchResult> SearchManager::expandAndFilter(const SearchResult& res
 // Enters the paths (by key) into filtering, in order, under one lock; answers
 // for each whether it is new. A path that entered before is not judged again:
 // the first source to supply it decides.
-std::vector<bool> SearchManager::claimForFiltering(const std::vector<std::int64_t>& keys) {
-    return alreadyFiltered.access([&](auto& seen) {
-        std::vector<bool> isNew;
-        isNew.reserve(keys.size());
-        for (auto key : keys) isNew.push_back(seen.insert(key));
-        return isNew;
+void SearchManager::claimForFiltering(const std::vector<std::int64_t>& keys, std::vector<char>& isNew) {
+    isNew.clear();
+    alreadyFiltered.access([&](auto& seen) {
+        for (auto key : keys) isNew.push_back(seen.insert(key) ? 1 : 0);
     });
 }
 
@@ -501,8 +514,23 @@ SearchManager::Progress SearchManager::Counters::snapshot() const {
 }
 
 void SearchManager::searchingInsideFile(const std::string& name, bool inProgress, float percentageProgress) {
-    onMainLoop(
-        [=](SearchManagerDelegate& receiver) { receiver.searchingInsideFile(name, inProgress, percentageProgress); });
+    const bool firstSinceDelivery = latestInsideFile.access([&](std::optional<InsideFile>& latest) {
+        const bool first = !latest.has_value();
+        latest = InsideFile{name, inProgress, percentageProgress};
+        return first;
+    });
+    if (firstSinceDelivery)
+        mainLoop.postAfter(kInsideFileInterval, [self = shared_from_this()] { self->deliverInsideFile(); });
+}
+
+void SearchManager::deliverInsideFile() {
+    auto latest =
+        latestInsideFile.access([](std::optional<InsideFile>& slot) { return std::exchange(slot, std::nullopt); });
+    // A file still being read when the search ended is no longer read.
+    if (!latest || (latest->inProgress && !inProgress)) return;
+    if (auto receiver = delegate.lock()) {
+        receiver->searchingInsideFile(latest->name, latest->inProgress, latest->percentageProgress);
+    }
 }
 
 void SearchManager::searchInvalidQuery() {

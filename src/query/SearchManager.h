@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <semaphore>
 #include <set>
 #include <unordered_set>
 #include <vector>
@@ -101,6 +102,15 @@ private:
     struct PendingResults {
         std::vector<SearchResult> items;
         bool drainScheduled = false;
+        // The drain found the list empty and waits on `wake` for more.
+        bool drainWaiting = false;
+    };
+    // Results on their way to one filter queue, and the signal that wakes its
+    // waiting drain. The count may run ahead of the waits: a stale signal only
+    // costs the drain one more look at an empty list.
+    struct PendingQueue {
+        Locked<PendingResults> results;
+        std::counting_semaphore<> wake{0};
     };
 
     // The counters, each updated on its own from any thread.
@@ -124,13 +134,24 @@ private:
     void allSearchesHaveCompleted();
 
     void enqueueFiltering(std::vector<SearchResult> results, SearchResultSupplier supplier);
-    void drainPendingResults(Locked<PendingResults>& pending, const std::vector<CommandPtr>& commands);
+    void drainPendingResults(PendingQueue& pending, const std::vector<CommandPtr>& commands);
     using Survivors = std::vector<std::vector<SearchResult>>;
-    void filterResults(const std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
-                       Survivors& survivors);
+    // Room a drain reuses from item to item, so that judging an item that
+    // brings no enclosing folders allocates nothing of its own.
+    struct FilterScratch {
+        std::string parent;
+        std::string folded;
+        std::vector<std::string> folders;
+        std::vector<std::int64_t> keys;
+        std::vector<char> isNew;
+    };
+    void filterResults(std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
+                       FilterScratch& scratch, Survivors& survivors);
     void deliver(Survivors survivors);
-    std::vector<SearchResult> expandAndFilter(const SearchResult& result, const std::vector<CommandPtr>& commands);
-    std::vector<bool> claimForFiltering(const std::vector<std::int64_t>& keys);
+    void deliverInsideFile();
+    std::vector<SearchResult> expandAndFilter(SearchResult result, const std::vector<CommandPtr>& commands,
+                                              FilterScratch& scratch);
+    void claimForFiltering(const std::vector<std::int64_t>& keys, std::vector<char>& isNew);
     bool judgeClaimed(SearchResult& candidate, const std::vector<CommandPtr>& commands);
     bool passesFlatFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                              const std::vector<CommandPtr>& commands);
@@ -143,6 +164,8 @@ private:
 
     const std::weak_ptr<SearchManagerDelegate> delegate;
     const QueryContainer searchQuery;
+    // The search words in ASCII lower case, for the enclosing-folder test.
+    const std::vector<std::string> foldedSearchWords;
     // What every candidate's judgement asks of the query's expression, worked
     // out once for the search rather than by walking the tree per item.
     const bool judgesThroughTree;
@@ -169,14 +192,22 @@ private:
     Locked<Crc64Set> alreadyFiltered;
     Locked<std::map<int, std::unordered_set<std::int64_t>>> materializedDataSourceSets;
     Locked<std::vector<std::function<void(SearchManagerDelegate&)>>> pendingDelegateCalls;
+    // The file a content search reads now, passed on at most every
+    // `kInsideFileInterval`: a search of small files reads thousands a second.
+    struct InsideFile {
+        std::string name;
+        bool inProgress = false;
+        float percentageProgress = 0;
+    };
+    Locked<std::optional<InsideFile>> latestInsideFile;
     // Every source reads the stop flag at every item, and the lists below are
     // written as often: each sits on a cache line of its own, so that reading
     // the flag doesn't wait for the line that the writers pass around.
     alignas(64) std::atomic<bool> stopRequested{false};
     std::atomic<bool> inProgress{false};
 
-    alignas(64) Locked<PendingResults> pendingFilterResults;
-    Locked<PendingResults> pendingFastResults;
+    alignas(64) PendingQueue pendingFilterResults;
+    PendingQueue pendingFastResults;
     SerialQueue filterQueue;
     SerialQueue fastQueue;
     // Runs the search block, which waits for the sources and the two queues.

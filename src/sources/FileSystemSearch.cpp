@@ -263,12 +263,16 @@ FileSystemSearch::FolderListing FileSystemSearch::iterate(const PendingFolder& f
         LOG("listing error: " + listing.readError->message);
     }
     std::shared_ptr<DirectoryHandle> held;
+    // A folder's finds travel together: one trip through the search manager's
+    // queue a folder, not one an item.
+    std::vector<SearchResult> found;
     for (auto& item : listing.items) {
-        if (item.attributesRead && !handler.shouldStop()) foundItem(item, walk, handler);
+        if (item.attributesRead && !handler.shouldStop()) found.push_back(foundItem(item, walk));
         if (!item.isDirectory) continue;
         if (!held && *opened) held = holdForSubfolders(std::move(*opened));
         result.subdirectories.push_back(PendingFolder{std::move(item.fullPath), held});
     }
+    if (!found.empty()) handler.supplySearchResults(std::move(found), *this);
     return result;
 }
 
@@ -297,7 +301,7 @@ void FileSystemSearch::reportDirectories(std::int64_t count, std::int64_t skippe
     });
 }
 
-void FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskWalk& walk, SearchDataSourceDelegate& handler) {
+SearchResult FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskWalk& walk) {
     SearchResult result;
     result.searchResultSuppliedBy = SearchResultSupplier::fileSystem;
     result.diskKey = walk.diskKey;
@@ -308,9 +312,7 @@ void FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskWalk& wal
     result.creationDate = item.createTime.seconds;
     result.modDate = item.modifyTime.seconds;
     result.lastAccessDate = item.accessTime.seconds;
-    std::vector<SearchResult> batch;
-    batch.push_back(std::move(result));
-    handler.supplySearchResults(std::move(batch), *this);
+    return result;
 }
 
 // The depth is counted from the volume's root, not from the searched folder.

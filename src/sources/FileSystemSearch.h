@@ -112,7 +112,7 @@ private:
                           SearchDataSourceDelegate& handler);
     Result<std::unique_ptr<DirectoryHandle>> open(const PendingFolder& folder);
     std::shared_ptr<DirectoryHandle> holdForSubfolders(std::unique_ptr<DirectoryHandle> handle);
-    void foundItem(const FSItemAndAttrs& item, const DiskWalk& walk, SearchDataSourceDelegate& handler);
+    static SearchResult foundItem(const FSItemAndAttrs& item, const DiskWalk& walk);
     void reportDirectories(std::int64_t count, std::int64_t skipped, SearchDataSourceDelegate& handler);
     bool passesDepthTest(const std::string& path) const;
 

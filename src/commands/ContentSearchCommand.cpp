@@ -340,8 +340,12 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
     auto imported = importedText(path, options);
     LOG("End: " + lastPathComponent(path));
     if (!imported) return std::nullopt;
-    const std::string allText = imported->allText(options.useOCR).value_or("");
+    std::string joinedPages;
+    const std::string_view allText = imported->allTextView(options.useOCR, joinedPages);
     if (missesEveryWordOfASCII(allText, options)) return std::nullopt;
+    // Text read in the program is only known to be UTF-8 here; ASCII that
+    // the test above turned away needed no such check.
+    if (!isValidUTF8(allText)) return std::nullopt;
     const FoldedText text(FoldedText::decode(allText), !options.caseSensitive);
     const auto hits = textIncludes(text, options);
     if (!hits) return std::nullopt;
@@ -353,7 +357,7 @@ std::optional<ImportTextResult> ContentSearchCommand::importedText(const std::st
     auto& service = ImportTextXPC::shared();
     if (service.isPlainSmallText(path)) {
         auto bytes = FileSystem::real().readFile(path);
-        if (!bytes || !isValidUTF8(*bytes)) return std::nullopt;
+        if (!bytes) return std::nullopt;
         return ImportTextResult{ImportTextPages{ImportTextPage{std::move(*bytes)}}, std::nullopt};
     }
     if (!options.searchAllFileTypes && !service.importer().canImportTextFrom(path, options.useOCR)) {

@@ -32,6 +32,13 @@ std::optional<std::string> ImportTextResult::allText(bool useOCR) const {
     return joined;
 }
 
+std::string_view ImportTextResult::allTextView(bool useOCR, std::string& scratch) const {
+    auto pages = pagesFor(*this, useOCR);
+    if (pages.size() == 1) return pages.front()->text;
+    scratch = allText(useOCR).value_or("");
+    return scratch;
+}
+
 std::string ImportTextResult::locator(std::size_t atCharacterOffset, bool useOCR) const {
     return ImportTextLocator(*this, useOCR).at(atCharacterOffset);
 }

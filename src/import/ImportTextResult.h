@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
@@ -30,6 +31,9 @@ struct ImportTextResult {
     // The pages joined by one newline: the text pages, then with `useOCR` the
     // OCR pages. None when there are no pages at all.
     std::optional<std::string> allText(bool useOCR) const;
+    // `allText` without the copy when there is one page: a view of that page,
+    // else of the pages joined in `scratch`; empty when there is no text.
+    std::string_view allTextView(bool useOCR, std::string& scratch) const;
     // Where a character offset of `allText` lies: "Line 3" in a one-page
     // document, "Page 2, line 1" in a longer one; empty with no pages.
     // Offsets count Unicode code points.

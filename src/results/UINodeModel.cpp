@@ -95,9 +95,18 @@ void UINodeModel::onMainLoop(std::function<void(UINodeModel&)> work) {
     });
 }
 
+std::shared_ptr<UINodeModel> UINodeModel::holdFromQueue(const std::weak_ptr<UINodeModel>& weak) {
+    auto strong = weak.lock();
+    if (!strong) return nullptr;
+    UINodeModel* model = strong.get();
+    MainLoop& loop = strong->mainLoop;
+    return std::shared_ptr<UINodeModel>(
+        model, [held = std::move(strong), &loop](UINodeModel*) mutable { loop.post([last = std::move(held)] {}); });
+}
+
 void UINodeModel::onContentQueue(std::function<void(UINodeModel&)> work) {
     contentQueue.addOperation([weak = weak_from_this(), work = std::move(work)] {
-        if (auto self = weak.lock()) work(*self);
+        if (auto self = holdFromQueue(weak)) work(*self);
     });
 }
 
@@ -447,7 +456,7 @@ void UINodeModel::addCheckOperations(VisualState visualHint) {
     };
     while (numberOfVisibleItemsQueued.access(reserveSlot)) {
         visibleCheckQueue.addOperation([weak = weak_from_this(), visualHint] {
-            if (auto self = weak.lock()) self->runVisibleCheck(visualHint);
+            if (auto self = holdFromQueue(weak)) self->runVisibleCheck(visualHint);
         });
     }
 }
@@ -565,7 +574,7 @@ void UINodeModel::startFolderSizing(UINode::NodeList unsized) {
     });
     *self = task;
     task->addFinishingStep([weak = weak_from_this(), folders, ended = std::weak_ptr<Operation>(task)] {
-        auto model = weak.lock();
+        auto model = holdFromQueue(weak);
         if (!model) return;
         model->onMainLoop([folders, ended](UINodeModel& current) { current.folderSizingEnded(folders, ended); });
     });
@@ -581,7 +590,7 @@ void UINodeModel::sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINo
         if (!waitWhileBusy(weak, task)) return;
         const std::uint64_t size = calculateFolderSize(folder->fileURL().path(), &task);
         if (task.isCancelled()) return;
-        auto model = weak.lock();
+        auto model = holdFromQueue(weak);
         if (!model) return;
         model->onMainLoop([folder, size, sizeSorted](UINodeModel& current) {
             folder->setCalculatedFolderSize(size);
@@ -597,7 +606,7 @@ void UINodeModel::sizeFolders(const std::weak_ptr<UINodeModel>& weak, const UINo
 
 bool UINodeModel::waitWhileBusy(const std::weak_ptr<UINodeModel>& weak, const Operation& task) {
     while (!task.isCancelled()) {
-        auto model = weak.lock();
+        auto model = holdFromQueue(weak);
         if (!model) return false;
         if (model->appIsActive.load() && !model->anySearchInProgress()) return true;
         const Clock::Duration pause = model->sizingPause;
@@ -648,14 +657,14 @@ void UINodeModel::updateSelectionSize(UINode::NodeList nodes) {
             const std::uint64_t size = calculateFolderSize(node->fileURL().path(), operation.get());
             if (operation->isCancelled()) return;
             total += size;
-            if (auto model = weak.lock()) {
+            if (auto model = holdFromQueue(weak)) {
                 model->onMainLoop([node, size](UINodeModel& current) {
                     node->setCalculatedFolderSize(size);
                     current.rowsChanged();
                 });
             }
         }
-        auto model = weak.lock();
+        auto model = holdFromQueue(weak);
         if (!model) return;
         model->onMainLoop([count, total, operation](UINodeModel& current) {
             if (operation->isCancelled()) return;

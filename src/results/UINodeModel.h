@@ -208,6 +208,11 @@ private:
     void folderSizingEnded(const UINode::NodeList& folders, const std::weak_ptr<Operation>& ended);
     void cancelTasks();
 
+    // The model for a task on one of its queues, or null when it is gone. The
+    // hold ends on the main loop: were it the last one, the model would
+    // otherwise be destroyed on a queue that its destructor cancels.
+    static std::shared_ptr<UINodeModel> holdFromQueue(const std::weak_ptr<UINodeModel>& weak);
+
     void onMainLoop(std::function<void(UINodeModel&)> work);
     void onContentQueue(std::function<void(UINodeModel&)> work);
     void forEachDelegate(const std::function<void(UINodeModelDelegate&)>& call);

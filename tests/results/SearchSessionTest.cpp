@@ -9,6 +9,7 @@
 #include "query/SearchDataSourceDelegate.h"
 #include "results/QuesterURL.h"
 #include "results/SearchSession.h"
+#include "results/UINodeModel.h"
 #include "stores/Preferences.h"
 #include "testing/TempDir.h"
 
@@ -77,12 +78,14 @@ protected:
         EXPECT_TRUE(preferences.setValue("startSearchesAutomatically", true).ok());
         session->setObserver(observer);
     }
-    // Managers outlive the session while their threads wind down, and post
-    // to the loop: they must be gone before the loop is.
+    // Managers, and the results model, outlive the session while their
+    // threads wind down, and post to the loop: they must be gone before the
+    // loop is.
     ~SessionTest() override {
         for (const auto& source : sources) source->release();
         session.reset();
-        EXPECT_TRUE(loop.runUntil([] { return SearchManager::allInstances().empty(); }, 10s));
+        EXPECT_TRUE(loop.runUntil(
+            [] { return SearchManager::allInstances().empty() && UINodeModel::allInstances().empty(); }, 10s));
         loop.runPending();
     }
 

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <semaphore>
+#include <thread>
 
 #include "ManualTimerScheduler.h"
 #include "platform/FaultInjectingFileSystem.h"
@@ -63,6 +65,13 @@ protected:
         model->addDelegate(view);
         model->setSelectionDelegate(selection);
         EXPECT_TRUE(preferences.setValue("sizeIsVisible", false).ok());
+    }
+    // A task's hold on the model ends on the loop, so the model goes while
+    // the loop and the timers it uses are still here.
+    ~ModelTest() override {
+        const std::weak_ptr<UINodeModel> weak = model;
+        model.reset();
+        EXPECT_TRUE(eventually([&] { return weak.expired(); }));
     }
 
     UINodeModel::Environment environment() {
@@ -306,6 +315,39 @@ TEST_F(ModelTest, cancelledSizingPutsTheSizeTextBack) {
     // may hold the model's last reference and destroy it on its own queue.
     ASSERT_TRUE(eventually([&] { return !model->isFolderSizing(); }));
     searching = false;
+}
+
+// A sizing task that holds a model's last reference lets it go on the main
+// loop: destroyed on the sizing queue, the model would cancel and wait for
+// the very queue it runs on.
+TEST_F(ModelTest, aModelWhoseLastHoldIsItsSizingTaskEndsOnTheMainLoop) {
+    ASSERT_TRUE(preferences.setValue("sizeIsVisible", true).ok());
+    dir.write("f/a.bin", "xy");
+    const auto mainThread = std::this_thread::get_id();
+    std::binary_semaphore sizingHoldsTheModel{0};
+    std::binary_semaphore modelDropped{0};
+    std::atomic<bool> firstAskFromTheQueue{true};
+    UINodeModel::Environment held = environment();
+    held.anySearchInProgress = [&] {
+        if (std::this_thread::get_id() != mainThread && firstAskFromTheQueue.exchange(false)) {
+            sizingHoldsTheModel.release();
+            modelDropped.acquire();
+        }
+        return false;
+    };
+    auto sized = UINodeModel::create(held);
+    sized->addDelegate(view);
+    const UINodePtr folder = folderNode(dir.str() + "/f");
+    sized->addMoreNodes({folder});
+    waitForDisplay();
+    sized->nodesBecameVisible({folder}, VisualState::list);
+    ASSERT_TRUE(eventually([&] { return sizingHoldsTheModel.try_acquire(); }));
+
+    const std::weak_ptr<UINodeModel> weak = sized;
+    sized.reset();
+    EXPECT_FALSE(weak.expired());
+    modelDropped.release();
+    EXPECT_TRUE(eventually([&] { return weak.expired(); }));
 }
 
 TEST_F(ModelTest, selectionSizeCountsFilesAndFoldersButNotHits) {

@@ -27,12 +27,20 @@ constexpr std::array<ByteUnit, 5> byteUnits{{
     {"KB", 1e3, 0},
 }};
 
+icu::number::LocalizedNumberFormatter numberFormatter(int fractionDigits) {
+    return icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
+        .precision(icu::number::Precision::maxFraction(fractionDigits))
+        .roundingMode(UNUM_ROUND_HALFUP)
+        .grouping(UNUM_GROUPING_AUTO);
+}
+
+// Every row formats its size: a formatter made for each call costs far more
+// than the formatting, so each thread keeps one per precision in use.
 std::string formatNumber(double value, int fractionDigits) {
+    thread_local const std::array<icu::number::LocalizedNumberFormatter, 3> formatters{
+        numberFormatter(0), numberFormatter(1), numberFormatter(2)};
     UErrorCode status = U_ZERO_ERROR;
-    const auto formatter = icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
-                               .precision(icu::number::Precision::maxFraction(fractionDigits))
-                               .roundingMode(UNUM_ROUND_HALFUP)
-                               .grouping(UNUM_GROUPING_AUTO);
+    const auto& formatter = formatters.at(static_cast<std::size_t>(fractionDigits));
     const icu::UnicodeString text = formatter.formatDouble(value, status).toString(status);
     std::string utf8;
     if (U_SUCCESS(status)) text.toUTF8String(utf8);

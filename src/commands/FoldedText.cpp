@@ -5,6 +5,9 @@
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
+#include <numeric>
+
 #include "support/Utf8Text.h"
 
 namespace quester {
@@ -48,6 +51,12 @@ std::u32string foldCodePoint(char32_t c, bool foldCase) {
 }  // namespace
 
 FoldedText::FoldedText(std::u32string text, bool foldCase) : text(std::move(text)), foldCase(foldCase) {
+    // An ASCII text folds character for character: the folded copy is as
+    // long as the original and needs no list of where each character came from.
+    if (asciiRunAt(0) == this->text.size()) {
+        appendASCIIRun(0, this->text.size());
+        return;
+    }
     FoldCache cache;
     folded.reserve(this->text.size());
     origin.reserve(this->text.size());
@@ -56,6 +65,8 @@ FoldedText::FoldedText(std::u32string text, bool foldCase) : text(std::move(text
         // with no lookup.
         if (const std::size_t run = asciiRunAt(index); run > 0) {
             appendASCIIRun(index, run);
+            origin.resize(origin.size() + run);
+            std::iota(origin.end() - static_cast<std::ptrdiff_t>(run), origin.end(), static_cast<std::uint32_t>(index));
             index += run;
             continue;
         }
@@ -67,21 +78,22 @@ FoldedText::FoldedText(std::u32string text, bool foldCase) : text(std::move(text
 }
 
 std::size_t FoldedText::asciiRunAt(std::size_t start) const {
-    std::size_t end = start;
-    while (end < text.size() && text[end] < 0x80) ++end;
-    return end - start;
+    const auto begin = text.begin() + static_cast<std::ptrdiff_t>(start);
+    return static_cast<std::size_t>(std::find_if(begin, text.end(), [](char32_t c) { return c >= 0x80; }) - begin);
 }
 
 void FoldedText::appendASCIIRun(std::size_t start, std::size_t length) {
     const std::size_t at = folded.size();
     folded.resize(at + length);
-    origin.resize(at + length);
     const char32_t caseShift = foldCase ? U'a' - U'A' : 0;
     for (std::size_t i = 0; i < length; ++i) {
         const char32_t c = text[start + i];
         folded[at + i] = c + (c - U'A' < 26 ? caseShift : 0);
-        origin[at + i] = static_cast<std::uint32_t>(start + i);
     }
+}
+
+std::size_t FoldedText::originOf(std::size_t foldedIndex) const {
+    return origin.empty() ? foldedIndex : origin[foldedIndex];
 }
 
 std::u32string FoldedText::fold(std::u32string_view piece, FoldCache& cache) const {
@@ -102,7 +114,7 @@ std::u32string FoldedText::fold(std::u32string_view piece, FoldCache& cache) con
 // covers that whole character, and the marks that follow it.
 std::optional<TextRange> FoldedText::rangeAt(std::size_t foldedStart, std::size_t foldedLength) const {
     if (foldedLength == 0) return std::nullopt;
-    TextRange range{origin[foldedStart], origin[foldedStart + foldedLength - 1] + 1};
+    TextRange range{originOf(foldedStart), originOf(foldedStart + foldedLength - 1) + 1};
     while (range.end < text.size() && isMark(text[range.end])) ++range.end;
     return range;
 }

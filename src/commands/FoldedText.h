@@ -49,13 +49,15 @@ private:
     std::u32string fold(std::u32string_view piece, FoldCache& cache) const;
     std::size_t asciiRunAt(std::size_t start) const;
     void appendASCIIRun(std::size_t start, std::size_t length);
+    std::size_t originOf(std::size_t foldedIndex) const;
     std::optional<TextRange> rangeAt(std::size_t foldedStart, std::size_t foldedLength) const;
 
     std::u32string text;
     bool foldCase;
     std::u32string folded;
     // 32 bits: a document's text is far below 4 billion code points, and this
-    // list is as long as the text.
+    // list is as long as the text. Empty when the text is ASCII: then each
+    // folded character stands where its original does.
     std::vector<std::uint32_t> origin;
 };
 

@@ -42,6 +42,7 @@ Result<std::optional<std::string>> Database::getData(Transaction& transaction, s
     int rc = mdb_get(transaction.handle(), dbi, &keyValue, &data);
     if (rc == MDB_NOTFOUND) return std::optional<std::string>();
     if (Status read = lmdbStatus(rc, "cannot read a value"); !read) return read.error();
+    if (!env->holds(data)) return makeError(ErrorCode::corrupt, "the cache file names a value past its end");
     return std::optional<std::string>(std::string(viewOf(data)));
 }
 
@@ -148,13 +149,13 @@ Result<std::pair<Transaction, MDB_cursor*>> openReadCursor(Environment& environm
 Result<std::unique_ptr<KeyPrefixCursor>> Database::keyPrefixCursor(std::string_view prefix) const {
     auto opened = openReadCursor(*env, dbi);
     if (!opened) return opened.error();
-    return std::make_unique<KeyPrefixCursor>(std::move(opened->first), opened->second, prefix);
+    return std::make_unique<KeyPrefixCursor>(std::move(opened->first), opened->second, prefix, *env);
 }
 
 Result<std::unique_ptr<Cursor>> Database::makeIterator() const {
     auto opened = openReadCursor(*env, dbi);
     if (!opened) return opened.error();
-    return std::make_unique<Cursor>(std::move(opened->first), opened->second);
+    return std::make_unique<Cursor>(std::move(opened->first), opened->second, *env);
 }
 
 Result<std::optional<KeyValueBatch>> Database::nextKeyValueBatch(std::string& lastKey, std::string_view prefix,
@@ -167,7 +168,7 @@ Result<std::optional<KeyValueBatch>> Database::nextKeyValueBatch(std::string& la
     MDB_val key = valueOf(lastKey.empty() ? prefix : std::string_view(lastKey));
     MDB_val value{};
     int rc = mdb_cursor_get(cursor, &key, &value, MDB_SET_RANGE);
-    while (rc == 0 && batch.size() < batchSize) {
+    while (rc == 0 && batch.size() < batchSize && env->holds(key) && env->holds(value)) {
         std::string_view found = viewOf(key);
         if (found != lastKey) {
             lastKey.assign(found);

@@ -1,5 +1,10 @@
 #include "cache/Environment.h"
 
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstring>
+
 #include "cache/LMDBError.h"
 
 namespace quester {
@@ -32,6 +37,54 @@ Environment::Extent Environment::extent() const {
     mdb_env_info(env, &info);
     mdb_env_stat(env, &stat);
     return {stat.ms_psize, info.me_last_pgno, info.me_mapsize};
+}
+
+std::uint64_t Environment::currentFileSize() const {
+    int fd = -1;
+    struct stat status {};
+    if (mdb_env_get_fd(env, &fd) != 0 || fstat(fd, &status) != 0) return 0;
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+// The kernel's list of the process's mappings gives the one that holds the
+// pointer: the start of the map and its length.
+void Environment::locateMapAround(const void* insideMap) {
+    std::uintptr_t address = reinterpret_cast<std::uintptr_t>(insideMap);
+    FILE* maps = std::fopen("/proc/self/maps", "r");
+    if (!maps) return;
+    char line[512];
+    while (std::fgets(line, sizeof(line), maps)) {
+        unsigned long start = 0, end = 0;
+        if (std::sscanf(line, "%lx-%lx", &start, &end) != 2 || address < start || address >= end) continue;
+        mapBase = reinterpret_cast<const char*>(start);
+        mapLength = end - start;
+        break;
+    }
+    std::fclose(maps);
+    knownFileSize = currentFileSize();
+}
+
+void Environment::locateMap() {
+    MDB_txn* txn = nullptr;
+    if (mdb_txn_begin(env, nullptr, MDB_RDONLY, &txn) != 0) return;
+    MDB_dbi main = 0;
+    MDB_cursor* cursor = nullptr;
+    MDB_val key{};
+    MDB_val value{};
+    if (mdb_dbi_open(txn, nullptr, 0, &main) == 0 && mdb_cursor_open(txn, main, &cursor) == 0) {
+        if (mdb_cursor_get(cursor, &key, &value, MDB_FIRST) == 0) locateMapAround(key.mv_data);
+        mdb_cursor_close(cursor);
+    }
+    mdb_txn_abort(txn);
+}
+
+bool Environment::holds(const MDB_val& value) {
+    const char* data = static_cast<const char*>(value.mv_data);
+    if (!mapBase || data < mapBase || data >= mapBase + mapLength) return true;
+    std::uint64_t end = static_cast<std::uint64_t>(data - mapBase) + value.mv_size;
+    if (end <= knownFileSize) return true;
+    knownFileSize = currentFileSize();
+    return end <= knownFileSize;
 }
 
 Status Environment::sync() {

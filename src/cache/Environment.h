@@ -54,6 +54,15 @@ public:
         std::uint64_t mapSize = 0;
     };
     Extent extent() const;
+    // Whether bytes that LMDB handed out lie inside the file. LMDB trusts the
+    // sizes a file states, so a damaged one can name bytes past its end,
+    // which are mapped but unreadable: touching them kills the process.
+    // Bytes outside the map (pages written in a running transaction) pass.
+    bool holds(const MDB_val& value);
+    // Finds where the file is mapped, through the first key of the unnamed
+    // database (which names the others); without one no bytes are checked.
+    void locateMap();
+
     // Writes what is committed to the disk, even under `noSync`.
     Status sync();
     // A compacted copy of the whole environment in a new file at `destination`
@@ -63,8 +72,14 @@ public:
 private:
     Environment(MDB_env* env, unsigned flags) : env(env), openFlags(flags) {}
 
+    std::uint64_t currentFileSize() const;
+    void locateMapAround(const void* insideMap);
+
     MDB_env* env;
     unsigned openFlags;
+    const char* mapBase = nullptr;
+    std::uint64_t mapLength = 0;
+    std::uint64_t knownFileSize = 0;
 };
 
 }  // namespace quester

@@ -5,8 +5,9 @@
 
 namespace quester {
 
-KeyPrefixCursor::KeyPrefixCursor(Transaction transaction, MDB_cursor* cursor, std::string_view prefix)
-    : transaction(std::move(transaction)), handle(cursor), prefix(prefix) {}
+KeyPrefixCursor::KeyPrefixCursor(Transaction transaction, MDB_cursor* cursor, std::string_view prefix,
+                                 Environment& environment)
+    : transaction(std::move(transaction)), handle(cursor), environment(environment), prefix(prefix) {}
 
 KeyPrefixCursor::~KeyPrefixCursor() {
     mdb_cursor_close(handle);
@@ -20,7 +21,7 @@ std::optional<std::string> KeyPrefixCursor::next() {
     MDB_val value{};
     int rc = mdb_cursor_get(handle, &key, &value, first ? MDB_SET_RANGE : MDB_NEXT);
     first = false;
-    if (rc != 0) return std::nullopt;
+    if (rc != 0 || !environment.holds(key)) return std::nullopt;
     std::string_view found(static_cast<const char*>(key.mv_data), key.mv_size);
     if (!found.starts_with(prefix)) return std::nullopt;
     if (!isValidUTF8(found)) {

@@ -6,6 +6,7 @@
 
 #include <lmdb.h>
 
+#include "cache/Environment.h"
 #include "cache/Transaction.h"
 
 namespace quester {
@@ -14,7 +15,7 @@ namespace quester {
 // read-only transaction that the cursor owns until it is dropped. One thread.
 class KeyPrefixCursor {
 public:
-    KeyPrefixCursor(Transaction transaction, MDB_cursor* cursor, std::string_view prefix);
+    KeyPrefixCursor(Transaction transaction, MDB_cursor* cursor, std::string_view prefix, Environment& environment);
     ~KeyPrefixCursor();
     KeyPrefixCursor(const KeyPrefixCursor&) = delete;
     KeyPrefixCursor& operator=(const KeyPrefixCursor&) = delete;
@@ -26,6 +27,7 @@ public:
 private:
     Transaction transaction;
     MDB_cursor* handle;
+    Environment& environment;
     bool first = true;
     std::string prefix;
 };

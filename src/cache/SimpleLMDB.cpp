@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "cache/CacheFileCheck.h"
 #include "platform/FileSystem.h"
 #include "support/LogFunc.h"
 #include "support/Uuid.h"
@@ -58,6 +59,7 @@ SimpleLMDB::~SimpleLMDB() {
 }
 
 Status SimpleLMDB::open(const std::string& file) {
+    if (Status checked = CacheFileCheck::check(file); !checked) return checked;
     Result<std::shared_ptr<Environment>> opened = Environment::open(
         file, Environment::noLock | Environment::noSubDir | Environment::noSync, maxDBs, std::nullopt, mapSize);
     if (!opened) return opened.error();
@@ -72,6 +74,7 @@ Status SimpleLMDB::open(const std::string& file) {
         return db.error();
     }
     database = std::move(*db);
+    environment->locateMap();
     return Status::success();
 }
 

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
 
+#include "cache/CacheFileCheck.h"
 #include "cache/ContentIndex.h"
 #include "cache/LMDBError.h"
 #include "cache/SimpleLMDB.h"
@@ -123,6 +125,71 @@ TEST(SimpleLMDB, AFileCutShortIsRefusedAsCorrupt) {
     ASSERT_FALSE(opened);
     EXPECT_EQ(opened.error().code, ErrorCode::corrupt);
     EXPECT_FALSE(store.isOpen());
+}
+
+// A value whose stated size runs past the end of the file was copied out of
+// the map, and the read of unbacked pages killed the process.
+TEST(SimpleLMDB, AValueSizedPastTheEndOfTheFileReadsAsCorrupt) {
+    TempDir dir;
+    std::string file = dir.str() + "/long.qscache";
+    {
+        SimpleLMDB store;
+        ASSERT_TRUE(store.open(file));
+        ASSERT_TRUE(store.put(std::string(100, 'v'), "W", "victim"));
+    }
+    std::string bytes = testing::readFile(file);
+    std::size_t key = bytes.find("Wvictim");
+    ASSERT_NE(key, std::string::npos);
+    bytes[key - 6] = 0x7F;  // the high half of the node's data size
+    std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+    SimpleLMDB store;
+    Status opened = store.open(file);
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.error().code, ErrorCode::corrupt);
+}
+
+// Damage that LMDB trusts: each kind is refused before the file is mapped,
+// where LMDB would have read past the map or failed an assertion.
+TEST(CacheFileCheck, RefusesPagesThatLMDBWouldTrust) {
+    TempDir dir;
+    std::string file = dir.str() + "/pages.qscache";
+    {
+        SimpleLMDB store;
+        ASSERT_TRUE(store.open(file));
+        std::vector<ValueGroupKey> items;
+        for (int i = 0; i < 500; ++i)
+            items.push_back({std::string(i % 7 == 0 ? 9000 : 40, 'x'), "F", std::to_string(i)});
+        ASSERT_TRUE(store.put(items));
+    }
+    std::string good = testing::readFile(file);
+    ASSERT_TRUE(CacheFileCheck::checkBytes(good));
+    std::size_t pageSize = 4096;
+    // The root page of the main tree, named by the newer of the two headers.
+    auto number = [&](std::size_t offset) {
+        std::uint64_t value = 0;
+        std::memcpy(&value, good.data() + offset, 8);
+        return value;
+    };
+    std::size_t header = number(pageSize + 144) > number(144) ? pageSize : 0;
+    std::size_t root = number(header + 128) * pageSize;
+    ASSERT_GT(root, 0u);
+    auto damaged = [&](std::size_t offset, char value) {
+        std::string bytes = good;
+        bytes[offset] = value;
+        return CacheFileCheck::checkBytes(bytes);
+    };
+    EXPECT_FALSE(damaged(root + 13, 0x7F));  // node table past the free space
+    EXPECT_FALSE(damaged(root + 15, 0x7F));  // free space past the end of the page
+    EXPECT_FALSE(damaged(root + 7, 0x05));   // a page that names another place
+    EXPECT_FALSE(damaged(root + 10, 0x40));  // no tree page
+    EXPECT_FALSE(CacheFileCheck::checkBytes(good.substr(0, good.size() - pageSize)));
+    EXPECT_FALSE(CacheFileCheck::checkBytes(std::string(3 * pageSize, '\0')));
+    EXPECT_TRUE(CacheFileCheck::checkBytes(""));
+    for (std::size_t offset = 2 * pageSize; offset < good.size(); offset += 997) {
+        std::string bytes = good;
+        bytes[offset] = static_cast<char>(bytes[offset] ^ 0x5A);
+        (void)CacheFileCheck::checkBytes(bytes);  // must not crash, whatever it answers
+    }
 }
 
 class ContentIndexStoreTest : public ::testing::Test {

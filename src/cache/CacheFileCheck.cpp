@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <set>
+#include <span>
 
 #include <fmt/format.h>
 
-#include "platform/FileSystem.h"
+#include "platform/ReadableFile.h"
 
 namespace quester {
 
@@ -39,10 +41,13 @@ struct Tree {
     bool isFreeList = false;
 };
 
+// Bytes of the file at an offset; fewer than asked (or none) past its end.
+using RangeReader = std::function<std::string(std::uint64_t offset, std::size_t length)>;
+
 class Walker {
 public:
-    Walker(std::string_view file, std::uint64_t pageSize, std::uint64_t lastPage)
-        : file(file), pageSize(pageSize), lastPage(lastPage) {}
+    Walker(RangeReader read, std::uint64_t pageSize, std::uint64_t lastPage)
+        : read(std::move(read)), pageSize(pageSize), lastPage(lastPage) {}
 
     Status walk(Tree tree) {
         if (tree.root == noPage) return Status::success();
@@ -54,7 +59,11 @@ private:
         return makeError(ErrorCode::corrupt, "the cache file is damaged: " + what);
     }
 
-    std::string_view page(std::uint64_t number) const { return file.substr(number * pageSize, pageSize); }
+    std::string page(std::uint64_t number) const {
+        std::string bytes = read(number * pageSize, pageSize);
+        bytes.resize(pageSize);
+        return bytes;
+    }
 
     Status claim(std::uint64_t number, std::uint64_t count = 1) {
         if (number < 2 || number > lastPage || count == 0 || count > lastPage - number + 1)
@@ -67,7 +76,7 @@ private:
     Status visit(std::uint64_t number, bool isFreeList, int depth) {
         if (depth > deepestTree) return fault("a tree is too deep");
         if (Status claimed = claim(number); !claimed) return claimed;
-        std::string_view bytes = page(number);
+        std::string bytes = page(number);
         std::uint16_t flags = readAt<std::uint16_t>(bytes, 10);
         std::uint16_t lower = readAt<std::uint16_t>(bytes, 12);
         std::uint16_t upper = readAt<std::uint16_t>(bytes, 14);
@@ -121,13 +130,13 @@ private:
         if (Status fits = nodeFits(bytes, offset, 8); !fits) return fits;
         std::uint64_t first = readAt<std::uint64_t>(bytes, dataOffset);
         if (first < 2 || first > lastPage) return fault("a value names a page outside the file");
-        std::string_view head = page(first);
+        std::string head = page(first);
         std::uint32_t count = readAt<std::uint32_t>(head, 12);
         if (readAt<std::uint64_t>(head, 0) != first || readAt<std::uint16_t>(head, 10) != overflowPage)
             return fault(fmt::format("page {} is no overflow page", first));
         if (Status claimed = claim(first, count); !claimed) return claimed;
         if (dataSize > count * pageSize - pageHeaderSize) return fault("a value is longer than its pages");
-        if (isFreeList) return freeList(file.substr(first * pageSize + pageHeaderSize, dataSize));
+        if (isFreeList) return freeList(read(first * pageSize + pageHeaderSize, dataSize));
         return Status::success();
     }
 
@@ -146,7 +155,7 @@ private:
         return walk({readAt<std::uint64_t>(record, 40), false});
     }
 
-    std::string_view file;
+    RangeReader read;
     std::uint64_t pageSize;
     std::uint64_t lastPage;
     std::set<std::uint64_t> seen;
@@ -154,31 +163,36 @@ private:
 
 }  // namespace
 
-Status CacheFileCheck::checkBytes(std::string_view file) {
-    if (file.empty()) return Status::success();
+namespace {
+
+Status checkFile(const RangeReader& read, std::uint64_t fileSize) {
+    if (fileSize == 0) return Status::success();
     auto fault = [](const std::string& what) {
         return makeError(ErrorCode::corrupt, "the cache file is damaged: " + what);
     };
-    if (file.size() < metaTransactionOffset + 8) return fault("it is shorter than its header");
-    std::uint64_t pageSize = readAt<std::uint32_t>(file, metaDatabasesOffset);
+    if (fileSize < metaTransactionOffset + 8) return fault("it is shorter than its header");
+    std::string first = read(0, metaTransactionOffset + 8);
+    std::uint64_t pageSize = readAt<std::uint32_t>(first, metaDatabasesOffset);
     if (pageSize < 512 || pageSize > 65536 || (pageSize & (pageSize - 1)) != 0)
         return fault("its page size is no power of two");
-    if (file.size() < 2 * pageSize) return fault("it is shorter than its two headers");
+    if (fileSize < 2 * pageSize) return fault("it is shorter than its two headers");
+    std::string headers[2] = {read(0, pageSize), read(pageSize, pageSize)};
     std::size_t newest = 0;
-    std::uint64_t newestTransaction = 0;
     for (std::size_t meta = 0; meta < 2; ++meta) {
-        std::string_view header = file.substr(meta * pageSize, pageSize);
-        if (readAt<std::uint16_t>(header, 10) != metaPage || readAt<std::uint32_t>(header, metaOffset) != magic ||
+        const std::string& header = headers[meta];
+        if (header.size() != pageSize || readAt<std::uint16_t>(header, 10) != metaPage ||
+            readAt<std::uint32_t>(header, metaOffset) != magic ||
             readAt<std::uint32_t>(header, metaOffset + 4) != dataVersion)
             return fault("a header is not of this kind of file");
-        std::uint64_t transaction = readAt<std::uint64_t>(header, metaTransactionOffset);
-        if (meta == 0 || transaction > newestTransaction) newest = meta, newestTransaction = transaction;
+        if (readAt<std::uint64_t>(header, metaTransactionOffset) >
+            readAt<std::uint64_t>(headers[newest], metaTransactionOffset))
+            newest = meta;
     }
-    std::string_view header = file.substr(newest * pageSize, pageSize);
+    const std::string& header = headers[newest];
     std::uint64_t lastPage = readAt<std::uint64_t>(header, metaLastPageOffset);
-    if (lastPage < 1 || lastPage >= file.size() / pageSize)
-        return fault(fmt::format("its header names page {} but it holds {} bytes", lastPage, file.size()));
-    Walker walker(file, pageSize, lastPage);
+    if (lastPage < 1 || lastPage >= fileSize / pageSize)
+        return fault(fmt::format("its header names page {} but it holds {} bytes", lastPage, fileSize));
+    Walker walker(read, pageSize, lastPage);
     auto rootOf = [&](std::size_t database) {
         return readAt<std::uint64_t>(header, metaDatabasesOffset + database * databaseRecordSize + 40);
     };
@@ -186,11 +200,29 @@ Status CacheFileCheck::checkBytes(std::string_view file) {
     return walker.walk({rootOf(1), false});
 }
 
+}  // namespace
+
+Status CacheFileCheck::checkBytes(std::string_view file) {
+    auto read = [file](std::uint64_t offset, std::size_t length) {
+        if (offset >= file.size()) return std::string();
+        return std::string(file.substr(offset, length));
+    };
+    return checkFile(read, file.size());
+}
+
 Status CacheFileCheck::check(const std::string& path) {
-    Result<std::string> bytes = FileSystem::real().readFile(path);
-    if (bytes.isNotFound()) return Status::success();
-    if (!bytes) return bytes.error();
-    return checkBytes(*bytes);
+    Result<ReadableFile> file = ReadableFile::open(path);
+    if (file.isNotFound()) return Status::success();
+    if (!file) return file.error();
+    Result<std::uint64_t> size = file->size();
+    if (!size) return size.error();
+    auto read = [&](std::uint64_t offset, std::size_t length) {
+        std::string bytes(length, '\0');
+        Result<std::size_t> got = file->readAt(offset, std::span<char>(bytes.data(), bytes.size()));
+        bytes.resize(got ? *got : 0);
+        return bytes;
+    };
+    return checkFile(read, *size);
 }
 
 }  // namespace quester

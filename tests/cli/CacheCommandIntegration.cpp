@@ -112,7 +112,8 @@ TEST_F(CacheCommandIntegration, ACacheFileMadeElsewhereIsAdoptedAndLeftToItsOwne
 }
 
 TEST_F(CacheCommandIntegration, CtrlCStopsAnUpdateCleanlyAndTheNextOneCompletesIt) {
-    for (int i = 0; i < 400; ++i)
+    constexpr int documents = 2000;
+    for (int i = 0; i < documents; ++i)
         tree.write("docs/d" + std::to_string(i / 20) + "/n" + std::to_string(i) + ".txt", "some words here");
     std::string command = "QUESTER_HOME=" + QuesterProcess::quoted(home.str()) + " exec " +
                           QuesterProcess::quoted(QUESTER_BINARY) + " cache add --content text " +
@@ -123,7 +124,10 @@ TEST_F(CacheCommandIntegration, CtrlCStopsAnUpdateCleanlyAndTheNextOneCompletesI
         execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
         _exit(127);
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    // Once the file is there the build is under way.
+    for (int wait = 0; wait < 500 && !fs::exists(home.path() / "data/docs.qscache"); ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
     kill(child, SIGINT);
     int status = 0;
     waitpid(child, &status, 0);
@@ -133,7 +137,7 @@ TEST_F(CacheCommandIntegration, CtrlCStopsAnUpdateCleanlyAndTheNextOneCompletesI
     ASSERT_EQ(rows.count("docs"), 1u);
     auto finished = quester({"cache", "update", "docs"});
     ASSERT_EQ(finished.status, 0) << finished.err;
-    EXPECT_EQ(listed()["docs"]["items"], 400);
+    EXPECT_EQ(listed()["docs"]["items"], documents);
 }
 
 }  // namespace

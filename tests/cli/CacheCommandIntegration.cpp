@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -138,6 +140,42 @@ TEST_F(CacheCommandIntegration, CtrlCStopsAnUpdateCleanlyAndTheNextOneCompletesI
     auto finished = quester({"cache", "update", "docs"});
     ASSERT_EQ(finished.status, 0) << finished.err;
     EXPECT_EQ(listed()["docs"]["items"], documents);
+}
+
+// An unmounted disk leaves its mount point behind as an empty folder; an
+// update then must not take the empty folder for the disk and empty the cache.
+TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouched) {
+    std::string image = scratch.str() + "/disk.img";
+    std::string mountPoint = scratch.str() + "/disk";
+    fs::create_directories(mountPoint);
+    std::string make = "truncate -s 16M " + QuesterProcess::quoted(image) + " && mkfs.ext4 -q -F -L qcachetest " +
+                       QuesterProcess::quoted(image) + " >/dev/null 2>&1";
+    std::string mount = "mount -o loop " + QuesterProcess::quoted(image) + " " + QuesterProcess::quoted(mountPoint) +
+                        " >/dev/null 2>&1";
+    std::string unmount = "umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
+    if (geteuid() != 0 || std::system(make.c_str()) != 0 || std::system(mount.c_str()) != 0)
+        GTEST_SKIP() << "loop devices can't be mounted here";
+    for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
+    auto added = quester({"cache", "add", mountPoint, "--name", "Disk"});
+    ASSERT_EQ(std::system(unmount.c_str()), 0);
+    ASSERT_EQ(added.status, 0) << added.err;
+    EXPECT_EQ(listed()["Disk"]["items"], 10);
+    auto bytes = fs::file_size(home.path() / "data/Disk.qscache");
+
+    auto offLine = quester({"cache", "update", "Disk"});
+    EXPECT_EQ(offLine.status, 2);
+    EXPECT_NE(offLine.err.find("off line"), std::string::npos) << offLine.err;
+    auto rows = listed();
+    EXPECT_EQ(rows["Disk"]["online"], false);
+    EXPECT_EQ(rows["Disk"]["state"], "off line");
+    EXPECT_EQ(rows["Disk"]["items"], 10);
+    EXPECT_EQ(fs::file_size(home.path() / "data/Disk.qscache"), bytes);
+
+    ASSERT_EQ(std::system(mount.c_str()), 0);
+    auto back = quester({"cache", "update", "Disk"});
+    (void)std::system(unmount.c_str());
+    EXPECT_EQ(back.status, 0) << back.err;
+    EXPECT_EQ(listed()["Disk"]["items"], 10);
 }
 
 }  // namespace

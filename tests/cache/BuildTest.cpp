@@ -101,6 +101,24 @@ TEST_F(BuildTest, ACacheHoldsOneRecordPerFileAndFolderAndTheCounter) {
     EXPECT_FALSE(fs::exists(cacheFile() + "-lock"));
 }
 
+// The library's own tools read the file as LMDB writes it: one file, no lock file.
+TEST_F(BuildTest, LMDBsOwnToolsReadTheCache) {
+    makeTree(2, 3);
+    ASSERT_TRUE(build());
+    std::string command = "mdb_dump -n -p -s SimpleLMDB '" + cacheFile() + "' 2>&1";
+    FILE* dump = popen(command.c_str(), "r");
+    ASSERT_NE(dump, nullptr);
+    std::string text;
+    char buffer[4096];
+    while (std::size_t read = fread(buffer, 1, sizeof(buffer), dump)) text.append(buffer, read);
+    int status = pclose(dump);
+    if (WEXITSTATUS(status) == 127) GTEST_SKIP() << "mdb_dump is not installed (lmdb-utils)";
+    EXPECT_EQ(WEXITSTATUS(status), 0) << text;
+    EXPECT_NE(text.find(" Fprivate.lastAutoID\n"), std::string::npos) << text;
+    EXPECT_NE(text.find(" DdocumentInfo\n"), std::string::npos);
+    EXPECT_NE(text.find(" C0\n"), std::string::npos);
+}
+
 TEST_F(BuildTest, AnUpdateSeesAddedAndRemovedFilesAndFolders) {
     makeTree(3, 2);
     ASSERT_TRUE(build());

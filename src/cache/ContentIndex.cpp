@@ -1,7 +1,12 @@
 #include "cache/ContentIndex.h"
 
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
 #include <fmt/format.h>
 
+#include "platform/ExclusiveFileLock.h"
 #include "platform/FileSystem.h"
 #include "platform/Url.h"
 #include "support/LogFunc.h"
@@ -12,6 +17,9 @@ namespace {
 
 constexpr const char* infoGroup = "D";
 constexpr const char* infoKey = "documentInfo";
+constexpr const char* writerLockName = ".quester-cache-writer.pid";
+constexpr int busyRetries = 40;
+constexpr auto busyRetryPause = std::chrono::milliseconds(50);
 
 std::string lastComponent(const std::string& path) {
     std::size_t end = path.find_last_not_of('/');
@@ -63,14 +71,35 @@ ContentIndex::~ContentIndex() {
     if (db) (void)db->close();
 }
 
+std::string ContentIndex::writerLockPath() const {
+    std::size_t slash = dbFile.rfind('/');
+    std::string folder = slash == std::string::npos ? "." : dbFile.substr(0, std::max<std::size_t>(slash, 1));
+    return folder + "/" + writerLockName;
+}
+
+Status ContentIndex::setAsideAndReopen(SimpleLMDB& store, const Status& damage) {
+    std::unique_ptr<ExclusiveFileLock> writer;
+    if (!holdsWriterLock) {
+        for (int attempt = 0; attempt < busyRetries; ++attempt) {
+            auto acquired = ExclusiveFileLock::acquire(writerLockPath());
+            if (acquired) {
+                writer = std::move(*acquired);
+                break;
+            }
+            std::this_thread::sleep_for(busyRetryPause);
+            if (Status opened = store.open(dbFile); opened || opened.error().code != ErrorCode::corrupt) return opened;
+        }
+        if (!writer) return makeError(ErrorCode::ioError, dbFile + " is being written by another program");
+    }
+    LOG(damage.error().description());
+    if (!quarantineCorruptCache(dbFile)) return damage;
+    return store.open(dbFile);
+}
+
 Status ContentIndex::openStore() {
     auto store = std::make_unique<SimpleLMDB>();
     Status opened = store->open(dbFile);
-    if (!opened && opened.error().code == ErrorCode::corrupt) {
-        LOG(opened.error().description());
-        if (!quarantineCorruptCache(dbFile)) return opened;
-        opened = store->open(dbFile);
-    }
+    if (!opened && opened.error().code == ErrorCode::corrupt) opened = setAsideAndReopen(*store, opened);
     if (!opened) return opened;
     db = std::move(store);
     folderTree = std::make_unique<FolderTree>(*db);

@@ -26,8 +26,10 @@ namespace quester {
 // `WordIndex` ("W", "K") and here ("DdocumentInfo").
 //
 // `open` and `close` nest; operations on the tree and words need the cache
-// open. A file that fails the check after opening is set aside as
-// "<file>.corrupt" and an empty one takes its place. Thread-safe for reading;
+// open. A file that fails the check before mapping is set aside as
+// "<file>.corrupt" and an empty one takes its place, unless another process
+// is writing caches: a file caught mid-commit fails the check for a moment,
+// so then the check is tried again for a while and the file is left alone. Thread-safe for reading;
 // one build writes at a time (see `ContentIndexBuild`).
 class ContentIndex {
 public:
@@ -78,6 +80,11 @@ public:
     WordIndex& words() { return *wordIndex; }
     SimpleLMDB& store() { return *db; }
 
+    // The lock file that one writing process at a time holds, beside the file.
+    std::string writerLockPath() const;
+    // Set by the build while it holds that lock.
+    void setHoldsWriterLock(bool holds) { holdsWriterLock = holds; }
+
     bool hasTextContent() const { return info.lastIndexMode != ContentIndexMode::off; }
     std::uint64_t cacheSizeOnDisk() const;
 
@@ -88,6 +95,7 @@ public:
 private:
     explicit ContentIndex(Setup setup);
     Status openStore();
+    Status setAsideAndReopen(SimpleLMDB& store, const Status& damage);
 
     const Uuid identity;
     std::string name;
@@ -100,6 +108,7 @@ private:
     std::unique_ptr<WordIndex> wordIndex;
     std::mutex openLock;
     int openCount = 0;
+    std::atomic<bool> holdsWriterLock{false};
     Locked<ContentIndexLMDBState> buildState{ContentIndexLMDBState::none};
 };
 

@@ -20,7 +20,6 @@ namespace quester {
 namespace {
 
 constexpr double progressInterval = 0.2;
-constexpr const char* writerLockName = ".quester-cache-writer.pid";
 
 // One build at a time in the whole process.
 std::mutex& indexBuildQueue() {
@@ -35,12 +34,6 @@ double secondsNow() {
 double referenceNow() {
     double unix = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
     return ReferenceDate::fromUnixSeconds(unix).secondsSince2001;
-}
-
-std::string folderOf(const std::string& path) {
-    std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 // A name with a carriage return, a line feed or a colon is not recorded.
@@ -68,10 +61,6 @@ std::string currentDiskKey(const std::string& target) {
 
 }  // namespace
 
-std::string ContentIndexBuild::writerLockPath(const std::string& folder) {
-    return folder + "/" + writerLockName;
-}
-
 bool ContentIndexBuild::isTargetMounted(const ContentIndex& index) {
     if (!index.targetURL()) return false;
     Result<FileStatus> status = FileSystem::real().status(*index.targetURL());
@@ -88,12 +77,14 @@ ContentIndexBuild::ContentIndexBuild(ContentIndex& index, const Options& options
 
 Status ContentIndexBuild::build(ContentIndex& index, const Options& options) {
     std::lock_guard<std::mutex> oneBuild(indexBuildQueue());
-    auto writer = ExclusiveFileLock::acquire(writerLockPath(folderOf(index.localDBFile())));
+    auto writer = ExclusiveFileLock::acquire(index.writerLockPath());
     if (!writer) return makeError(writer.error().code, "another program is updating caches: " + writer.error().message);
     index.stateLock().setValue(ContentIndex::ContentIndexLMDBState::building);
     index.shouldCancel = false;
+    index.setHoldsWriterLock(true);
     ContentIndexBuild build(index, options);
     Status result = build.run();
+    index.setHoldsWriterLock(false);
     index.stateLock().setValue(ContentIndex::ContentIndexLMDBState::none);
     return result;
 }

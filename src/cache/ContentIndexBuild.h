@@ -61,9 +61,6 @@ public:
         ImportTextXPC* importer = nullptr;  // the shared one when null
     };
 
-    // The path of the writer lock file for caches in `folder`.
-    static std::string writerLockPath(const std::string& folder);
-
     // Builds (or, with `isDirty`, rebuilds from nothing) `index`. A cancel
     // (`index.shouldCancel`) ends the walk at the next file or folder with
     // what was done committed, and answers `cancelled`.

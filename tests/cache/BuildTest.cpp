@@ -194,7 +194,7 @@ TEST_F(BuildTest, ARebuildStartsFromNothingAndACancelStopsEarly) {
 
 TEST_F(BuildTest, ASecondWriterIsTurnedAway) {
     makeTree(1, 1);
-    auto held = ExclusiveFileLock::acquire(ContentIndexBuild::writerLockPath(store.str()));
+    auto held = ExclusiveFileLock::acquire(makeIndex()->writerLockPath());
     ASSERT_TRUE(held);
     Status refused = build();
     ASSERT_FALSE(refused);

@@ -10,6 +10,7 @@
 #include "cache/ContentIndex.h"
 #include "cache/LMDBError.h"
 #include "cache/SimpleLMDB.h"
+#include "platform/ExclusiveFileLock.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -288,6 +289,24 @@ TEST_F(ContentIndexStoreTest, ADamagedFileIsSetAsideAndAnEmptyOneTakesItsPlace) 
     auto index = makeIndex();
     EXPECT_TRUE(std::filesystem::exists(file + ".corrupt"));
     EXPECT_TRUE(index->tree().loadChildIds(0)->empty());
+}
+
+// A reader that meets a file another program is writing must not move it
+// away: the check can fail for a moment while a commit is under way.
+TEST_F(ContentIndexStoreTest, ADamagedFileIsLeftInPlaceWhileAnotherProgramWritesCaches) {
+    std::string file = dir.str() + "/photos.qscache";
+    {
+        auto index = makeIndex();
+        for (int i = 0; i < 2000; ++i) newItem(*index, "f" + std::to_string(i), FSItem::types::file, 0);
+    }
+    std::filesystem::resize_file(file, 8192 * 2);
+    auto writer = ExclusiveFileLock::acquire(dir.str() + "/.quester-cache-writer.pid");
+    ASSERT_TRUE(writer);
+    auto made = ContentIndex::make({file, "/data/photos", std::nullopt, "Photos", CachingUpdatesTag::defaultTiming});
+    ASSERT_FALSE(made);
+    EXPECT_EQ(made.error().code, ErrorCode::ioError);
+    EXPECT_FALSE(std::filesystem::exists(file + ".corrupt"));
+    EXPECT_EQ(std::filesystem::file_size(file), 8192u * 2);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "SearchCommand.h"
 
-#include <pthread.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -13,7 +11,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "commands/StandardCommandFactories.h"
@@ -26,6 +23,7 @@
 #include "support/Result.h"
 
 #include "ExitStatus.h"
+#include "InterruptWatcher.h"
 #include "SessionSearch.h"
 #include "Terminal.h"
 
@@ -100,42 +98,16 @@ std::optional<std::string> unusableQueryReason(const QueryContainer& query) {
     return std::nullopt;
 }
 
-// Ends the command at Ctrl-C or SIGTERM, at once and by its own exit status:
-// the signals are blocked in every thread (made after this object) and one
-// thread waits for them. Nothing more is printed, whether the walk is under
-// way or the list is being written, and the process doesn't wait for the
-// walk's threads to finish their folders: `_exit` runs no destructor that
-// those threads could still be using. An export file being written is left
-// as far as it got. The signals stay blocked after the watcher has gone:
-// unblocking them would let one that comes while the command is finishing
-// kill the process by the default action instead of its own status.
-class InterruptWatcher {
-public:
-    InterruptWatcher() {
-        sigemptyset(&signals);
-        for (int signal : {SIGINT, SIGTERM, SIGUSR1}) sigaddset(&signals, signal);
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-        watcher = std::thread([this] {
-            int signal = 0;
-            if (sigwait(&signals, &signal) != 0 || signal == SIGUSR1) return;
-            // The progress line would stay behind the shell's prompt.
-            if (Terminal::takesCursorMovement(STDERR_FILENO)) (void)!::write(STDERR_FILENO, "\r\033[K", 4);
-            ::_exit(ExitStatus::interrupted);
-        });
-    }
-
-    ~InterruptWatcher() {
-        pthread_kill(watcher.native_handle(), SIGUSR1);
-        watcher.join();
-    }
-
-    InterruptWatcher(const InterruptWatcher&) = delete;
-    InterruptWatcher& operator=(const InterruptWatcher&) = delete;
-
-private:
-    sigset_t signals{};
-    std::thread watcher;
-};
+// Ends the command at Ctrl-C or SIGTERM, at once and by its own exit status.
+// Nothing more is printed, whether the walk is under way or the list is being
+// written, and the process doesn't wait for the walk's threads to finish
+// their folders: `_exit` runs no destructor that those threads could still
+// be using. An export file being written is left as far as it got.
+void endAtInterrupt() {
+    // The progress line would stay behind the shell's prompt.
+    if (Terminal::takesCursorMovement(STDERR_FILENO)) (void)!::write(STDERR_FILENO, "\r\033[K", 4);
+    ::_exit(ExitStatus::interrupted);
+}
 
 int runSearch(const SearchOptions& options) {
     auto folders = searchFolders(options.locations);
@@ -165,7 +137,7 @@ int runSearch(const SearchOptions& options) {
     }
 
     SessionSearch search(std::move(sorted));
-    InterruptWatcher interrupts;
+    InterruptWatcher interrupts(endAtInterrupt);
     return search.run();
 }
 

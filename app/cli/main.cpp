@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "CacheCommand.h"
 #include "DashedQuery.h"
 #include "ExitStatus.h"
 #include "ExplainCommand.h"
@@ -29,6 +30,7 @@ int runCommandLine(int argc, char** argv) {
     quester::cli::addSearchCommand(app, exitStatus);
     quester::cli::addExplainCommand(app, exitStatus);
     quester::cli::addTextCommand(app, exitStatus);
+    quester::cli::addCacheCommand(app, exitStatus);
 
     const std::vector<std::string> arguments =
         quester::cli::withDashedQueryExplicit(app, std::vector<std::string>(argv, argv + argc));

@@ -10,8 +10,8 @@ namespace quester {
 // directory rules:
 //
 //   config   $XDG_CONFIG_HOME/quester   (default ~/.config/quester)   preferences
-//   caches   $XDG_CACHE_HOME/quester    (default ~/.cache/quester)    qscache files, logs
-//   data     $XDG_DATA_HOME/quester     (default ~/.local/share/quester)  statistics, keys
+//   caches   $XDG_CACHE_HOME/quester    (default ~/.cache/quester)    logs, what can be rebuilt
+//   data     $XDG_DATA_HOME/quester     (default ~/.local/share/quester)  qscache files, statistics, keys
 //   scripts  <data>/scripts
 //
 // With QUESTER_HOME set, the three live under it as QUESTER_HOME/config,

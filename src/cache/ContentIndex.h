@@ -1,0 +1,119 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cache/CachingUpdatesTag.h"
+#include "cache/DocumentInfo.h"
+#include "cache/FolderTree.h"
+#include "cache/SimpleLMDB.h"
+#include "cache/WordIndex.h"
+#include "support/Locked.h"
+#include "support/Result.h"
+#include "support/Uuid.h"
+
+namespace quester {
+
+// One disk cache: a file that records a target folder or disk (every file and
+// folder with dates and size, and in a content mode the words of its
+// documents) so that it can be searched fast, and still when the target is
+// not connected. The store's groups live in `FolderTree` ("F", "C"),
+// `WordIndex` ("W", "K") and here ("DdocumentInfo").
+//
+// `open` and `close` nest; operations on the tree and words need the cache
+// open. A file that fails the check before mapping is set aside as
+// "<file>.corrupt" and an empty one takes its place, unless another process
+// is writing caches: a file caught mid-commit fails the check for a moment,
+// so then the check is tried again for a while and the file is left alone. Thread-safe for reading;
+// one build writes at a time (see `ContentIndexBuild`).
+class ContentIndex {
+public:
+    enum class ContentIndexLMDBState { none = 0, waitingToBuild = 1, building = 2 };
+
+    struct Setup {
+        std::string localDBFile;
+        std::optional<std::string> targetURL;
+        std::optional<Uuid> id;
+        std::optional<std::string> displayName;
+        CachingUpdatesTag updatesEvery = CachingUpdatesTag::defaultTiming;
+    };
+
+    // Reads the file's own record (making the file when missing).
+    static Result<std::unique_ptr<ContentIndex>> make(Setup setup);
+    ~ContentIndex();
+    ContentIndex(const ContentIndex&) = delete;
+    ContentIndex& operator=(const ContentIndex&) = delete;
+
+    const Uuid& id() const { return identity; }
+    const std::string& displayName() const { return name; }
+    void setDisplayName(std::string newName) { name = std::move(newName); }
+    const std::string& localDBFile() const { return dbFile; }
+    const std::optional<std::string>& targetURL() const { return target; }
+    CachingUpdatesTag updatesEvery() const { return updateTag; }
+    void setUpdatesEvery(CachingUpdatesTag tag) { updateTag = tag; }
+    const DocumentInfo& documentInfo() const { return info; }
+    DocumentInfo& mutableDocumentInfo() { return info; }
+
+    Status open();
+    Status close();
+    bool isOpen() const;
+    Status saveDocumentInfo();
+    Status loadDocumentInfo();
+
+    // The names of a path below the target, without empty parts.
+    std::vector<std::string> pathParts(const std::string& path) const;
+    Result<std::optional<FSItem>> findItem(const std::string& path);
+    // The item's full path: its names joined to the target (or the last
+    // known target, or "/Volumes/<display name>"); none without a record.
+    Result<std::optional<std::string>> pathFor(std::uint32_t id);
+    // Removes the item and its subtree; with a content mode their
+    // identifiers join the dead list.
+    Status removeFSItem(std::uint32_t id);
+    Status removeFSItems(const std::vector<std::uint32_t>& ids);
+
+    FolderTree& tree() { return *folderTree; }
+    WordIndex& words() { return *wordIndex; }
+    SimpleLMDB& store() { return *db; }
+
+    // The lock file that one writing process at a time holds, beside the file.
+    std::string writerLockPath() const;
+    // Set by the build while it holds that lock.
+    void setHoldsWriterLock(bool holds) { holdsWriterLock = holds; }
+
+    bool hasTextContent() const { return info.lastIndexMode != ContentIndexMode::off; }
+    std::uint64_t cacheSizeOnDisk() const;
+
+    ContentIndexLMDBState state() const { return buildState.value(); }
+    Locked<ContentIndexLMDBState>& stateLock() { return buildState; }
+    std::atomic<bool> shouldCancel{false};
+
+private:
+    explicit ContentIndex(Setup setup);
+    Status openStore();
+    Status setAsideAndReopen(SimpleLMDB& store, const Status& damage);
+
+    const Uuid identity;
+    std::string name;
+    const std::string dbFile;
+    const std::optional<std::string> target;
+    CachingUpdatesTag updateTag;
+    DocumentInfo info;
+    std::unique_ptr<SimpleLMDB> db;
+    std::unique_ptr<FolderTree> folderTree;
+    std::unique_ptr<WordIndex> wordIndex;
+    std::mutex openLock;
+    int openCount = 0;
+    std::atomic<bool> holdsWriterLock{false};
+    Locked<ContentIndexLMDBState> buildState{ContentIndexLMDBState::none};
+};
+
+// Moves a cache file that can't be trusted to "<file>.corrupt", replacing an
+// older one. True when the file is gone from its place (or never was).
+bool quarantineCorruptCache(const std::string& file);
+
+}  // namespace quester

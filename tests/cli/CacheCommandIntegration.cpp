@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <nlohmann/json.hpp>
+
+#include "testing/QuesterProcess.h"
+#include "testing/TempDir.h"
+
+namespace quester {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::QuesterProcess;
+using testing::TempDir;
+
+class CacheCommandIntegration : public ::testing::Test {
+protected:
+    QuesterProcess quester(const std::vector<std::string>& arguments) {
+        return QuesterProcess::run(QUESTER_BINARY, arguments, scratch,
+                                   "QUESTER_HOME=" + QuesterProcess::quoted(home.str()) + " ");
+    }
+    // The `cache list --format json` records, by name.
+    std::map<std::string, nlohmann::json> listed() {
+        auto list = quester({"cache", "list", "--format", "json"});
+        EXPECT_EQ(list.status, 0) << list.err;
+        std::map<std::string, nlohmann::json> rows;
+        std::istringstream lines(list.out);
+        for (std::string line; std::getline(lines, line);) {
+            auto row = nlohmann::json::parse(line);
+            rows[row["name"].get<std::string>()] = row;
+        }
+        return rows;
+    }
+    TempDir home;
+    TempDir tree;
+    TempDir scratch;
+};
+
+TEST_F(CacheCommandIntegration, AddListUpdateInfoAndRemove) {
+    for (int i = 0; i < 30; ++i) tree.write("photos/p" + std::to_string(i) + ".jpg", "x");
+    tree.write("photos/old/a.jpg", "x");
+    auto added = quester({"cache", "add", tree.str() + "/photos", "--every", "week"});
+    ASSERT_EQ(added.status, 0) << added.err;
+    auto rows = listed();
+    ASSERT_EQ(rows.count("photos"), 1u);
+    EXPECT_EQ(rows["photos"]["items"], 31);
+    EXPECT_EQ(rows["photos"]["online"], true);
+    EXPECT_EQ(rows["photos"]["state"], "ready");
+    EXPECT_EQ(rows["photos"]["every"], "week");
+    EXPECT_TRUE(fs::exists(home.path() / "data/photos.qscache"));
+
+    auto again = quester({"cache", "add", tree.str() + "/photos"});
+    EXPECT_EQ(again.status, 2);
+    auto second = quester({"cache", "add", tree.str() + "/photos", "--name", "More"});
+    EXPECT_EQ(second.status, 0) << second.err;
+
+    fs::remove(tree.path() / "photos/p0.jpg");
+    fs::remove_all(tree.path() / "photos/old");
+    tree.write("photos/new.jpg", "x");
+    auto updated = quester({"cache", "update", "photos"});
+    ASSERT_EQ(updated.status, 0) << updated.err;
+    EXPECT_EQ(updated.err, "") << "no progress line when not on a terminal";
+    EXPECT_EQ(listed()["photos"]["items"], 30);
+
+    auto info = quester({"cache", "info", "photos"});
+    EXPECT_EQ(info.status, 0);
+    EXPECT_NE(info.out.find("items:       30"), std::string::npos) << info.out;
+    EXPECT_EQ(quester({"cache", "info", "nothing"}).status, 2);
+
+    EXPECT_EQ(quester({"cache", "remove", "photos"}).status, 0);
+    EXPECT_FALSE(fs::exists(home.path() / "data/photos.qscache"));
+    EXPECT_EQ(listed().count("photos"), 0u);
+    EXPECT_EQ(listed().count("More"), 1u);
+}
+
+TEST_F(CacheCommandIntegration, DueUpdatesOnlyWhatItsTimingAsksFor) {
+    tree.write("a/x.txt", "x");
+    tree.write("b/y.txt", "y");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/a", "--every", "never"}).status, 0);
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/b", "--every", "restart"}).status, 0);
+    tree.write("a/x2.txt", "x");
+    tree.write("b/y2.txt", "y");
+    auto due = quester({"cache", "update", "--due"});
+    ASSERT_EQ(due.status, 0) << due.err;
+    auto rows = listed();
+    EXPECT_EQ(rows["a"]["items"], 1);
+    EXPECT_EQ(rows["b"]["items"], 2);
+    EXPECT_EQ(quester({"cache", "update", "--due", "a"}).status, 2);
+    EXPECT_EQ(quester({"cache", "add", tree.str() + "/a", "--every", "hourly"}).status, 2);
+}
+
+TEST_F(CacheCommandIntegration, ACacheFileMadeElsewhereIsAdoptedAndLeftToItsOwner) {
+    tree.write("docs/x.txt", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/docs"}).status, 0);
+    fs::copy_file(home.path() / "data/docs.qscache", scratch.path() / "Shared.qscache");
+    auto adopted = quester({"cache", "add", scratch.str() + "/Shared.qscache"});
+    ASSERT_EQ(adopted.status, 0) << adopted.err;
+    auto rows = listed();
+    ASSERT_EQ(rows.count("Shared"), 1u);
+    EXPECT_EQ(rows["Shared"]["state"], "adopted");
+    EXPECT_EQ(rows["Shared"]["items"], 1);
+    EXPECT_EQ(rows["Shared"]["every"], "never");
+    auto garbage = scratch.write("Junk.qscache", std::string(10000, 'j'));
+    EXPECT_EQ(quester({"cache", "add", garbage.string()}).status, 2);
+}
+
+TEST_F(CacheCommandIntegration, CtrlCStopsAnUpdateCleanlyAndTheNextOneCompletesIt) {
+    constexpr int documents = 2000;
+    for (int i = 0; i < documents; ++i)
+        tree.write("docs/d" + std::to_string(i / 20) + "/n" + std::to_string(i) + ".txt", "some words here");
+    std::string command = "QUESTER_HOME=" + QuesterProcess::quoted(home.str()) + " exec " +
+                          QuesterProcess::quoted(QUESTER_BINARY) + " cache add --content text " +
+                          QuesterProcess::quoted(tree.str() + "/docs") + " >/dev/null 2>&1";
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    // Once the file is there the build is under way.
+    for (int wait = 0; wait < 500 && !fs::exists(home.path() / "data/docs.qscache"); ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    auto rows = listed();
+    ASSERT_EQ(rows.count("docs"), 1u);
+    auto finished = quester({"cache", "update", "docs"});
+    ASSERT_EQ(finished.status, 0) << finished.err;
+    EXPECT_EQ(listed()["docs"]["items"], documents);
+}
+
+// An unmounted disk leaves its mount point behind as an empty folder; an
+// update then must not take the empty folder for the disk and empty the cache.
+TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouched) {
+    std::string image = scratch.str() + "/disk.img";
+    std::string mountPoint = scratch.str() + "/disk";
+    fs::create_directories(mountPoint);
+    std::string make = "truncate -s 16M " + QuesterProcess::quoted(image) + " && mkfs.ext4 -q -F -L qcachetest " +
+                       QuesterProcess::quoted(image) + " >/dev/null 2>&1";
+    std::string mount = "mount -o loop " + QuesterProcess::quoted(image) + " " + QuesterProcess::quoted(mountPoint) +
+                        " >/dev/null 2>&1";
+    std::string unmount = "umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
+    if (geteuid() != 0 || std::system(make.c_str()) != 0 || std::system(mount.c_str()) != 0)
+        GTEST_SKIP() << "loop devices can't be mounted here";
+    for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
+    auto added = quester({"cache", "add", mountPoint, "--name", "Disk"});
+    ASSERT_EQ(std::system(unmount.c_str()), 0);
+    ASSERT_EQ(added.status, 0) << added.err;
+    EXPECT_EQ(listed()["Disk"]["items"], 10);
+    auto bytes = fs::file_size(home.path() / "data/Disk.qscache");
+
+    auto offLine = quester({"cache", "update", "Disk"});
+    EXPECT_EQ(offLine.status, 2);
+    EXPECT_NE(offLine.err.find("off line"), std::string::npos) << offLine.err;
+    auto rows = listed();
+    EXPECT_EQ(rows["Disk"]["online"], false);
+    EXPECT_EQ(rows["Disk"]["state"], "off line");
+    EXPECT_EQ(rows["Disk"]["items"], 10);
+    EXPECT_EQ(fs::file_size(home.path() / "data/Disk.qscache"), bytes);
+
+    ASSERT_EQ(std::system(mount.c_str()), 0);
+    auto back = quester({"cache", "update", "Disk"});
+    (void)std::system(unmount.c_str());
+    EXPECT_EQ(back.status, 0) << back.err;
+    EXPECT_EQ(listed()["Disk"]["items"], 10);
+}
+
+}  // namespace
+}  // namespace quester

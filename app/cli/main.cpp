@@ -5,10 +5,21 @@
 #include <string>
 #include <vector>
 
+#include "stores/Preferences.h"
+#include "support/GuruMeditation.h"
+#include "support/Logger.h"
+
+#include "ConfigCommand.h"
 #include "DashedQuery.h"
 #include "ExitStatus.h"
 #include "ExplainCommand.h"
+#include "FavoriteCommand.h"
+#include "GroupCommand.h"
+#include "HistoryCommand.h"
+#include "IgnoreCommand.h"
+#include "SavedCommand.h"
 #include "SearchCommand.h"
+#include "StatsCommand.h"
 #include "TextCommand.h"
 
 namespace {
@@ -25,10 +36,22 @@ int runCommandLine(int argc, char** argv) {
     app.set_version_flag("--version", std::string("quester ") + QUESTER_VERSION);
     app.footer(quester::cli::exitStatusHelp);
     app.require_subcommand(0, 1);
+    // Options of the whole program may stand after the subcommand's too.
+    app.fallthrough();
+    app.add_flag_callback(
+        "--log", [] { quester::Logger::shouldLog = true; },
+        "Write the daily log (\"Today's Log.txt\" in the caches folder), as the setting loggingEnabled does");
     int exitStatus = ExitStatus::found;
     quester::cli::addSearchCommand(app, exitStatus);
     quester::cli::addExplainCommand(app, exitStatus);
     quester::cli::addTextCommand(app, exitStatus);
+    quester::cli::addHistoryCommand(app, exitStatus);
+    quester::cli::addSavedCommand(app, exitStatus);
+    quester::cli::addGroupCommand(app, exitStatus);
+    quester::cli::addFavoriteCommand(app, exitStatus);
+    quester::cli::addIgnoreCommand(app, exitStatus);
+    quester::cli::addConfigCommand(app, exitStatus);
+    quester::cli::addStatsCommand(app, exitStatus);
 
     const std::vector<std::string> arguments =
         quester::cli::withDashedQueryExplicit(app, std::vector<std::string>(argv, argv + argc));
@@ -44,13 +67,33 @@ int runCommandLine(int argc, char** argv) {
     return exitStatus;
 }
 
+// The settings' registered defaults answer for what the user never set; the
+// log is on when the setting says so, before any subcommand runs.
+void applySettings() {
+    auto& preferences = quester::Preferences::shared();
+    preferences.registerDefaults(quester::Preferences::registeredDefaultsTable());
+    if (preferences.boolValue("loggingEnabled")) quester::Logger::shouldLog = true;
+}
+
+// An unexpected internal failure ends the command with a report for support,
+// kept in a file whose path is printed, rather than with an abort.
+int reportInternalFailure(const std::string& what) {
+    const auto report = quester::GuruMeditation::showErrorAlert(quester::makeError(quester::ErrorCode::internal, what));
+    if (report)
+        std::fprintf(stderr, "quester: an internal failure stopped the command; the report is in %s\n",
+                     report->c_str());
+    return ExitStatus::failed;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
+        applySettings();
         return runCommandLine(argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "quester: unexpected error: %s\n", error.what());
-        return ExitStatus::failed;
+        return reportInternalFailure(error.what());
+    } catch (...) {
+        return reportInternalFailure("an exception of an unknown type");
     }
 }

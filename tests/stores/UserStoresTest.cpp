@@ -6,6 +6,7 @@
 #include "stores/GroupStore.h"
 #include "stores/IgnoreItems.h"
 #include "stores/PreferenceKey.h"
+#include "stores/RecentItems.h"
 #include "stores/RecentLocations.h"
 #include "stores/SavedSearches.h"
 #include "testing/TempDir.h"
@@ -123,6 +124,37 @@ TEST_F(UserStoresTest, RecentLocationsKeepTheNewestFirstWithinTheirLimit) {
     RecentLocations recent(preferences);
     for (const char* path : {"/a", "/b", "/c", "/b", "/d"}) ASSERT_TRUE(recent.add(path).ok());
     EXPECT_EQ(recent.contents(), (std::vector<std::string>{"/d", "/c", "/b"}));
+}
+
+TEST_F(UserStoresTest, RecentItemsSkipRootsAndHiddenItemsMoveRepeatsAndArePurgedOnceADay) {
+    testing::TempDir tree;
+    ManualClock clock;
+    RecentItems recent(preferences, center, clock);
+    std::vector<Url> urls;
+    for (int i = 0; i < 25; ++i) urls.emplace_back(tree.write("file" + std::to_string(i)).string());
+    ASSERT_TRUE(recent.addPopularItem({Url("/", true), Url(tree.write(".hidden").string()), urls[0]}).ok());
+    ASSERT_EQ(recent.items().size(), 1u);
+    clock.advance(std::chrono::seconds(5));
+    ASSERT_TRUE(recent.addPopularItem(urls).ok());
+    const auto items = recent.items();
+    ASSERT_EQ(items.size(), 25u);
+    EXPECT_EQ(items.front().path, urls[0].path()) << "a repeat replaces its older entry";
+    EXPECT_EQ(std::chrono::floor<std::chrono::milliseconds>(items.front().lastSeen),
+              std::chrono::floor<std::chrono::milliseconds>(clock.now()));
+    EXPECT_EQ(recent.itemsForDisplay().front().path, urls[0].path());
+
+    ASSERT_TRUE(recent.purge().ok());
+    EXPECT_EQ(recent.items().size(), 25u) << "the first purge only stores its date";
+    ASSERT_TRUE(recent.purge().ok());
+    EXPECT_EQ(recent.items().size(), 25u) << "one purge a day";
+    clock.advance(std::chrono::hours(25));
+    ASSERT_TRUE(recent.purge().ok());
+    EXPECT_EQ(recent.items().size(), RecentItems::maxCount);
+    ASSERT_TRUE(recent.remove(urls[0].path()).ok());
+    EXPECT_EQ(recent.items().size(), RecentItems::maxCount - 1);
+
+    storeFile(R"({"recentSmartItems": "[{\"path\": \"/a\", \"lastSeen\": 1.5}, {\"path\": 2}]"})");
+    EXPECT_EQ(recent.items().size(), 1u);
 }
 
 TEST_F(UserStoresTest, GroupsRoundTripAndAMalformedGroupIsDroppedWhileTheOthersLoad) {

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <vector>
@@ -85,9 +86,27 @@ int reportInternalFailure(const std::string& what) {
     return ExitStatus::failed;
 }
 
+// What an exception that escapes a worker thread, or any other way to
+// std::terminate, leaves: the same report, and the failure status.
+[[noreturn]] void reportTermination() {
+    std::string what = "the program was terminated";
+    if (auto current = std::current_exception()) {
+        try {
+            std::rethrow_exception(current);
+        } catch (const std::exception& error) {
+            what = std::string("an exception escaped a thread: ") + error.what();
+        } catch (...) {
+            what = "an exception of an unknown type escaped a thread";
+        }
+    }
+    (void)reportInternalFailure(what);
+    std::_Exit(ExitStatus::failed);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(reportTermination);
     try {
         applySettings();
         return runCommandLine(argc, argv);

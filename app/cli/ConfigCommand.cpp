@@ -124,7 +124,9 @@ void addConfigCommand(CLI::App& app, int& exitStatus) {
     get->callback([options, &exitStatus] { exitStatus = getSetting(*options); });
     CLI::App* set = config->add_subcommand("set", "Change a setting; the value must be of the setting's type");
     set->add_option("key", options->key, "The setting")->required();
-    set->add_option("value", options->value, "true or false, a number, or text, as the setting takes")->required();
+    set->add_option("value,--value", options->value,
+                    "true or false, a number, or text, as the setting takes (a negative number as --value=-5)")
+        ->required();
     set->callback([options, &exitStatus] { exitStatus = setSetting(*options); });
     CLI::App* reset = config->add_subcommand("reset", "Set a setting back to its default");
     reset->add_option("key", options->key, "The setting")->required();

@@ -57,6 +57,7 @@ int runCommandLine(int argc, char** argv) {
     const std::vector<std::string> arguments =
         quester::cli::withDashedQueryExplicit(app, std::vector<std::string>(argv, argv + argc));
     std::vector<const char*> pointers;
+    pointers.reserve(arguments.size());
     for (const auto& argument : arguments) pointers.push_back(argument.c_str());
     try {
         app.parse(static_cast<int>(pointers.size()), pointers.data());

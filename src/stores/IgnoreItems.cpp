@@ -16,12 +16,14 @@ constexpr std::string_view kVolumesPrefix = "/Volumes/";
 
 std::vector<IgnoreItem> makeItems(const std::vector<std::string>& texts, IgnoreItemType type) {
     std::vector<IgnoreItem> items;
+    items.reserve(texts.size());
     for (const auto& text : texts) items.push_back({type, Uuid::random(), text});
     return items;
 }
 
 std::vector<std::string> textsOf(const std::vector<IgnoreItem>& items) {
     std::vector<std::string> texts;
+    texts.reserve(items.size());
     for (const auto& item : items) texts.push_back(item.text);
     return texts;
 }

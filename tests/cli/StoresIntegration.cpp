@@ -85,6 +85,8 @@ TEST_F(StoresIntegrationTest, SettingsAreTypedListedWithDefaultsAndReset) {
 
     ASSERT_EQ(run({"config", "reset", "historyMaxCount"}).status, 0);
     EXPECT_EQ(run({"config", "get", "historyMaxCount"}).out, "20\n");
+    ASSERT_EQ(run({"config", "set", "updateCachesEvery", "--value=-1"}).status, 0);
+    EXPECT_EQ(run({"config", "get", "updateCachesEvery"}).out, "-1\n");
 }
 
 TEST_F(StoresIntegrationTest, SearchesAreRecordedNewestFirstAndTheHistoryClears) {

@@ -1,5 +1,6 @@
 #include "NamedLocation.h"
 
+#include "platform/FSUtilities.h"
 #include "platform/FileSystem.h"
 #include "query/SearchLocation.h"
 #include "stores/FavoriteFolders.h"
@@ -8,11 +9,18 @@
 namespace quester::cli {
 namespace {
 
+// A member whose disk was recorded is there only while that disk is: a mount
+// point outlives its disk as an empty folder, which is not the member.
+bool isReachable(const URLID& member) {
+    const auto status = FileSystem::real().status(member.url.path());
+    if (!status || !status->isDirectory()) return false;
+    return !member.diskKey || FSUtilities::shared().isDiskPresent(member.url.path(), *member.diskKey);
+}
+
 Result<std::vector<std::string>> reachableMembers(const GroupModel& group) {
     std::vector<std::string> folders;
-    for (const auto& url : group.fileUrls()) {
-        const auto status = FileSystem::real().status(url.path());
-        if (status && status->isDirectory()) folders.push_back(url.path());
+    for (const auto& member : group.urls) {
+        if (isReachable(member)) folders.push_back(member.url.path());
     }
     if (folders.empty()) {
         return makeError(ErrorCode::notFound, "no folder of the group '" + group.name + "' can be reached now");

@@ -8,7 +8,8 @@
 namespace quester::cli {
 
 // The folders a location name stands for on the command line: a group's
-// members that can be reached now, else a favourite folder's keyword, else a
+// member folders that can be reached now (on the disk they were added from,
+// when it was known), else a favourite folder's keyword, else a
 // preset ("home", "all", "local", "network", "external", "backups").
 // Fails with what names there are when none matches.
 Result<std::vector<std::string>> foldersOfLocationNamed(const std::string& name);

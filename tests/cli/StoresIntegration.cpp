@@ -164,6 +164,14 @@ TEST_F(StoresIntegrationTest, GroupsAndFavouritesAreSearchedByNameAndRecordedAsR
     EXPECT_EQ(preferences["recentLocations"],
               (json{tree.str() + "/node_modules", tree.str() + "/other", tree.str() + "/docs"}));
 
+    // A member whose disk is another now (an unplugged disk leaves its mount
+    // point behind as an empty folder) is not searched.
+    auto stored = json::parse(testing::readFile(home.path() / "config/preferences.json"));
+    stored["GroupStoreJSONData"][0]["urls"][1]["diskKey"] = "Unplugged 1000 ext4";
+    std::ofstream(home.path() / "config/preferences.json") << stored.dump();
+    EXPECT_EQ(found({"search", "budget", "--location", "Work"}),
+              (std::set<std::string>{"docs/budget-2024.xlsx", "docs/budget.bak"}));
+
     ASSERT_EQ(run({"group", "remove", "Work", tree.str() + "/other"}).status, 0);
     EXPECT_EQ(found({"search", "budget", "--location", "Work"}).size(), 2u);
     ASSERT_EQ(run({"group", "remove", "Work"}).status, 0);

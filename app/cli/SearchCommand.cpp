@@ -19,26 +19,21 @@
 #include "query/QueryContainer.h"
 #include "query/SearchLocation.h"
 #include "sources/ShowAppsCommandDataSource.h"
+#include "stores/HistoryController.h"
+#include "stores/Preferences.h"
+#include "stores/RecentLocations.h"
 #include "support/PathText.h"
 #include "support/Result.h"
 
+#include "Complain.h"
 #include "ExitStatus.h"
 #include "InterruptWatcher.h"
+#include "NamedLocation.h"
 #include "SessionSearch.h"
 #include "Terminal.h"
 
 namespace quester::cli {
 namespace {
-
-// The session's options, with the folders as typed until they are checked.
-struct SearchOptions {
-    SessionSearchOptions session;
-    std::vector<std::string> locations;
-};
-
-void complain(const std::string& message) {
-    std::fprintf(stderr, "quester: %s\n", message.c_str());
-}
 
 // Whether the folder opens and its first entries can be read.
 Status canBeListed(const std::string& folder) {
@@ -109,8 +104,40 @@ void endAtInterrupt() {
     ::_exit(ExitStatus::interrupted);
 }
 
+// The folders typed with --in and those of the names given with --location,
+// which are recorded as recent locations.
+Result<std::vector<std::string>> typedFolders(const SearchOptions& options) {
+    std::vector<std::string> folders = options.locations;
+    for (const auto& name : options.locationNames) {
+        auto named = foldersOfLocationNamed(name);
+        if (!named) return named.error();
+        for (const auto& folder : *named) {
+            if (Status recorded = RecentLocations().add(folder); !recorded)
+                complain("cannot record the recent location: " + recorded.error().message);
+        }
+        folders.insert(folders.end(), named->begin(), named->end());
+    }
+    return folders;
+}
+
+// A search run from the command line is a query a person pressed Return on.
+// With the history off nothing is recorded: a window would empty it at the
+// next change of settings anyway.
+void recordInHistory(const std::string& query) {
+    if (!Preferences::shared().boolValue("historyEnabled")) return;
+    if (Status added = HistoryController().addQuery(query); !added)
+        complain("cannot record the search in the history: " + added.error().message);
+}
+
+}  // namespace
+
 int runSearch(const SearchOptions& options) {
-    auto folders = searchFolders(options.locations);
+    auto typed = typedFolders(options);
+    if (!typed) {
+        complain(typed.error().message);
+        return ExitStatus::failed;
+    }
+    auto folders = searchFolders(*typed);
     if (!folders) {
         complain(folders.error().message);
         return ExitStatus::failed;
@@ -136,10 +163,15 @@ int runSearch(const SearchOptions& options) {
         return ExitStatus::failed;
     }
 
+    const std::string text = sorted.query;
     SessionSearch search(std::move(sorted));
     InterruptWatcher interrupts(endAtInterrupt);
-    return search.run();
+    const int status = search.run();
+    if (status != ExitStatus::failed) recordInHistory(text);
+    return status;
 }
+
+namespace {
 
 // CLI11's own check prints the range of a double for 0. CLI11 puts the
 // option's name before the message.
@@ -168,33 +200,44 @@ void addSearchCommand(CLI::App& app, int& exitStatus) {
                      "('quester:?q=budget+report&location=home'); one that begins with a minus word may "
                      "stand anywhere, or after --")
         ->required();
-    search->add_option("--in", options->locations, "A folder to search; repeat for more (default: your home folder)")
+    addSearchOptions(*search, *options);
+    search->callback([options, &exitStatus] { exitStatus = runSearch(*options); });
+}
+
+void addSearchOptions(CLI::App& command, SearchOptions& options) {
+    command.add_option("--in", options.locations, "A folder to search; repeat for more (default: your home folder)")
         ->allow_extra_args(false);
-    search->add_flag("--hidden", options->session.hidden, "Include hidden, system and in-package items");
-    search->add_flag("--sounds-like", options->session.soundex,
+    command
+        .add_option("--location", options.locationNames,
+                    "Search a group, a favourite folder (by its keyword) or a preset: home, all, local, network, "
+                    "external, backups; repeat for more")
+        ->allow_extra_args(false);
+    command.add_flag("--no-ignore", options.session.noIgnore,
+                     "Show what the ignore list leaves out (see 'quester ignore list')");
+    command.add_flag("--hidden", options.session.hidden, "Include hidden, system and in-package items");
+    command.add_flag("--sounds-like", options.session.soundex,
                      "Match names with a word that sounds like one of the query's (slower)");
-    search->add_option("--limit", options->session.limit, "Print the first this many of the sorted results")
+    command.add_option("--limit", options.session.limit, "Print the first this many of the sorted results")
         ->check(positiveWholeNumber());
-    search
-        ->add_option("--format", options->session.format,
-                     "Output: table (the default on a terminal), paths (one a line), json (one record a line, "
-                     "see doc/json-output.md), csv or tsv. On a terminal, control characters and bytes that "
-                     "aren't UTF-8 in names show as '?'")
+    command
+        .add_option("--format", options.session.format,
+                    "Output: table (the default on a terminal), paths (one a line), json (one record a line, "
+                    "see doc/json-output.md), csv or tsv. On a terminal, control characters and bytes that "
+                    "aren't UTF-8 in names show as '?'")
         ->transform(CLI::IsMember({"table", "paths", "json", "csv", "tsv"}, CLI::ignore_case));
-    search->add_flag("-0,--null", options->session.nulSeparated, "Separate paths with NUL instead of newline");
-    search
-        ->add_option("--sort", options->session.sortColumn,
-                     "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
-                     "image (as found)")
+    command.add_flag("-0,--null", options.session.nulSeparated, "Separate paths with NUL instead of newline");
+    command
+        .add_option("--sort", options.session.sortColumn,
+                    "Sort by name, size, modDate, created, lastAccessDate, kind, inside, tags, path, rank or "
+                    "image (as found)")
         ->transform(CLI::IsMember(
             {"image", "name", "size", "modDate", "created", "lastAccessDate", "kind", "inside", "tags", "path", "rank"},
             CLI::ignore_case));
-    search->add_flag("--reverse", options->session.reverse, "Sort in descending order");
-    Terminal::addColorOption(*search, options->session.color);
-    search->add_option("--export", options->session.exportPath,
+    command.add_flag("--reverse", options.session.reverse, "Sort in descending order");
+    Terminal::addColorOption(command, options.session.color);
+    command.add_option("--export", options.session.exportPath,
                        "Write the sorted results to a .csv file or a tab-delimited .tsv or .txt file (the header "
                        "alone when nothing is found)");
-    search->callback([options, &exitStatus] { exitStatus = runSearch(*options); });
 }
 
 }  // namespace quester::cli

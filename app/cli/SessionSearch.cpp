@@ -21,19 +21,18 @@
 #include "results/SearchSession.h"
 #include "sources/FileSystemSearch.h"
 #include "sources/ShowAppsCommandDataSource.h"
+#include "stores/IgnoreItems.h"
 #include "stores/Preferences.h"
+#include "stores/QueryStatisticsController.h"
 #include "support/PathText.h"
 
+#include "Complain.h"
 #include "ExitStatus.h"
 #include "Terminal.h"
 
 namespace quester::cli {
 
 namespace {
-
-void complain(const std::string& message) {
-    std::fprintf(stderr, "quester: %s\n", message.c_str());
-}
 
 std::optional<ResultsExporter::Format> exportFormatFor(const std::string& path) {
     std::string extension = pathExtension(path);
@@ -52,6 +51,21 @@ void copySearchPreferences(Preferences& into) {
                             "showAppsFoundAnywhere"}) {
         (void)into.setValue(key, user.boolValue(key));
     }
+}
+
+// The ignore list as the user's preferences hold it when the search starts.
+std::function<bool(const std::string&)> ignoreTest() {
+    auto list = std::make_shared<const IgnoreItems>(Preferences::shared());
+    return [list](const std::string& path) { return list->ignores(path); };
+}
+
+// Adds each source's duration to the statistics of the query's run, which
+// begins now: the manager is made next.
+std::function<void(SearchResultSupplier, Clock::Duration)> statisticsRecorder(const std::string& query) {
+    return [query, started = SystemClock::shared().now()](SearchResultSupplier supplier, Clock::Duration took) {
+        QueryStatisticsController::shared().add(started, query, static_cast<int>(supplier),
+                                                std::chrono::duration_cast<std::chrono::seconds>(took).count());
+    };
 }
 
 // "N folders, M results" on standard error while searching, on a terminal
@@ -166,11 +180,13 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
     environment.location = [folders = state->options.folders](const std::optional<std::string>&) {
         return std::optional<SearchLocation>(SearchLocation::fromURLs(folders));
     };
-    environment.managerEnvironment = [loop = &state->loop] {
+    environment.managerEnvironment = [loop = &state->loop, options = &state->options] {
         SearchManager::Environment managerEnvironment;
         managerEnvironment.fileSystemSearchDataSources = {std::make_shared<FileSystemSearch>()};
         managerEnvironment.commandBasedDataSources = {ShowAppsCommandDataSource::shared()};
         managerEnvironment.mainLoop = loop;
+        if (!options->noIgnore) managerEnvironment.isIgnored = ignoreTest();
+        managerEnvironment.sourceDidFinish = statisticsRecorder(options->query);
         return managerEnvironment;
     };
     environment.mainLoop = &state->loop;
@@ -242,6 +258,7 @@ int SessionSearch::run() {
         return ExitStatus::failed;
     }
     state->loop.run();
+    (void)QueryStatisticsController::shared().save();
     if (state->progress->wasQueryInvalid()) {
         complain("a search source found the query unusable");
         return ExitStatus::failed;

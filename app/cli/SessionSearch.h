@@ -14,6 +14,7 @@ struct SessionSearchOptions {
     std::string query;  // or a "quester:" URL
     std::vector<Url> folders;
     bool hidden = false;
+    bool noIgnore = false;      // the ignore list leaves nothing out
     bool soundex = false;       // words match names that sound alike
     long limit = 0;             // 0: every result
     std::string format;         // table, paths, json, csv or tsv; empty: table on a terminal, else paths

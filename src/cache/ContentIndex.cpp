@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <thread>
 
 #include <fmt/format.h>
 
-#include "platform/ExclusiveFileLock.h"
+#include "platform/FileLock.h"
 #include "platform/FileSystem.h"
 #include "platform/Url.h"
 #include "support/LogFunc.h"
@@ -78,12 +79,12 @@ std::string ContentIndex::writerLockPath() const {
 }
 
 Status ContentIndex::setAsideAndReopen(SimpleLMDB& store, const Status& damage) {
-    std::unique_ptr<ExclusiveFileLock> writer;
+    std::optional<FileLock> writer;
     if (!holdsWriterLock) {
         for (int attempt = 0; attempt < busyRetries; ++attempt) {
-            auto acquired = ExclusiveFileLock::acquire(writerLockPath());
+            auto acquired = FileLock::tryAcquire(writerLockPath());
             if (acquired) {
-                writer = std::move(*acquired);
+                writer.emplace(std::move(*acquired));
                 break;
             }
             std::this_thread::sleep_for(busyRetryPause);

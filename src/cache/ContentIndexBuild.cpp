@@ -9,8 +9,8 @@
 #include <fmt/format.h>
 
 #include "import/ImportTextXPC.h"
-#include "platform/ExclusiveFileLock.h"
 #include "platform/FSUtilities.h"
+#include "platform/FileLock.h"
 #include "platform/Url.h"
 #include "query/SearchManager.h"
 #include "support/LogFunc.h"
@@ -77,7 +77,7 @@ ContentIndexBuild::ContentIndexBuild(ContentIndex& index, const Options& options
 
 Status ContentIndexBuild::build(ContentIndex& index, const Options& options) {
     std::lock_guard<std::mutex> oneBuild(indexBuildQueue());
-    auto writer = ExclusiveFileLock::acquire(index.writerLockPath());
+    auto writer = FileLock::tryAcquire(index.writerLockPath());
     if (!writer) return makeError(writer.error().code, "another program is updating caches: " + writer.error().message);
     index.stateLock().setValue(ContentIndex::ContentIndexLMDBState::building);
     index.shouldCancel = false;

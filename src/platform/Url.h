@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/MountEntry.h"
@@ -70,6 +71,11 @@ template <>
 std::optional<std::string> Url::value<std::string>(URLValues key) const;
 template <>
 std::optional<Url> Url::value<Url>(URLValues key) const;
+
+// The "file://" URL text of a path, percent-encoded, "/" behind a directory.
+std::string fileURLString(const Url& url);
+// The URL of a "file://" text; none for anything else.
+std::optional<Url> urlFromFileURLString(std::string_view text);
 
 }  // namespace quester
 

@@ -137,6 +137,8 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
       showsHiddenItems(searchInsideSystemAndApps ||
                        searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
+      isIgnored(std::move(environment.isIgnored)),
+      sourceDidFinish(std::move(environment.sourceDidFinish)),
       searchedFolders(searchQuery.whereLocation() ? searchQuery.whereLocation()->locationPaths()
                                                   : std::vector<std::string>{}),
       progressUpdateTimer(std::chrono::milliseconds(250), true, clock) {}
@@ -195,10 +197,7 @@ void SearchManager::runSearches() {
 void SearchManager::startDataSources(const DataSources& sources, OperationQueue& on) {
     allDataSources.access([&](DataSources& all) { all.insert(all.end(), sources.begin(), sources.end()); });
     for (const auto& source : sources) {
-        on.addOperation([this, source] {
-            source->search(searchQuery, *this);
-            searchDataSourceFinishedSearch(*source);
-        });
+        on.addOperation([this, source] { runDataSource(*source, *this); });
     }
 }
 
@@ -215,8 +214,7 @@ void SearchManager::runDataSourceOrSearch(OperationQueue& on) {
                 return !self || self->shouldStop();
             });
             allDataSources.access([&](DataSources& all) { all.push_back(source); });
-            source->search(searchQuery, collector);
-            searchDataSourceFinishedSearch(*source);
+            runDataSource(*source, collector);
             for (auto& result : collector.results()) {
                 found.insert(crc64(result.url.path()));
                 bySupplier[source->type()].push_back(std::move(result));
@@ -228,6 +226,13 @@ void SearchManager::runDataSourceOrSearch(OperationQueue& on) {
         if (!results.empty()) enqueueFiltering(std::move(results), supplier);
     }
     if (searchQuery.booleanExpr().needsOpenUniverse(leaves)) startDataSources(fileSystemSearchDataSources, on);
+}
+
+void SearchManager::runDataSource(SearchDataSource& source, SearchDataSourceDelegate& feedback) {
+    const auto started = clock.now();
+    source.search(searchQuery, feedback);
+    if (sourceDidFinish) sourceDidFinish(source.type(), clock.now() - started);
+    searchDataSourceFinishedSearch(source);
 }
 
 void SearchManager::searchDataSourceFinishedSearch(SearchDataSource& source) {
@@ -432,6 +437,7 @@ bool SearchManager::judgeClaimed(SearchResult& candidate, const std::vector<Comm
 
 bool SearchManager::searchResultPassesFiltering(SearchResult& result, SearchDataSourceDelegate& feedback,
                                                 const std::vector<CommandPtr>& commands) {
+    if (isIgnored && isIgnored(result.url.path())) return false;
     if (judgesThroughTree) return passesTreeFiltering(result, feedback, commands);
     return passesFlatFiltering(result, feedback, commands);
 }

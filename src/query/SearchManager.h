@@ -52,6 +52,11 @@ public:
         MainLoop* mainLoop = nullptr;        // MainLoop::shared() when none
         FSUtilities* fsUtilities = nullptr;  // FSUtilities::shared() when none
         const Clock* clock = nullptr;        // the system clock when none
+        // The ignore list: whether a result is left out, whichever source
+        // found it. None lets everything through. Called on the filter queues.
+        std::function<bool(const std::string& path)> isIgnored;
+        // Told as each source ends, with how long it ran; on the source's thread.
+        std::function<void(SearchResultSupplier supplier, Clock::Duration took)> sourceDidFinish;
     };
 
     // `searchInsideSystemAndApps` (or a query that asks for invisible items)
@@ -129,6 +134,8 @@ private:
     void runSearches();
     void runDataSourceOrSearch(OperationQueue& on);
     void startDataSources(const DataSources& sources, OperationQueue& on);
+    // Runs one source to its end, timed, then `searchDataSourceFinishedSearch`.
+    void runDataSource(SearchDataSource& source, SearchDataSourceDelegate& feedback);
     void searchDataSourceFinishedSearch(SearchDataSource& source);
     void cancelSpotlight();
     void allSearchesHaveCompleted();
@@ -181,6 +188,8 @@ private:
     MainLoop& mainLoop;
     FSUtilities& fsUtilities;
     const bool showsHiddenItems;
+    const std::function<bool(const std::string& path)> isIgnored;
+    const std::function<void(SearchResultSupplier, Clock::Duration)> sourceDidFinish;
     // The folders of the query's location, below which the hidden rules judge.
     const std::vector<std::string> searchedFolders;
 

@@ -6,38 +6,6 @@ namespace quester {
 
 namespace {
 
-constexpr std::string_view kFileScheme = "file://";
-
-bool isAllowedInURLPath(unsigned char c) {
-    if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')) return true;
-    return std::string_view("-._~!$&'()*+,;=:@/").find(static_cast<char>(c)) != std::string_view::npos;
-}
-
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-std::optional<std::string> percentDecoded(std::string_view text) {
-    std::string decoded;
-    decoded.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            decoded += text[i];
-            continue;
-        }
-        if (i + 2 >= text.size()) return std::nullopt;
-        int high = hexValue(text[i + 1]);
-        int low = hexValue(text[i + 2]);
-        if (high < 0 || low < 0) return std::nullopt;
-        decoded += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    return decoded;
-}
-
 void readFileDates(const std::string& path, SearchResult& result, FileSystem& fileSystem) {
     const auto status = fileSystem.status(path);
     if (!status) return;
@@ -80,31 +48,6 @@ private:
 };
 
 }  // namespace
-
-std::string fileURLString(const Url& url) {
-    static constexpr char digits[] = "0123456789ABCDEF";
-    std::string text(kFileScheme);
-    for (unsigned char c : url.path()) {
-        if (isAllowedInURLPath(c)) {
-            text += static_cast<char>(c);
-        } else {
-            text += '%';
-            text += digits[c >> 4];
-            text += digits[c & 0x0F];
-        }
-    }
-    if (url.isDirectory() && !url.path().ends_with('/')) text += '/';
-    return text;
-}
-
-std::optional<Url> urlFromFileURLString(std::string_view text) {
-    if (!text.starts_with(kFileScheme)) return std::nullopt;
-    auto path = percentDecoded(text.substr(kFileScheme.size()));
-    if (!path || !path->starts_with('/')) return std::nullopt;
-    bool isDirectory = path->size() > 1 && path->ends_with('/');
-    if (isDirectory) path->pop_back();
-    return Url(*path, isDirectory);
-}
 
 SearchResult SearchResult::forFile(SearchResultSupplier supplier, const std::string& path, bool checkToSeeIfItExists,
                                    FileSystem& fileSystem) {

@@ -57,9 +57,4 @@ struct SearchResult {
     static Result<SearchResult> fromJSONObject(const nlohmann::ordered_json& object);
 };
 
-// The "file://" URL text of a path, percent-encoded, "/" behind a directory.
-std::string fileURLString(const Url& url);
-// The URL of a "file://" text; none for anything else.
-std::optional<Url> urlFromFileURLString(std::string_view text);
-
 }  // namespace quester

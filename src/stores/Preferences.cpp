@@ -7,9 +7,12 @@
 #include <fmt/core.h>
 
 #include "platform/AtomicFile.h"
+#include "platform/FileLock.h"
 #include "platform/FileSystem.h"
+#include "stores/PreferenceKey.h"
 #include "support/AppDirectories.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 namespace {
@@ -50,14 +53,24 @@ Preferences& Preferences::shared() {
 
 void Preferences::load() {
     if (storePath.empty()) return;
+    auto read = readStoredObject();
+    if (read) stored.setValue(std::move(read).value());
+}
+
+void Preferences::reload() {
+    load();
+}
+
+Result<json> Preferences::readStoredObject() {
     const auto text = FileSystem::real().readFile(storePath);
-    if (!text) return;
+    if (text.isNotFound()) return json::object();
+    if (!text) return text.error();
     json parsed = json::parse(*text, nullptr, false);
     if (parsed.is_discarded() || !parsed.is_object()) {
         setAsideCorruptFile(parsed.is_discarded() ? "not JSON" : "not a JSON object");
-        return;
+        return json::object();
     }
-    stored.setValue(std::move(parsed));
+    return parsed;
 }
 
 void Preferences::setAsideCorruptFile(const std::string& reason) {
@@ -71,46 +84,10 @@ void Preferences::setAsideCorruptFile(const std::string& reason) {
 }
 
 json Preferences::registeredDefaultsTable() {
-    return json{
-        {"hasLaunchedBefore", false},
-        {"moveItemsStartingWithQueryToTop", false},
-        {"firstIgnoreItemsLoad", false},
-        {"firstRememberedItemsLoad", false},
-        {"useFinderKindField", false},
-        {"dateModifiedIsVisible", true},
-        {"dateCreatedIsVisible", false},
-        {"lastAccessIsVisible", false},
-        {"sizeIsVisible", true},
-        {"kindIsVisible", true},
-        {"insideIsVisible", true},
-        {"tagsIsVisible", false},
-        {"historyEnabled", true},
-        {"showAppsFoundAnywhere", false},
-        {"lastSearchlocationPopupSelectedItemName", "in home"},
-        {"closeSearchWindowAfterOpening", false},
-        {"sidebarShouldShowSidebar", true},
-        {"sidebarShouldShowSavedSearches", true},
-        {"sidebarShouldShowChanged", true},
-        {"sidebarShouldShowHistory", false},
-        {"sidebarShouldShowQuickFolders", true},
-        {"sidebarShouldShowPopular", false},
-        {"sidebarShouldShowDownloads", true},
-        {"allowNetworkSearches", false},
-        {"checkForLocalConnections", true},
-        {"diskCatalogCaching", false},
-        {"nettworkDiskCachingOnly", true},
-        {"updateCachesEvery", 500},
-        {"fileContentCaching", false},
-        {"fileContentCachingAskToAdd", false},
-        {"resultsViewStyle", 2},
-        {"iconSizeSlider", 290.0},
-        {"recentItemsMaxCount", 10},
-        {"historyMaxCount", 20},
-        {"hoverPreviews", false},
-        {"listTextSize", 12},
-        {"quitAfterLastSearchWindowGone", false},
-        {"fileContentCachingTimeUpdatesEnabled", false},
-    };
+    json table = json::object();
+    for (const auto& key : PreferenceKey::all())
+        if (key.defaultValue) table[key.name] = *key.defaultValue;
+    return table;
 }
 
 void Preferences::startup(std::string_view buildVersion) {
@@ -207,25 +184,33 @@ std::int64_t Preferences::resultsViewStyle() const {
 }
 
 Status Preferences::setValue(const std::string& key, json value) {
-    stored.access([&](json& values) { values[key] = std::move(value); });
-    return save();
+    return update([&](json& values) { values[key] = std::move(value); });
 }
 
 Status Preferences::setValues(const json& values) {
     if (!values.is_object()) return makeError(ErrorCode::invalidArgument, "preference values must be a JSON object");
-    stored.access([&](json& current) { current.update(values); });
-    return save();
+    return update([&](json& current) { current.update(values); });
 }
 
 Status Preferences::removeValue(const std::string& key) {
-    stored.access([&](json& values) { values.erase(key); });
-    return save();
+    return update([&](json& values) { values.erase(key); });
 }
 
-Status Preferences::save() {
-    if (storePath.empty()) return Status::success();
+Status Preferences::update(const std::function<void(json& values)>& change) {
+    if (storePath.empty()) {
+        stored.access(change);
+        return Status::success();
+    }
     LockGuard guard(saveLock);
-    return replaceFileAtomically(storePath, stored.value().dump(2));
+    if (Status made = FileSystem::real().createDirectories(parentPath(storePath)); !made) return made;
+    auto lock = FileLock::acquire(storePath + ".lock");
+    if (!lock) return lock.error();
+    auto current = readStoredObject();
+    if (!current) return current.error();
+    change(*current);
+    if (Status saved = replaceFileAtomically(storePath, current->dump(2)); !saved) return saved;
+    stored.setValue(std::move(current).value());
+    return Status::success();
 }
 
 NotificationCenter::Token Preferences::PreferencesDidChangeNotification(std::function<void()> handler) {

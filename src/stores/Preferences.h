@@ -20,10 +20,12 @@ namespace quester {
 // folder, with defaults registered for the run. A key with no stored value
 // reads as its registered default, and with neither as false, 0 or none.
 //
-// Safe to use from any thread. Every write saves the whole file atomically
-// (temporary file, fsync, rename); concurrent writers lose nothing. A file that
-// isn't a JSON object is set aside as "preferences.json.corrupt" and the store
-// starts empty.
+// Safe to use from any thread, and from several processes at once: every
+// write takes an exclusive lock on "preferences.json.lock", reads the file
+// anew, applies its change to what it read and saves the whole file
+// atomically (temporary file, fsync, rename), so that no writer, in this
+// process or another, loses another's change. A file that isn't a JSON object
+// is set aside as "preferences.json.corrupt" and the store starts empty.
 class Preferences {
 public:
     static constexpr const char* DidChangeNotification = "preferencesDidChange";
@@ -64,6 +66,14 @@ public:
     // Stores every member of `values` with one save.
     Status setValues(const nlohmann::json& values);
     Status removeValue(const std::string& key);
+    // Applies `change` to the stored values as the file holds them now, under
+    // the file lock, and saves. Stores that keep a list under one key change
+    // it here, so that two processes adding to it keep both additions.
+    // `change` must not call back into this store.
+    Status update(const std::function<void(nlohmann::json& values)>& change);
+    // Reads the file again, for a long-lived process that wants the changes
+    // other processes made.
+    void reload();
 
     // Calls `handler` on the main loop whenever "preferencesDidChange" is
     // posted; the token removes it through the notification center.
@@ -74,15 +84,18 @@ public:
 
 private:
     void load();
+    // The file's object; an empty object when there is no file, or when it
+    // held no JSON object and was set aside.
+    Result<nlohmann::json> readStoredObject();
     void setAsideCorruptFile(const std::string& reason);
     std::optional<nlohmann::json> lookUp(const std::string& key) const;
-    Status save();
 
     const std::string storePath;
     NotificationCenter& center;
     Locked<nlohmann::json> stored;
     Locked<nlohmann::json> defaults;
-    // Held for a whole save, so the file written last holds every change.
+    // Held for a whole update, beside the file lock, so that the threads of
+    // this process queue here rather than on the lock file.
     Lock saveLock;
 };
 

@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include "platform/AtomicFile.h"
+#include "platform/FileLock.h"
 #include "platform/FileSystem.h"
 #include "support/AppDirectories.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 #include "support/Uuid.h"
 
 namespace quester {
@@ -32,37 +34,74 @@ QueryStatisticsController& QueryStatisticsController::shared() {
 }
 
 void QueryStatisticsController::load() {
+    statistics.setValue(readFile());
+}
+
+std::vector<QueryStatistic> QueryStatisticsController::readFile() const {
     std::vector<QueryStatistic> loaded;
     const auto text = FileSystem::real().readFile(filePath);
     const auto parsed = nlohmann::json::parse(text.valueOr(""), nullptr, false);
-    if (text && parsed.is_array()) {
-        for (const auto& item : parsed) {
-            auto statistic = QueryStatistic::fromJSON(item);
-            if (!statistic) {
-                LOG("Statistics load error: " + statistic.error().description());
-                loaded.clear();
-                break;
-            }
+    if (!text || !parsed.is_array()) return loaded;
+    for (const auto& item : parsed) {
+        auto statistic = QueryStatistic::fromJSON(item);
+        if (statistic) {
             loaded.push_back(std::move(statistic).value());
+        } else {
+            LOG("Statistics load error, the entry is dropped: " + statistic.error().description());
         }
     }
-    statistics.setValue(std::move(loaded));
+    return loaded;
 }
 
-Status QueryStatisticsController::save() const {
-    Status status = makeError(ErrorCode::notFound, "no data folder to keep the query statistics in");
-    if (!filePath.empty()) {
-        nlohmann::ordered_json array = nlohmann::ordered_json::array();
-        for (const auto& statistic : statistics.value()) array.push_back(statistic.toJSON());
-        status = replaceFileAtomically(filePath, array.dump(2));
-    }
+Status QueryStatisticsController::save() {
+    Status status = rewrite([&](std::vector<QueryStatistic>& onFile) { mergeInto(onFile, statistics.value()); });
     if (!status) LOG("Statistics save error: " + status.error().description());
     return status;
 }
 
 void QueryStatisticsController::clear() {
-    statistics.setValue({});
-    (void)save();
+    Status status = rewrite([](std::vector<QueryStatistic>& onFile) { onFile.clear(); });
+    if (!status) LOG("Statistics save error: " + status.error().description());
+}
+
+Status QueryStatisticsController::rewrite(const std::function<void(std::vector<QueryStatistic>& onFile)>& change) {
+    if (filePath.empty()) return makeError(ErrorCode::notFound, "no data folder to keep the query statistics in");
+    if (Status made = FileSystem::real().createDirectories(parentPath(filePath)); !made) return made;
+    auto lock = FileLock::acquire(filePath + ".lock");
+    if (!lock) return lock.error();
+    auto onFile = readFile();
+    change(onFile);
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    for (const auto& statistic : onFile) array.push_back(statistic.toJSON());
+    if (Status written = replaceFileAtomically(filePath, array.dump(2)); !written) return written;
+    statistics.setValue(std::move(onFile));
+    return Status::success();
+}
+
+void QueryStatisticsController::mergeInto(std::vector<QueryStatistic>& onFile,
+                                          const std::vector<QueryStatistic>& ours) {
+    for (const auto& statistic : ours) {
+        auto query = std::find_if(onFile.begin(), onFile.end(),
+                                  [&](const QueryStatistic& stored) { return stored.rawQuery == statistic.rawQuery; });
+        if (query == onFile.end()) {
+            onFile.push_back(statistic);
+            continue;
+        }
+        for (const auto& run : statistic.results) {
+            auto stored = std::find_if(query->results.begin(), query->results.end(),
+                                       [&](const QueryStatistic::ResultSet& set) { return set.id == run.id; });
+            if (stored == query->results.end()) {
+                query->results.push_back(run);
+                continue;
+            }
+            for (const auto& duration : run.durations) {
+                const bool known =
+                    std::any_of(stored->durations.begin(), stored->durations.end(),
+                                [&](const QueryStatistic::Result& result) { return result.id == duration.id; });
+                if (!known) stored->durations.push_back(duration);
+            }
+        }
+    }
 }
 
 void QueryStatisticsController::add(QueryStatistic::Date startTime, const std::string& rawQuery, int supplier,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,10 @@ namespace quester {
 //
 // Thread-safe: `add` may come from the sources' threads. Saving never
 // disturbs the caller: a failure is logged and the list in memory stays.
+// Several processes may save at once: each save takes a lock on
+// "QueryStatistics.json.lock", reads the file anew and adds its own runs to
+// what it found, so no process loses another's. An entry of the file that
+// doesn't read is dropped and the others are kept.
 class QueryStatisticsController {
 public:
     static constexpr const char* fileName = "QueryStatistics.json";
@@ -28,9 +33,10 @@ public:
 
     // Reads the file into `all`; a missing or unreadable file leaves it empty.
     void load();
-    // Writes `all` atomically.
-    Status save() const;
-    // Empties `all` and saves.
+    // Adds the runs of `all` that the file lacks to it, atomically, and
+    // keeps what was written as `all`.
+    Status save();
+    // Empties `all` and the file.
     void clear();
     // Appends a source's duration to the run of `rawQuery` that began at
     // `startTime`, making the query's entry and the run when they are new.
@@ -39,6 +45,12 @@ public:
     const std::string& path() const { return filePath; }
 
 private:
+    std::vector<QueryStatistic> readFile() const;
+    // Applies `change` to the file's list under the file lock and writes it.
+    Status rewrite(const std::function<void(std::vector<QueryStatistic>& onFile)>& change);
+    // Adds the queries, runs and durations of `ours` that `onFile` lacks, by id.
+    static void mergeInto(std::vector<QueryStatistic>& onFile, const std::vector<QueryStatistic>& ours);
+
     const std::string filePath;
     Locked<std::vector<QueryStatistic>> statistics;
 };

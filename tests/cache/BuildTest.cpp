@@ -12,7 +12,7 @@
 #include "cache/ContentIndex.h"
 #include "cache/ContentIndexBuild.h"
 #include "import/ImportTextXPC.h"
-#include "platform/ExclusiveFileLock.h"
+#include "platform/FileLock.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -194,12 +194,13 @@ TEST_F(BuildTest, ARebuildStartsFromNothingAndACancelStopsEarly) {
 
 TEST_F(BuildTest, ASecondWriterIsTurnedAway) {
     makeTree(1, 1);
-    auto held = ExclusiveFileLock::acquire(makeIndex()->writerLockPath());
-    ASSERT_TRUE(held);
+    auto acquired = FileLock::tryAcquire(makeIndex()->writerLockPath());
+    ASSERT_TRUE(acquired);
+    std::optional<FileLock> held(std::move(*acquired));
     Status refused = build();
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::permissionDenied);
-    held->reset();
+    held.reset();
     EXPECT_TRUE(build());
 }
 

@@ -10,7 +10,7 @@
 #include "cache/ContentIndex.h"
 #include "cache/LMDBError.h"
 #include "cache/SimpleLMDB.h"
-#include "platform/ExclusiveFileLock.h"
+#include "platform/FileLock.h"
 #include "testing/TempDir.h"
 
 namespace quester {
@@ -300,7 +300,7 @@ TEST_F(ContentIndexStoreTest, ADamagedFileIsLeftInPlaceWhileAnotherProgramWrites
         for (int i = 0; i < 2000; ++i) newItem(*index, "f" + std::to_string(i), FSItem::types::file, 0);
     }
     std::filesystem::resize_file(file, 8192 * 2);
-    auto writer = ExclusiveFileLock::acquire(dir.str() + "/.quester-cache-writer.pid");
+    auto writer = FileLock::tryAcquire(dir.str() + "/.quester-cache-writer.pid");
     ASSERT_TRUE(writer);
     auto made = ContentIndex::make({file, "/data/photos", std::nullopt, "Photos", CachingUpdatesTag::defaultTiming});
     ASSERT_FALSE(made);

@@ -167,12 +167,20 @@ TEST_F(SearchCommandTest, ExecutableIsJudgedByPermissionAndSignatureNotByName) {
     EXPECT_EQ(paths(": is executable", tree.str()), (std::multiset<std::string>{at("program"), at("run-me")}));
 }
 
-TEST_F(SearchCommandTest, ASearchLeavesQuesterHomeEmpty) {
+TEST_F(SearchCommandTest, ASearchStoresItsHistoryEntryAndStatisticsAndNothingElse) {
     testing::TempDir home;
     const auto run = testing::QuesterProcess::run(QUESTER_BINARY, {"search", "budget", "--in", tree.str()}, scratch,
                                                   "QUESTER_HOME=" + testing::QuesterProcess::quoted(home.str()) + " ");
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_TRUE(std::filesystem::is_empty(home.path())) << "a search stores nothing";
+    std::set<std::string> stored;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home.path())) {
+        if (entry.is_regular_file()) stored.insert(std::filesystem::relative(entry.path(), home.path()).string());
+    }
+    EXPECT_EQ(stored, (std::set<std::string>{"config/preferences.json", "config/preferences.json.lock",
+                                             "data/QueryStatistics.json", "data/QueryStatistics.json.lock"}));
+    const auto preferences = nlohmann::json::parse(testing::readFile(home.path() / "config/preferences.json"));
+    EXPECT_EQ(preferences.size(), 1u) << preferences.dump();
+    EXPECT_EQ(preferences["history"][0]["queryString"], "budget");
 }
 
 // Whether `pid` has blocked SIGINT, which the command does just before its search starts.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <map>
@@ -16,6 +17,7 @@
 #include "query/SearchLocation.h"
 #include "query/SearchManager.h"
 #include "query/SearchResult.h"
+#include "support/Locked.h"
 #include "support/MainLoop.h"
 
 namespace quester {
@@ -164,6 +166,36 @@ TEST_F(SearchManagerTest, AFolderNamedAfterAWordAppearsOnceOnlyIfItPassesItself)
     auto filesOnly = start("budget : is file", {std::make_shared<ListSource>(SearchResultSupplier::fileSystem, paths)});
     ASSERT_TRUE(runUntilFinished());
     EXPECT_EQ(delegate->foundSet(), std::multiset<std::string>{under("Budget/sub/budget-c.txt")});
+}
+
+// The ignore list judges what every source supplies, the cache sources on the
+// fast queue among them; each source's end is told with its supplier.
+TEST_F(SearchManagerTest, TheIgnoreTestDropsResultsOfEverySourceAndEachSourcesEndIsTimed) {
+    auto walk = std::make_shared<ListSource>(SearchResultSupplier::fileSystem,
+                                             std::vector<std::string>{under("budget.txt"), under("skip/budget-1.txt")});
+    auto cache = std::make_shared<ListSource>(
+        SearchResultSupplier::CompactContentIndex,
+        std::vector<std::string>{under("skip/budget-2.txt"), under("kept/budget-3.txt"), under("budget.bak")});
+    SearchManager::Environment environment;
+    environment.fileSystemSearchDataSources = {walk};
+    environment.commandBasedDataSources = {cache};
+    environment.mainLoop = &loop;
+    environment.isIgnored = [](const std::string& path) {
+        return path.find("/skip/") != std::string::npos || path.ends_with(".bak");
+    };
+    Locked<std::vector<SearchResultSupplier>> ended;
+    environment.sourceDidFinish = [&](SearchResultSupplier supplier, Clock::Duration took) {
+        EXPECT_GE(took.count(), 0);
+        ended.access([&](auto& suppliers) { suppliers.push_back(supplier); });
+    };
+    auto manager = SearchManager::create(makeQuery("budget"), false, delegate, std::move(environment));
+    manager->search();
+    ASSERT_TRUE(runUntilFinished());
+    EXPECT_EQ(delegate->foundSet(), (std::multiset<std::string>{under("budget.txt"), under("kept/budget-3.txt")}));
+    auto suppliers = ended.value();
+    std::sort(suppliers.begin(), suppliers.end());
+    EXPECT_EQ(suppliers, (std::vector<SearchResultSupplier>{SearchResultSupplier::fileSystem,
+                                                            SearchResultSupplier::CompactContentIndex}));
 }
 
 TEST_F(SearchManagerTest, HiddenAndSystemItemsPassOnlyWhenAskedFor) {

@@ -122,7 +122,24 @@ TEST_F(PreferencesTest, ConcurrentWritersLoseNothing) {
     for (auto& writer : writers) writer.join();
     EXPECT_EQ(storedFile().size(), static_cast<std::size_t>(threads * writesEach));
     auto leftovers = std::distance(std::filesystem::directory_iterator(dir.path() / "config"), {});
-    EXPECT_EQ(leftovers, 1) << "no temporary files stay behind";
+    EXPECT_EQ(leftovers, 2) << "the file and its lock file, and no temporary file";
+}
+
+// Each store reads the file as it is when it changes it, so one that was
+// made before another wrote keeps that writer's change.
+TEST_F(PreferencesTest, AWriterKeepsWhatAnotherStoreWroteMeanwhile) {
+    Preferences first(storePath(), center);
+    Preferences second(storePath(), center);
+    ASSERT_TRUE(first.setValue("listTextSize", 14).ok());
+    ASSERT_TRUE(second.setValue("hoverPreviews", true).ok());
+    EXPECT_EQ(second.integerValue("listTextSize"), 14);
+    json file = storedFile();
+    EXPECT_EQ(file["listTextSize"], 14);
+    EXPECT_EQ(file["hoverPreviews"], true);
+    ASSERT_TRUE(
+        first.update([](json& values) { values["listTextSize"] = values["listTextSize"].get<int>() + 1; }).ok());
+    EXPECT_TRUE(first.boolValue("hoverPreviews"));
+    EXPECT_EQ(storedFile()["listTextSize"], 15);
 }
 
 TEST_F(PreferencesTest, ChangeObserversHearThePostedNotification) {

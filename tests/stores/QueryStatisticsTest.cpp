@@ -55,30 +55,44 @@ TEST_F(QueryStatisticsTest, fileRoundTripsThroughPrettyJSONAndClearEmptiesIt) {
     EXPECT_EQ(testing::readFile(path), "[]");
 }
 
-TEST_F(QueryStatisticsTest, loadHonoursDateOffsetsAndAnyDefectInTheFileStartsEmpty) {
-    std::ofstream(path) << R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T11:30:00+02:00",)"
-                           R"("durations":[{"id":"d","supplier":0,"durationInSeconds":4}]}]}])";
-    controller.load();
-    ASSERT_EQ(controller.all().size(), 1u);
-    EXPECT_EQ(controller.all()[0].results[0].date, march1);
-
+TEST_F(QueryStatisticsTest, loadHonoursDateOffsetsAndDropsOnlyTheEntriesThatDontRead) {
+    const std::string good = R"({"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T11:30:00+02:00",)"
+                             R"("durations":[{"id":"d","supplier":0,"durationInSeconds":4}]}]})";
     for (const char* bad : {
-             "not json",
              R"({"id":"a"})",
-             R"([{"id":"a","rawQuery":"q"}])",
-             R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"yesterday","durations":[]}]}])",
-             R"([{"id":"a","rawQuery":"q","results":[{"id":"r","date":"2024-03-01T09:30:00Z",)"
-             R"("durations":[{"id":"d","supplier":13,"durationInSeconds":1}]}]}])",
+             R"({"id":"b","rawQuery":"q2","results":[{"id":"r","date":"yesterday","durations":[]}]})",
+             R"({"id":"c","rawQuery":"q3","results":[{"id":"r","date":"2024-03-01T09:30:00Z",)"
+             R"("durations":[{"id":"d","supplier":13,"durationInSeconds":1}]}]})",
          }) {
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << bad;
-        controller.add(march1, "x", 1, 1);
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << "[" << bad << "," << good << "]";
         controller.load();
-        EXPECT_TRUE(controller.all().empty()) << bad;
+        ASSERT_EQ(controller.all().size(), 1u) << bad;
+        EXPECT_EQ(controller.all()[0].results[0].date, march1);
     }
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << "not json";
+    controller.load();
+    EXPECT_TRUE(controller.all().empty());
     std::remove(path.c_str());
     controller.add(march1, "x", 1, 1);
     controller.load();
     EXPECT_TRUE(controller.all().empty());
+}
+
+TEST_F(QueryStatisticsTest, twoControllersSavingToOneFileKeepEachOthersRuns) {
+    QueryStatisticsController first(path), second(path);
+    first.add(march1, "budget", 1, 3);
+    second.add(march1 + 1min, "budget", 1, 4);
+    second.add(march1, "tax", 2, 1);
+    ASSERT_TRUE(first.save().ok());
+    ASSERT_TRUE(second.save().ok());
+    ASSERT_TRUE(first.save().ok()) << "saving again adds nothing twice";
+    QueryStatisticsController reader(path);
+    reader.load();
+    const auto all = reader.all();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].results.size(), 2u);
+    EXPECT_EQ(all[0].results[0].durations.size(), 1u);
+    EXPECT_EQ(all[1].rawQuery, "tax");
 }
 
 TEST_F(QueryStatisticsTest, saveFailureKeepsTheListInMemory) {

@@ -343,8 +343,8 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
     std::string joinedPages;
     const std::string_view allText = imported->allTextView(options.useOCR, joinedPages);
     if (missesEveryWordOfASCII(allText, options)) return std::nullopt;
-    // Text read in the program is only known to be UTF-8 here; ASCII that
-    // the test above turned away needed no such check.
+    // Text read in the program is checked for UTF-8 only now, once the
+    // cheaper test above has turned most files away.
     if (!isValidUTF8(allText)) return std::nullopt;
     const FoldedText text(FoldedText::decode(allText), !options.caseSensitive);
     const auto hits = textIncludes(text, options);

@@ -19,11 +19,11 @@ namespace {
 
 // Enough threads that no source waits for another: sources are few.
 constexpr int kLocalQueueWidth = 64;
+// How often the file a content search reads is passed on to the delegate.
+constexpr auto kInsideFileInterval = std::chrono::milliseconds(100);
 // How long a drain waits for more results before it ends. A walk supplies a
 // batch every few microseconds while it finds things, so a drain that waited
 // for nothing at all would be ended and started again for every batch.
-// How often the file a content search reads is passed on to the delegate.
-constexpr auto kInsideFileInterval = std::chrono::milliseconds(100);
 constexpr auto kDrainLinger = std::chrono::milliseconds(2);
 // Found items reach the main loop in lists of at most this many input items,
 // and at least this often while results come.
@@ -67,14 +67,14 @@ void asciiLowercaseInPlace(std::string& text) {
     }
 }
 
-// Appends the folder paths of `parent` (which ends in "/") whose name holds
-// one of `words`: at each match, the text up to the next "/". Repeats are
-// kept. `folded` is scratch room for the lowercased parent.
 std::vector<std::string> foldedWords(std::vector<std::string> words) {
     for (auto& word : words) asciiLowercaseInPlace(word);
     return words;
 }
 
+// Appends the folder paths of `parent` (which ends in "/") whose name holds
+// one of `foldedWords`: at each match, the text up to the next "/". Repeats
+// are kept. `folded` is scratch room for the lowercased parent.
 void appendFoldersNamedAfterWords(const std::string& parent, const std::vector<std::string>& foldedWords,
                                   std::string& folded, std::vector<std::string>& folders) {
     folded.assign(parent);

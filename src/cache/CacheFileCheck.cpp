@@ -184,6 +184,9 @@ Status checkFile(const RangeReader& read, std::uint64_t fileSize) {
             readAt<std::uint32_t>(header, metaOffset) != magic ||
             readAt<std::uint32_t>(header, metaOffset + 4) != dataVersion)
             return fault("a header is not of this kind of file");
+        // LMDB takes the page size of the newer header and finds the other by it.
+        if (readAt<std::uint32_t>(header, metaDatabasesOffset) != pageSize)
+            return fault("its headers state different page sizes");
         if (readAt<std::uint64_t>(header, metaTransactionOffset) >
             readAt<std::uint64_t>(headers[newest], metaTransactionOffset))
             newest = meta;

@@ -183,6 +183,7 @@ TEST(CacheFileCheck, RefusesPagesThatLMDBWouldTrust) {
     EXPECT_FALSE(damaged(root + 15, 0x7F));  // free space past the end of the page
     EXPECT_FALSE(damaged(root + 7, 0x05));   // a page that names another place
     EXPECT_FALSE(damaged(root + 10, 0x40));  // no tree page
+    EXPECT_FALSE(damaged(pageSize + 16 + 24 + 3, 0x40));  // the second header's page size differs
     EXPECT_FALSE(CacheFileCheck::checkBytes(good.substr(0, good.size() - pageSize)));
     EXPECT_FALSE(CacheFileCheck::checkBytes(std::string(3 * pageSize, '\0')));
     EXPECT_TRUE(CacheFileCheck::checkBytes(""));

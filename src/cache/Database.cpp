@@ -168,8 +168,16 @@ Result<std::optional<KeyValueBatch>> Database::nextKeyValueBatch(std::string& la
     MDB_val key = valueOf(lastKey.empty() ? prefix : std::string_view(lastKey));
     MDB_val value{};
     int rc = mdb_cursor_get(cursor, &key, &value, MDB_SET_RANGE);
+    bool outOfOrder = false;
     while (rc == 0 && batch.size() < batchSize && env->holds(key) && env->holds(value)) {
         std::string_view found = viewOf(key);
+        if (!found.starts_with(prefix) && found > prefix) break;
+        // Keys of a damaged page can come out of order; walking on from an
+        // earlier key would return the same keys for ever.
+        if (found < lastKey) {
+            outOfOrder = true;
+            break;
+        }
         if (found != lastKey) {
             lastKey.assign(found);
             if (found.starts_with(prefix) && isValidUTF8(found))
@@ -179,6 +187,7 @@ Result<std::optional<KeyValueBatch>> Database::nextKeyValueBatch(std::string& la
     }
     mdb_cursor_close(cursor);
     (void)transaction.commit();
+    if (outOfOrder) return makeError(ErrorCode::corrupt, "the cache file is damaged: its keys are out of order");
     if (batch.empty()) return std::optional<KeyValueBatch>();
     return std::optional<KeyValueBatch>(std::move(batch));
 }

@@ -1,88 +1,19 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
-#include <map>
-#include <set>
-#include <thread>
 
-#include "cache/ContentIndex.h"
-#include "cache/ContentIndexBuild.h"
+#include "BuildFixture.h"
 #include "import/ImportTextXPC.h"
 #include "platform/FileLock.h"
-#include "testing/TempDir.h"
 
 namespace quester {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::TempDir;
-
-struct Census {
-    std::size_t records = 0;  // "F" keys, the counter included
-    std::size_t files = 0;
-    std::size_t folders = 0;
-    bool duplicateNames = false;
-    std::set<std::string> paths;
-};
-
-ContentIndexBuild::Options namesOnly() {
-    ContentIndexBuild::Options options;
-    options.pauseReason = [] { return std::optional<std::string>(); };
-    return options;
-}
-
-class BuildTest : public ::testing::Test {
-protected:
-    std::string cacheFile() const { return store.str() + "/tree.qscache"; }
-    std::unique_ptr<ContentIndex> makeIndex() {
-        auto made = ContentIndex::make(
-            {cacheFile(), tree.str(), std::nullopt, std::string("tree"), CachingUpdatesTag::defaultTiming});
-        EXPECT_TRUE(made) << made.error().description();
-        return std::move(*made);
-    }
-    Status build(const ContentIndexBuild::Options& options = namesOnly()) {
-        auto index = makeIndex();
-        return ContentIndexBuild::build(*index, options);
-    }
-    // Every record, read back; names must be unique within each folder.
-    Census census() {
-        auto index = makeIndex();
-        EXPECT_TRUE(index->open());
-        Census census;
-        std::map<std::uint32_t, std::set<std::string>> namesByFolder;
-        auto rows = index->store().db()->makeIterator();
-        std::vector<std::uint32_t> ids;
-        while (auto row = (*rows)->next()) {
-            if (row->first[0] != 'F') continue;
-            ++census.records;
-            std::optional<FSItem> item = FSItem::fromData(row->second);
-            if (!item) continue;
-            (item->isDirectory() ? census.folders : census.files)++;
-            if (!namesByFolder[item->parentID].insert(item->name).second) census.duplicateNames = true;
-            ids.push_back(item->fsid);
-        }
-        rows->reset();
-        for (std::uint32_t id : ids) census.paths.insert(**index->pathFor(id));
-        EXPECT_TRUE(index->close());
-        return census;
-    }
-    void makeTree(int folders, int filesPerFolder) {
-        for (int f = 0; f < folders; ++f)
-            for (int i = 0; i < filesPerFolder; ++i) tree.write(fmt("d{}/sub/f{}.txt", f, i), "x");
-    }
-    static std::string fmt(const char* pattern, int a, int b) {
-        std::string text = pattern;
-        text.replace(text.find("{}"), 2, std::to_string(a));
-        text.replace(text.find("{}"), 2, std::to_string(b));
-        return text;
-    }
-    TempDir tree;
-    TempDir store;
-};
+using testing::BuildTest;
+using testing::Census;
+using testing::namesOnly;
 
 TEST_F(BuildTest, ACacheHoldsOneRecordPerFileAndFolderAndTheCounter) {
     makeTree(3, 4);
@@ -202,40 +133,6 @@ TEST_F(BuildTest, ASecondWriterIsTurnedAway) {
     EXPECT_EQ(refused.error().code, ErrorCode::permissionDenied);
     held.reset();
     EXPECT_TRUE(build());
-}
-
-// A build killed at any moment leaves a file that opens, and the next update
-// completes it without recording any name twice.
-TEST_F(BuildTest, AnUpdateAfterKillNineCompletesTheCacheWithoutDuplicates) {
-    makeTree(60, 50);
-    for (int delayMs : {40, 120, 250}) {
-        pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            ContentIndexBuild::Options slow = namesOnly();
-            slow.pauseReason = [] {
-                std::this_thread::sleep_for(std::chrono::milliseconds(3));
-                return std::optional<std::string>();
-            };
-            auto index = makeIndex();
-            (void)ContentIndexBuild::build(*index, slow);
-            _exit(0);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
-        kill(child, SIGKILL);
-        int status = 0;
-        waitpid(child, &status, 0);
-        Census partial = census();
-        EXPECT_FALSE(partial.duplicateNames);
-        tree.write("d" + std::to_string(delayMs % 60) + "/late.txt", "added between the kills");
-    }
-    ASSERT_TRUE(build());
-    Census counted = census();
-    EXPECT_FALSE(counted.duplicateNames);
-    EXPECT_EQ(counted.files, 60u * 50u + 3u);
-    EXPECT_EQ(counted.folders, 120u);
-    EXPECT_EQ(counted.records, counted.files + counted.folders + 1u);
-    EXPECT_EQ(counted.paths.size(), counted.files + counted.folders);
 }
 
 }  // namespace

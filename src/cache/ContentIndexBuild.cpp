@@ -36,18 +36,6 @@ double referenceNow() {
     return ReferenceDate::fromUnixSeconds(unix).secondsSince2001;
 }
 
-// A name with a carriage return, a line feed or a colon is not recorded.
-bool usableName(std::string_view name) {
-    return name.find_first_of("\r\n:") == std::string_view::npos;
-}
-
-// Folders of other systems that a cache never enters.
-bool isExcludedFolder(const std::string& path) {
-    std::string asFolder = path + "/";
-    return asFolder == "/Volumes/" || path.starts_with("/System") || asFolder.find("/Windows/") != std::string::npos ||
-           asFolder.find("/Windows.old/") != std::string::npos;
-}
-
 std::optional<std::string> searchOrImportRunning() {
     for (const auto& manager : SearchManager::allInstances())
         if (manager->searchInProgress()) return std::string("Paused — waiting for a search to finish");
@@ -70,10 +58,7 @@ bool ContentIndexBuild::isTargetMounted(const ContentIndex& index) {
 }
 
 ContentIndexBuild::ContentIndexBuild(ContentIndex& index, const Options& options)
-    : index(index),
-      options(options),
-      fileSystem(options.fileSystem ? *options.fileSystem : FileSystem::real()),
-      listingBuffer(std::make_unique_for_overwrite<std::byte[]>(DirectoryIterator::attrBufferSize)) {}
+    : index(index), options(options), fileSystem(options.fileSystem ? *options.fileSystem : FileSystem::real()) {}
 
 Status ContentIndexBuild::build(ContentIndex& index, const Options& options) {
     std::lock_guard<std::mutex> oneBuild(indexBuildQueue());
@@ -114,7 +99,7 @@ Status ContentIndexBuild::run() {
 }
 
 Status ContentIndexBuild::walk(const FileStatus& rootStatus) {
-    rootDevice = rootStatus.device;
+    lister.emplace(fileSystem, rootStatus.device);
     stack.push_back({*index.targetURL(), 0, 0, FSItem::storedDate(rootStatus.modifyTime)});
     if (Status begun = index.store().beginBatch(); !begun) return begun;
     while (!stack.empty()) {
@@ -142,47 +127,6 @@ void ContentIndexBuild::pauseIfNeeded() {
     if (paused && options.status) options.status("");
 }
 
-// Folders are always statted (their date and disk decide the walk); files
-// only where the folder changed, since an unchanged folder keeps its files'
-// records as they are.
-std::vector<FSItemAndAttrs> ContentIndexBuild::listFolder(const Folder& folder, bool withFileAttributes) {
-    std::vector<FSItemAndAttrs> kept;
-    auto handle = fileSystem.openDirectory(folder.path);
-    if (!handle) {
-        LOG("cannot list " + folder.path + ": " + handle.error().message);
-        return kept;
-    }
-    std::string prefix = folder.path == "/" ? folder.path : folder.path + "/";
-    std::span<std::byte> buffer(listingBuffer.get(), DirectoryIterator::attrBufferSize);
-    while (fileSystem.readEntries(**handle, buffer, batch) && !batch.empty()) {
-        for (const DirectoryEntry& entry : batch) {
-            if (entry.kind != FileKind::regular && entry.kind != FileKind::directory && entry.kind != FileKind::unknown)
-                continue;
-            if (!usableName(entry.name)) continue;
-            bool wanted = entry.kind != FileKind::regular || withFileAttributes;
-            std::optional<FileStatus> status;
-            if (wanted) {
-                Result<FileStatus> read = fileSystem.statusAt(**handle, entry.name);
-                if (!read || (!read->isDirectory() && !read->isRegular())) continue;
-                status = *read;
-            }
-            FSItemAndAttrs item;
-            item.name = entry.name;
-            item.fullPath = prefix + item.name;
-            item.isDirectory = status ? status->isDirectory() : false;
-            if (item.isDirectory && (isExcludedFolder(item.fullPath) || status->device != *rootDevice)) continue;
-            if (status) {
-                item.attributesRead = true;
-                item.fileSize = item.isDirectory ? 0 : status->size;
-                item.modifyTime = status->modifyTime;
-                item.createTime = status->createTime;
-            }
-            kept.push_back(std::move(item));
-        }
-    }
-    return kept;
-}
-
 namespace {
 
 bool sameNames(const std::vector<FSItemAndAttrs>& entries, const FolderTree::FolderContents& contents) {
@@ -196,8 +140,8 @@ bool sameNames(const std::vector<FSItemAndAttrs>& entries, const FolderTree::Fol
 }  // namespace
 
 Status ContentIndexBuild::visit(const Folder& folder) {
-    bool unchanged = folder.fsid != 0 && folder.recordedDate != 0 && folder.recordedDate == folder.currentDate;
-    std::vector<FSItemAndAttrs> entries = listFolder(folder, !unchanged);
+    bool unchanged = folder.isUnchanged();
+    std::vector<FSItemAndAttrs> entries = lister->list(folder.path, !unchanged);
     Result<std::shared_ptr<const FolderTree::FolderContents>> contents = index.tree().loadFolderContents(folder.fsid);
     if (!contents) return contents.error();
     if (unchanged && sameNames(entries, **contents)) {
@@ -210,12 +154,17 @@ Status ContentIndexBuild::visit(const Folder& folder) {
         reportProgress(folder.path);
         return Status::success();
     }
-    if (unchanged) entries = listFolder(folder, true);
+    if (unchanged) entries = lister->list(folder.path, true);
     return updateFolder(folder, entries, **contents);
 }
 
+// Its listing starts at once, on the lister's thread. Folders are always
+// statted (their date and disk decide the walk); files only where the folder
+// changed, since an unchanged folder keeps its files' records as they are.
 void ContentIndexBuild::pushFolder(const FSItemAndAttrs& entry, const FSItem& record) {
-    stack.push_back({entry.fullPath, record.fsid, record.modificationDate, FSItem::storedDate(entry.modifyTime)});
+    Folder folder{entry.fullPath, record.fsid, record.modificationDate, FSItem::storedDate(entry.modifyTime)};
+    lister->prefetch(folder.path, !folder.isUnchanged());
+    stack.push_back(std::move(folder));
 }
 
 Status ContentIndexBuild::updateFolder(const Folder& folder, const std::vector<FSItemAndAttrs>& entries,

@@ -10,10 +10,10 @@
 
 #include "cache/ContentIndex.h"
 #include "cache/ContentIndexMode.h"
+#include "cache/FolderLister.h"
 #include "cache/WordContainer.h"
 #include "import/WordTally.h"
 #include "platform/FileSystem.h"
-#include "sources/DirectoryIterator.h"
 #include "support/Result.h"
 
 namespace quester {
@@ -75,6 +75,7 @@ private:
         std::uint32_t fsid = 0;
         std::int32_t recordedDate = 0;
         std::int32_t currentDate = 0;
+        bool isUnchanged() const { return fsid != 0 && recordedDate != 0 && recordedDate == currentDate; }
     };
 
     ContentIndexBuild(ContentIndex& index, const Options& options);
@@ -82,7 +83,6 @@ private:
     Status walk(const FileStatus& rootStatus);
     void pauseIfNeeded();
     Status visit(const Folder& folder);
-    std::vector<FSItemAndAttrs> listFolder(const Folder& folder, bool withFileAttributes);
     Status updateFolder(const Folder& folder, const std::vector<FSItemAndAttrs>& entries,
                         const FolderTree::FolderContents& contents);
     Status addNewItem(const Folder& folder, const FSItemAndAttrs& entry, std::vector<std::uint32_t>& children);
@@ -97,10 +97,8 @@ private:
     ContentIndex& index;
     const Options& options;
     FileSystem& fileSystem;
-    std::unique_ptr<std::byte[]> listingBuffer;
-    std::vector<DirectoryEntry> batch;
+    std::optional<FolderLister> lister;
     std::vector<Folder> stack;
-    std::optional<FileSystemId> rootDevice;
     std::uint64_t itemCount = 0;
     std::size_t pendingItems = 0;
     bool changedAnything = false;

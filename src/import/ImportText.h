@@ -52,12 +52,20 @@ public:
     static std::vector<std::string> wordsFromText(std::string_view text);
 
 private:
-    using ImporterTable = std::unordered_map<std::string, Importer>;
+    // Which reader reads a kind of document. The tables name readers by this
+    // rather than by function, so that a program that only asks what can be
+    // read (the main program, whose helper does the reading) links none of
+    // them: the readers and their calls live in ImportTextReaders.cpp.
+    enum class Reader { rtf, office, image, pdf, html, xml, rawText };
+    using ImporterTable = std::unordered_map<std::string, Reader>;
 
     static ImporterTable builtinFileImportFunctions(bool useOCR);
+    static Importer importerOf(Reader reader);
     const ImporterTable& tableFor(bool useOCR) const { return useOCR ? withOCR : withoutOCR; }
     // The reader for a file of `type`, by the table, else plain-text
-    // conformance, else the raw reader when allowed; null when none.
+    // conformance, else the raw reader when allowed; none when none.
+    std::optional<Reader> readerFor(const std::string& type, std::string_view path, bool importRawTextAllowed,
+                                    bool useOCR) const;
     Importer importerFor(const std::string& type, std::string_view path, bool importRawTextAllowed, bool useOCR) const;
     bool hasListedExtension(std::string_view path) const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <thread>
 #include <utility>
 
@@ -129,6 +130,8 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       queryCommands(searchQuery.commandsFoundInQuery()),
       fastQueueCommands(copiesOf(queryCommands)),
       filterQueueCommands(copiesOf(queryCommands)),
+      filterHelperCommands(searchQuery.findCommand(CommandRole::contentSearch) ? copiesOf(queryCommands)
+                                                                               : std::vector<CommandPtr>{}),
       clock(environment.clock ? *environment.clock : SystemClock::shared()),
       creationTime(clock.now()),
       commandBasedDataSources(std::move(environment.commandBasedDataSources)),
@@ -359,6 +362,29 @@ void SearchManager::drainPendingResults(PendingQueue& pending, const std::vector
 
 void SearchManager::filterResults(std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
                                   FilterScratch& scratch, Survivors& survivors) {
+    if (&commands == &filterQueueCommands && !filterHelperCommands.empty() && results.size() > 1)
+        return filterInTwo(results, scratch, survivors);
+    filterRange(results, commands, scratch, survivors);
+}
+
+// The first half here, the second on the helper queue; the survivors keep
+// the batch's order.
+void SearchManager::filterInTwo(std::vector<SearchResult>& results, FilterScratch& scratch, Survivors& survivors) {
+    const std::span<SearchResult> all(results);
+    const std::size_t half = results.size() / 2;
+    Survivors secondSurvivors;
+    std::promise<void> secondDone;
+    filterHelperQueue.addOperation([&] {
+        filterRange(all.subspan(half), filterHelperCommands, filterHelperScratch, secondSurvivors);
+        secondDone.set_value();
+    });
+    filterRange(all.first(half), filterQueueCommands, scratch, survivors);
+    secondDone.get_future().wait();
+    std::move(secondSurvivors.begin(), secondSurvivors.end(), std::back_inserter(survivors));
+}
+
+void SearchManager::filterRange(std::span<SearchResult> results, const std::vector<CommandPtr>& commands,
+                                FilterScratch& scratch, Survivors& survivors) {
     for (auto& result : results) {
         if (shouldStop()) return;
         auto passing = expandAndFilter(std::move(result), commands, scratch);

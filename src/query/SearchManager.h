@@ -8,6 +8,7 @@
 #include <optional>
 #include <semaphore>
 #include <set>
+#include <span>
 #include <unordered_set>
 #include <vector>
 
@@ -154,6 +155,9 @@ private:
     };
     void filterResults(std::vector<SearchResult>& results, const std::vector<CommandPtr>& commands,
                        FilterScratch& scratch, Survivors& survivors);
+    void filterRange(std::span<SearchResult> results, const std::vector<CommandPtr>& commands, FilterScratch& scratch,
+                     Survivors& survivors);
+    void filterInTwo(std::vector<SearchResult>& results, FilterScratch& scratch, Survivors& survivors);
     void deliver(Survivors survivors);
     void deliverInsideFile();
     std::vector<SearchResult> expandAndFilter(SearchResult result, const std::vector<CommandPtr>& commands,
@@ -181,6 +185,11 @@ private:
     const std::vector<CommandPtr> queryCommands;
     const std::vector<CommandPtr> fastQueueCommands;
     const std::vector<CommandPtr> filterQueueCommands;
+    // A search that reads inside files judges each batch of the filter queue
+    // in two halves at once, the second with these copies of the commands on
+    // `filterHelperQueue`: reading and searching a file's text is what such a
+    // search waits for, and one thread leaves a core idle. None otherwise.
+    const std::vector<CommandPtr> filterHelperCommands;
     const Clock& clock;
     const Clock::TimePoint creationTime;
     const DataSources commandBasedDataSources;
@@ -218,6 +227,8 @@ private:
     alignas(64) PendingQueue pendingFilterResults;
     PendingQueue pendingFastResults;
     SerialQueue filterQueue;
+    SerialQueue filterHelperQueue;
+    FilterScratch filterHelperScratch;
     SerialQueue fastQueue;
     // Runs the search block, which waits for the sources and the two queues.
     SerialQueue searchQueue;

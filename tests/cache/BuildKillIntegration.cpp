@@ -17,7 +17,7 @@ using testing::namesOnly;
 // A build killed at any moment leaves a file that opens, and the next update
 // completes it without recording any name twice.
 TEST_F(BuildTest, AnUpdateAfterKillNineCompletesTheCacheWithoutDuplicates) {
-    makeTree(200, 500);
+    makeTree(200, 500, "");
     for (int delayMs : {150, 500, 1200}) {
         pid_t child = fork();
         ASSERT_GE(child, 0);

@@ -97,8 +97,9 @@ void ContentIndexBuild::mirror(bool alwaysSync, bool pullOnly) {
     if (!options.mirrorWarning) return;
     if (!mirrored)
         options.mirrorWarning("the shared copy was not brought level: " + mirrored.error().message);
-    else if (*mirrored == CacheMirror::Action::unavailable)
+    else if (*mirrored == CacheMirror::Action::unavailable && !toldUnavailable)
         options.mirrorWarning("the shared copy is unavailable (its disk is not mounted); the local copy is used");
+    toldUnavailable = mirrored && *mirrored == CacheMirror::Action::unavailable;
 }
 
 void ContentIndexBuild::mirrorAfter(const Status& built) {

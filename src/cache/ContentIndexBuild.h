@@ -117,6 +117,7 @@ private:
     bool changedAnything = false;
     std::map<std::string, WordContainer> wordCache;
     double lastProgressTime = 0;
+    bool toldUnavailable = false;
 };
 
 }  // namespace quester

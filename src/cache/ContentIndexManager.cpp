@@ -148,29 +148,44 @@ Result<std::unique_ptr<ContentIndex>> ContentIndexManager::openListed(ContentInd
     return made;
 }
 
-void ContentIndexManager::load() {
-    caches.clear();
-    std::optional<std::string> text = preferences.stringValue(savedIndexInfoKey);
-    if (!text) return;
-    nlohmann::json list = nlohmann::json::parse(*text, nullptr, false);
-    if (!list.is_array()) {
-        LOG("SavedIndexInfo is not a JSON array; no caches");
-        return;
-    }
-    bool needsSaving = false;
+std::optional<std::vector<ContentIndexManager::SavedIndexInfo>> ContentIndexManager::decodeSavedIndexInfo(
+    const std::string& text) {
+    nlohmann::json list = nlohmann::json::parse(text, nullptr, false);
+    if (!list.is_array()) return std::nullopt;
+    std::vector<SavedIndexInfo> entries;
     for (const nlohmann::json& entry : list) {
         if (!entry.is_object() || !entry.contains("localDBFilePath") || !entry["localDBFilePath"].is_string()) continue;
-        ContentIndex::Setup setup;
+        SavedIndexInfo saved;
+        ContentIndex::Setup& setup = saved.setup;
         setup.localDBFile = entry["localDBFilePath"].get<std::string>();
         setup.targetURL = pathOfURL(entry, "targetURL");
         if (auto uuid = entry.find("uuidString"); uuid != entry.end() && uuid->is_string())
             setup.id = Uuid::fromString(uuid->get<std::string>());
-        if (!setup.id) needsSaving = true;
         if (auto name = entry.find("displayName"); name != entry.end() && name->is_string())
             setup.displayName = name->get<std::string>();
-        std::int64_t raw = entry.value("updatesEvery", std::int64_t{500});
+        auto every = entry.find("updatesEvery");
+        std::int64_t raw = every != entry.end() && every->is_number_integer() ? every->get<std::int64_t>() : -1;
         setup.updatesEvery = cachingUpdatesTagFromRaw(raw).value_or(CachingUpdatesTag::week);
-        Result<std::unique_ptr<ContentIndex>> made = openListed(std::move(setup), remoteBookmarkOf(entry), needsSaving);
+        saved.remoteDBBookmark = remoteBookmarkOf(entry);
+        entries.push_back(std::move(saved));
+    }
+    return entries;
+}
+
+void ContentIndexManager::load() {
+    caches.clear();
+    std::optional<std::string> text = preferences.stringValue(savedIndexInfoKey);
+    if (!text) return;
+    std::optional<std::vector<SavedIndexInfo>> entries = decodeSavedIndexInfo(*text);
+    if (!entries) {
+        LOG("SavedIndexInfo is not a JSON array; no caches");
+        return;
+    }
+    bool needsSaving = false;
+    for (SavedIndexInfo& entry : *entries) {
+        if (!entry.setup.id) needsSaving = true;
+        Result<std::unique_ptr<ContentIndex>> made =
+            openListed(std::move(entry.setup), std::move(entry.remoteDBBookmark), needsSaving);
         if (!made) {
             LOG("cache left out: " + made.error().description());
             continue;

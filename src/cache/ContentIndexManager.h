@@ -30,6 +30,16 @@ public:
     static constexpr const char* updateTimeKey = "fileContentCachingUpdateTime";
     static constexpr const char* updateLastTimeKey = "fileContentCachingUpdateLastTime";
 
+    // One entry of the list as read back: what opening its cache takes.
+    struct SavedIndexInfo {
+        ContentIndex::Setup setup;
+        std::optional<Bookmark> remoteDBBookmark;
+    };
+    // The entries of the list's text. An entry without a file path is
+    // dropped, a malformed field reads as absent (an unknown timing as a
+    // week), and text that is no JSON array gives none.
+    static std::optional<std::vector<SavedIndexInfo>> decodeSavedIndexInfo(const std::string& text);
+
     // `folder` holds the cache files; `preferences` must outlive the manager.
     ContentIndexManager(Preferences& preferences, std::string folder);
 

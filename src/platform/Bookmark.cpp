@@ -27,7 +27,7 @@ Result<Bookmark> Bookmark::make(const std::string& path) {
 Result<Bookmark::Resolved> Bookmark::resolve() const {
     if (FSUtilities::shared().isDiskPresent(parentPath(path), diskKey)) return Resolved{path, false};
     if (auto table = MountTable::current()) {
-        for (const MountEntry& mount : table->entries())
+        for (const MountEntry& mount : table->volumes(FSUtilities::shared().profile()))
             if (FSUtilities::keyForMount(mount) == diskKey)
                 return Resolved{joinPath(mount.mountPoint, pathOnDisk), true};
     }

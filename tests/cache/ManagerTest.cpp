@@ -141,10 +141,17 @@ TEST_F(ManagerTest, ASharedCacheSetAsideAfterACrashComesBackFromItsSharedCopy) {
     EXPECT_TRUE(fs::exists(copy)) << "the shared copy's file stays";
 }
 
-TEST_F(ManagerTest, AMalformedSharedCopyEntryLeavesTheCacheUnshared) {
+TEST_F(ManagerTest, MalformedFieldsOfTheListReadAsAbsent) {
     tree.write("a/x");
-    ASSERT_TRUE(manager.newIndex(tree.str() + "/a", "A", ContentIndexMode::off, CachingUpdatesTag::week));
+    ASSERT_TRUE(manager.newIndex(tree.str() + "/a", "A", ContentIndexMode::off, CachingUpdatesTag::day));
     auto saved = nlohmann::json::parse(*preferences.stringValue("SavedIndexInfo"));
+    saved[0]["updatesEvery"] = "day";
+    saved.push_back({{"localDBFilePath", 7}});
+    auto decoded = ContentIndexManager::decodeSavedIndexInfo(saved.dump());
+    ASSERT_TRUE(decoded);
+    ASSERT_EQ(decoded->size(), 1u) << "an entry without a file is dropped";
+    EXPECT_EQ((*decoded)[0].setup.updatesEvery, CachingUpdatesTag::week);
+    EXPECT_FALSE(ContentIndexManager::decodeSavedIndexInfo("{\"not\": \"a list\"}"));
     for (nlohmann::json bad : {nlohmann::json("text"), nlohmann::json{{"path", 3}},
                                nlohmann::json{{"path", "relative"}, {"diskKey", "k"}, {"pathOnDisk", ""}},
                                nlohmann::json{{"path", "/x"}, {"diskKey", ""}, {"pathOnDisk", "x"}}}) {

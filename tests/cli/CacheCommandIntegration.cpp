@@ -284,5 +284,21 @@ TEST_F(CacheCommandIntegration, CtrlCDuringAnUpdateOfASharedCacheBringsTheShared
     EXPECT_EQ(listed()["docs"]["items"], 1);
 }
 
+TEST_F(CacheCommandIntegration, TheDailyRunUpdatesEveryCacheOnceADay) {
+    tree.write("a/x.txt", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/a", "--every", "never"}).status, 0);
+    ASSERT_EQ(quester({"config", "set", "fileContentCachingUpdateTime", "00:00"}).status, 0);
+    tree.write("a/y.txt", "x");
+    ASSERT_EQ(quester({"cache", "update", "--due"}).status, 0);
+    EXPECT_EQ(listed()["a"]["items"], 1) << "the daily run is off";
+    ASSERT_EQ(quester({"config", "set", "fileContentCachingTimeUpdatesEnabled", "yes"}).status, 0);
+    auto run = quester({"cache", "update", "--due"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(listed()["a"]["items"], 2);
+    tree.write("a/z.txt", "x");
+    ASSERT_EQ(quester({"cache", "update", "--due"}).status, 0);
+    EXPECT_EQ(listed()["a"]["items"], 2) << "one run a day";
+}
+
 }  // namespace
 }  // namespace quester

@@ -14,10 +14,12 @@
 
 #include "CacheUpdateRun.h"
 #include "ExitStatus.h"
+#include "cache/CacheMirror.h"
 #include "cache/ContentIndexBuild.h"
 #include "cache/ContentIndexManager.h"
 #include "cache/DataConvertible.h"
 #include "platform/FSUtilities.h"
+#include "platform/FileLock.h"
 #include "platform/FileSystem.h"
 #include "platform/Url.h"
 #include "results/DisplayText.h"
@@ -34,10 +36,12 @@ struct CacheOptions {
     std::string content = "off";
     std::string every = "default";
     std::string format = "table";
+    std::string sharedCopy;
     std::vector<std::string> names;
     bool all = false;
     bool due = false;
     bool rebuild = false;
+    bool stopSharing = false;
 };
 
 int complain(const std::string& message) {
@@ -109,6 +113,7 @@ nlohmann::json describe(const ContentIndex& index) {
         {"content", modeName(info.lastIndexMode)},
         {"every", std::string(cachingUpdatesTagName(index.updatesEvery()))},
         {"file", index.localDBFile()},
+        {"sharedCopy", index.remoteDBBookmark() ? index.remoteDBBookmark()->path : std::string()},
     };
     return row;
 }
@@ -171,11 +176,13 @@ int addCache(const CacheOptions& options) {
     std::free(resolved);
     auto manager = loadManager();
     if (!manager) return ExitStatus::failed;
-    CacheUpdateRun updates(*manager);
+    CacheUpdateRun updates(*manager, true);
     if (!status->isDirectory()) {
         if (!target.ends_with(std::string(".") + ContentIndexManager::cacheExtension))
             return complain(options.path + " is neither a folder nor a cache file (." +
                             ContentIndexManager::cacheExtension + ")");
+        if (!options.sharedCopy.empty())
+            return complain("an adopted cache follows the file it came from; --shared-copy is for folders");
         Result<ContentIndex*> adopted = manager->addExistingIndex(target);
         if (!adopted) return complain("cannot adopt " + options.path + ": " + adopted.error().message);
         return ExitStatus::found;
@@ -183,6 +190,12 @@ int addCache(const CacheOptions& options) {
     std::string name = options.name.empty() ? ContentIndexManager::suggestNiceName(target) : options.name;
     Result<ContentIndex*> made = manager->newIndex(target, name, *mode, *every);
     if (!made) return complain("cannot add a cache of " + options.path + ": " + made.error().message);
+    if (!options.sharedCopy.empty()) {
+        if (Status shared = manager->setSharedCopy(**made, options.sharedCopy); !shared) {
+            (void)manager->remove(**made);
+            return complain("cannot keep a shared copy at " + options.sharedCopy + ": " + shared.error().message);
+        }
+    }
     if (!Preferences::shared().boolValue("diskCatalogCaching"))
         (void)Preferences::shared().setValue("diskCatalogCaching", true);
     return updates.run({*made}, false);
@@ -202,8 +215,44 @@ int updateCaches(const CacheOptions& options) {
     if (options.names.empty())
         for (const auto& index : manager->indexes())
             if (!options.due || manager->isDue(*index)) chosen.push_back(index.get());
-    CacheUpdateRun updates(*manager);
+    CacheUpdateRun updates(*manager, !options.due);
+    if (options.due) return updates.runDue();
     return updates.run(chosen, options.rebuild);
+}
+
+const char* mirrorOutcome(CacheMirror::Action action) {
+    switch (action) {
+        case CacheMirror::Action::pulled:
+            return "the shared copy was newer and replaced the cache";
+        case CacheMirror::Action::pushed:
+            return "the cache was copied to the shared copy";
+        case CacheMirror::Action::unavailable:
+            return "the shared copy is unavailable (its disk is not mounted); it is brought level when it is back";
+        case CacheMirror::Action::busy:
+            return "the shared copy is being written elsewhere; it is brought level at the next update";
+        case CacheMirror::Action::none:
+            break;
+    }
+    return "the cache and its shared copy are level";
+}
+
+int shareCache(const CacheOptions& options) {
+    if (options.stopSharing == !options.sharedCopy.empty())
+        return complain("give the shared copy's file (or a folder for it), or --stop, not both");
+    auto manager = loadManager();
+    if (!manager) return ExitStatus::failed;
+    ContentIndex* index = manager->cacheNamed(options.name);
+    if (!index) return complain("no cache named '" + options.name + "' (see 'quester cache list')");
+    std::optional<std::string> file;
+    if (!options.stopSharing) file = options.sharedCopy;
+    if (Status set = manager->setSharedCopy(*index, file); !set) return complain(set.error().message);
+    if (!file) return ExitStatus::found;
+    auto writer = FileLock::tryAcquire(index->writerLockPath());
+    if (!writer) return complain("another program is updating caches; the shared copy is made at the next update");
+    Result<CacheMirror::Action> mirrored = CacheMirror::mirrorIfNeeded(*index, true);
+    if (!mirrored) return complain("the shared copy was not brought level: " + mirrored.error().message);
+    std::printf("%s: %s\n", terminalSafeText(index->displayName()).c_str(), mirrorOutcome(*mirrored));
+    return ExitStatus::found;
 }
 
 }  // namespace
@@ -223,6 +272,9 @@ void addCacheCommand(CLI::App& app, int& exitStatus) {
     add->add_option("--every", options->every,
                     "How often 'cache update --due' updates it: default, restart, day, 2days, 3days, week, "
                     "fortnight, month or never");
+    add->add_option("--shared-copy", options->sharedCopy,
+                    "Keep a copy of the cache at this file (or in this folder) for other users or machines; "
+                    "the newer of the two wins");
     add->callback([options, &exitStatus] { exitStatus = addCache(*options); });
 
     CLI::App* list = cache->add_subcommand("list", "List the caches");
@@ -240,6 +292,13 @@ void addCacheCommand(CLI::App& app, int& exitStatus) {
     CLI::App* info = cache->add_subcommand("info", "Show what is known of one cache");
     info->add_option("name", options->name, "The cache's name")->required();
     info->callback([options, &exitStatus] { exitStatus = showInfo(*options); });
+
+    CLI::App* share =
+        cache->add_subcommand("share", "Keep a shared copy of a cache at a file or folder, or stop (--stop)");
+    share->add_option("name", options->name, "The cache's name")->required();
+    share->add_option("file", options->sharedCopy, "The shared copy's file, or a folder for it");
+    share->add_flag("--stop", options->stopSharing, "Stop keeping a shared copy (the copy's file stays)");
+    share->callback([options, &exitStatus] { exitStatus = shareCache(*options); });
 
     CLI::App* remove = cache->add_subcommand("remove", "Forget a cache and delete its file");
     remove->add_option("name", options->name, "The cache's name")->required();

@@ -4,12 +4,14 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 
 #include <fmt/format.h>
 
 #include "ExitStatus.h"
 #include "Terminal.h"
 #include "cache/ContentIndexBuild.h"
+#include "cache/DataConvertible.h"
 #include "results/DisplayText.h"
 
 namespace quester::cli {
@@ -44,13 +46,26 @@ private:
     bool shown = false;
 };
 
+double referenceNow() {
+    double unix = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    return ReferenceDate::fromUnixSeconds(unix).secondsSince2001;
+}
+
 }  // namespace
 
-CacheUpdateRun::CacheUpdateRun(ContentIndexManager& manager)
-    : manager(manager), watcher([this] {
+CacheUpdateRun::CacheUpdateRun(ContentIndexManager& manager, bool userInitiated)
+    : manager(manager), userInitiated(userInitiated), watcher([this] {
           interrupted = true;
           if (ContentIndex* index = current.load()) index->shouldCancel = true;
+          awaitTermination();
       }) {}
+
+void CacheUpdateRun::awaitTermination() {
+    std::unique_lock<std::mutex> held(finishLock);
+    if (finishedSignal.wait_for(held, quitWait, [this] { return finished; })) return;
+    std::fputs("\nquester: the update did not stop in time and was left as it stood\n", stderr);
+    std::_Exit(ExitStatus::interrupted);
+}
 
 int CacheUpdateRun::run(const std::vector<ContentIndex*>& caches, bool rebuild) {
     bool allDone = true;
@@ -58,8 +73,43 @@ int CacheUpdateRun::run(const std::vector<ContentIndex*>& caches, bool rebuild) 
         if (interrupted) break;
         allDone = update(*index, rebuild) && allDone;
     }
+    return finish(allDone);
+}
+
+int CacheUpdateRun::runDue() {
+    bool allDone = true;
+    std::set<ContentIndex*> done;
+    if (manager.startScheduldedRefreshIfNeeded(referenceNow())) {
+        while (ContentIndex* next = manager.performNextTimedIndexRefresh()) {
+            if (interrupted) break;
+            allDone = update(*next, false) && allDone;
+            done.insert(next);
+        }
+    }
+    for (const auto& index : manager.indexes()) {
+        if (interrupted) break;
+        if (!done.contains(index.get()) && manager.isDue(*index)) allDone = update(*index, false) && allDone;
+    }
+    return finish(allDone);
+}
+
+CacheUpdateRun::~CacheUpdateRun() {
+    markFinished();
+}
+
+void CacheUpdateRun::markFinished() {
+    {
+        std::lock_guard<std::mutex> held(finishLock);
+        finished = true;
+    }
+    finishedSignal.notify_all();
+}
+
+int CacheUpdateRun::finish(bool allDone) {
+    if (interrupted) manager.cancelAll();
     if (Status saved = manager.save(); !saved)
         std::fprintf(stderr, "quester: cannot save the list of caches: %s\n", saved.error().message.c_str());
+    markFinished();
     if (interrupted) return ExitStatus::interrupted;
     return allDone ? ExitStatus::found : ExitStatus::failed;
 }
@@ -87,6 +137,11 @@ bool CacheUpdateRun::update(ContentIndex& index, bool rebuild) {
 Status CacheUpdateRun::build(ContentIndex& index) {
     ContentIndexBuild::Options options;
     options.indexMode = index.documentInfo().lastIndexMode;
+    options.alwaysMirror = userInitiated;
+    options.mirrorWarning = [&](const std::string& problem) {
+        std::fprintf(stderr, "quester: %s: %s\n", terminalSafeText(index.displayName()).c_str(),
+                     terminalSafeText(problem).c_str());
+    };
     ProgressLine progress(index.displayName());
     options.progress = [&](const BuildProgress& now) { progress.show(now); };
     // Nothing else of this process searches or imports; the question before

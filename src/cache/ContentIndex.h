@@ -13,6 +13,7 @@
 #include "cache/FolderTree.h"
 #include "cache/SimpleLMDB.h"
 #include "cache/WordIndex.h"
+#include "platform/Bookmark.h"
 #include "support/Locked.h"
 #include "support/Result.h"
 #include "support/Uuid.h"
@@ -88,6 +89,11 @@ public:
     bool hasTextContent() const { return info.lastIndexMode != ContentIndexMode::off; }
     std::uint64_t cacheSizeOnDisk() const;
 
+    // Where the shared copy of a shared cache lies (see `CacheMirror`); none
+    // for a cache that is not shared.
+    std::optional<Bookmark> remoteDBBookmark() const { return remoteBookmark.value(); }
+    void setRemoteDBBookmark(std::optional<Bookmark> bookmark) { remoteBookmark.setValue(std::move(bookmark)); }
+
     ContentIndexLMDBState state() const { return buildState.value(); }
     Locked<ContentIndexLMDBState>& stateLock() { return buildState; }
     std::atomic<bool> shouldCancel{false};
@@ -110,6 +116,7 @@ private:
     int openCount = 0;
     std::atomic<bool> holdsWriterLock{false};
     Locked<ContentIndexLMDBState> buildState{ContentIndexLMDBState::none};
+    Locked<std::optional<Bookmark>> remoteBookmark;
 };
 
 // Moves a cache file that can't be trusted to "<file>.corrupt", replacing an

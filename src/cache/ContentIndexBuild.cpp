@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "cache/CacheMirror.h"
 #include "import/ImportTextXPC.h"
 #include "platform/FSUtilities.h"
 #include "platform/FileLock.h"
@@ -68,10 +69,29 @@ Status ContentIndexBuild::build(ContentIndex& index, const Options& options) {
     index.shouldCancel = false;
     index.setHoldsWriterLock(true);
     ContentIndexBuild build(index, options);
+    build.mirror(options.alwaysMirror, true);
     Status result = build.run();
+    build.mirrorAfter(result);
     index.setHoldsWriterLock(false);
     index.stateLock().setValue(ContentIndex::ContentIndexLMDBState::none);
     return result;
+}
+
+void ContentIndexBuild::mirror(bool alwaysSync, bool pullOnly) {
+    Result<CacheMirror::Action> mirrored = CacheMirror::mirrorIfNeeded(index, alwaysSync, pullOnly, fileSystem);
+    if (!options.mirrorWarning) return;
+    if (!mirrored)
+        options.mirrorWarning("the shared copy was not brought level: " + mirrored.error().message);
+    else if (*mirrored == CacheMirror::Action::unavailable && !toldUnavailable)
+        options.mirrorWarning("the shared copy is unavailable (its disk is not mounted); the local copy is used");
+    toldUnavailable = mirrored && *mirrored == CacheMirror::Action::unavailable;
+}
+
+void ContentIndexBuild::mirrorAfter(const Status& built) {
+    if (built) return mirror(options.alwaysMirror, false);
+    if (built.error().code != ErrorCode::cancelled || !index.remoteDBBookmark()) return;
+    if (Status restored = CacheMirror::restoreFromRemote(index, fileSystem); !restored && options.mirrorWarning)
+        options.mirrorWarning("the shared copy could not be put back: " + restored.error().message);
 }
 
 Status ContentIndexBuild::run() {

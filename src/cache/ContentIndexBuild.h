@@ -59,11 +59,20 @@ public:
         std::function<void(const std::string&)> status;
         FileSystem* fileSystem = nullptr;   // the real one when null
         ImportTextXPC* importer = nullptr;  // the shared one when null
+        // A shared cache's copy is synchronised even when it changed a
+        // moment ago (an update the user asked for).
+        bool alwaysMirror = false;
+        // Told what became of the shared copy when it could not be brought
+        // level; the build itself goes on.
+        std::function<void(const std::string&)> mirrorWarning;
     };
 
     // Builds (or, with `isDirty`, rebuilds from nothing) `index`. A cancel
     // (`index.shouldCancel`) ends the walk at the next file or folder with
-    // what was done committed, and answers `cancelled`.
+    // what was done committed, and answers `cancelled`. A shared cache takes
+    // a newer shared copy before it is opened and gives its file to the
+    // shared copy after a build (see `CacheMirror`); a cancelled update of a
+    // shared cache puts the shared copy back in the place of the local file.
     static Status build(ContentIndex& index, const Options& options);
 
     // Whether the target is there and on the disk recorded for it.
@@ -80,6 +89,8 @@ private:
 
     ContentIndexBuild(ContentIndex& index, const Options& options);
     Status run();
+    void mirror(bool alwaysSync, bool pullOnly);
+    void mirrorAfter(const Status& built);
     Status walk(const FileStatus& rootStatus);
     void pauseIfNeeded();
     Status visit(const Folder& folder);
@@ -104,6 +115,7 @@ private:
     bool changedAnything = false;
     std::map<std::string, WordContainer> wordCache;
     double lastProgressTime = 0;
+    bool toldUnavailable = false;
 };
 
 }  // namespace quester

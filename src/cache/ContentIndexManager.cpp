@@ -1,17 +1,22 @@
 #include "cache/ContentIndexManager.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <ctime>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "cache/CacheMirror.h"
 #include "cache/DataConvertible.h"
 #include "platform/AtomicFile.h"
+#include "platform/FSUtilities.h"
 #include "platform/FileSystem.h"
 #include "platform/Url.h"
 #include "stores/Preferences.h"
 #include "support/LogFunc.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -62,7 +67,47 @@ nlohmann::json savedInfo(const ContentIndex& index) {
         {"uuidString", index.id().toString()},
     };
     if (index.targetURL()) entry["targetURL"] = fileScheme + *index.targetURL();
+    if (std::optional<Bookmark> remote = index.remoteDBBookmark())
+        entry["remoteDBBookmark"] = {
+            {"path", remote->path}, {"diskKey", remote->diskKey}, {"pathOnDisk", remote->pathOnDisk}};
     return entry;
+}
+
+// The shared copy's reference as `savedInfo` writes it; none when absent or
+// malformed (the cache is then no longer shared).
+std::optional<Bookmark> remoteBookmarkOf(const nlohmann::json& entry) {
+    auto found = entry.find("remoteDBBookmark");
+    if (found == entry.end() || !found->is_object()) return std::nullopt;
+    Bookmark bookmark;
+    for (auto [key, field] : {std::pair{"path", &Bookmark::path}, std::pair{"diskKey", &Bookmark::diskKey},
+                              std::pair{"pathOnDisk", &Bookmark::pathOnDisk}}) {
+        auto value = found->find(key);
+        if (value == found->end() || !value->is_string()) return std::nullopt;
+        bookmark.*field = value->get<std::string>();
+    }
+    if (!bookmark.path.starts_with('/') || bookmark.diskKey.empty()) return std::nullopt;
+    return bookmark;
+}
+
+// Minutes since midnight of "HH:MM"; none for other text.
+std::optional<int> minuteOfDay(const std::string& text) {
+    unsigned hour = 0, minute = 0;
+    char end = 0;
+    if (std::sscanf(text.c_str(), "%2u:%2u%c", &hour, &minute, &end) != 2 || hour > 23 || minute > 59)
+        return std::nullopt;
+    return static_cast<int>(hour * 60 + minute);
+}
+
+// The moment of today (in local time, the day of `now`) at `minute` past midnight.
+double todayAt(double now, int minute) {
+    std::time_t time = static_cast<std::time_t>(ReferenceDate{now}.unixSeconds());
+    std::tm local{};
+    localtime_r(&time, &local);
+    local.tm_hour = minute / 60;
+    local.tm_min = minute % 60;
+    local.tm_sec = 0;
+    local.tm_isdst = -1;
+    return ReferenceDate::fromUnixSeconds(static_cast<double>(std::mktime(&local))).secondsSince2001;
 }
 
 std::optional<std::string> pathOfURL(const nlohmann::json& entry, const char* key) {
@@ -81,7 +126,9 @@ void ContentIndexManager::clearOpenCrashBreadcrumb(const std::string& file) {
     (void)FileSystem::real().removeFile(breadcrumbPath(file));
 }
 
-Result<std::unique_ptr<ContentIndex>> ContentIndexManager::openListed(ContentIndex::Setup setup, bool& needsSaving) {
+Result<std::unique_ptr<ContentIndex>> ContentIndexManager::openListed(ContentIndex::Setup setup,
+                                                                      std::optional<Bookmark> remote,
+                                                                      bool& needsSaving) {
     const std::string file = setup.localDBFile;
     if (exists(breadcrumbPath(file))) {
         needsSaving = true;
@@ -92,32 +139,53 @@ Result<std::unique_ptr<ContentIndex>> ContentIndexManager::openListed(ContentInd
     (void)replaceFileAtomically(breadcrumbPath(file), "", FileSystem::real(), 0644);
     Result<std::unique_ptr<ContentIndex>> made = ContentIndex::make(std::move(setup));
     clearOpenCrashBreadcrumb(file);
+    if (!made || !remote) return made;
+    (*made)->setRemoteDBBookmark(std::move(remote));
+    if (!(*made)->documentInfo().numberOfFSItems) {
+        Result<CacheMirror::Action> restored = CacheMirror::mirrorIfNeeded(**made, true, true);
+        if (restored && *restored == CacheMirror::Action::pulled) LOG("Restored " + file + " from its shared copy");
+    }
     return made;
+}
+
+std::optional<std::vector<ContentIndexManager::SavedIndexInfo>> ContentIndexManager::decodeSavedIndexInfo(
+    const std::string& text) {
+    nlohmann::json list = nlohmann::json::parse(text, nullptr, false);
+    if (!list.is_array()) return std::nullopt;
+    std::vector<SavedIndexInfo> entries;
+    for (const nlohmann::json& entry : list) {
+        if (!entry.is_object() || !entry.contains("localDBFilePath") || !entry["localDBFilePath"].is_string()) continue;
+        SavedIndexInfo saved;
+        ContentIndex::Setup& setup = saved.setup;
+        setup.localDBFile = entry["localDBFilePath"].get<std::string>();
+        setup.targetURL = pathOfURL(entry, "targetURL");
+        if (auto uuid = entry.find("uuidString"); uuid != entry.end() && uuid->is_string())
+            setup.id = Uuid::fromString(uuid->get<std::string>());
+        if (auto name = entry.find("displayName"); name != entry.end() && name->is_string())
+            setup.displayName = name->get<std::string>();
+        auto every = entry.find("updatesEvery");
+        std::int64_t raw = every != entry.end() && every->is_number_integer() ? every->get<std::int64_t>() : -1;
+        setup.updatesEvery = cachingUpdatesTagFromRaw(raw).value_or(CachingUpdatesTag::week);
+        saved.remoteDBBookmark = remoteBookmarkOf(entry);
+        entries.push_back(std::move(saved));
+    }
+    return entries;
 }
 
 void ContentIndexManager::load() {
     caches.clear();
     std::optional<std::string> text = preferences.stringValue(savedIndexInfoKey);
     if (!text) return;
-    nlohmann::json list = nlohmann::json::parse(*text, nullptr, false);
-    if (!list.is_array()) {
+    std::optional<std::vector<SavedIndexInfo>> entries = decodeSavedIndexInfo(*text);
+    if (!entries) {
         LOG("SavedIndexInfo is not a JSON array; no caches");
         return;
     }
     bool needsSaving = false;
-    for (const nlohmann::json& entry : list) {
-        if (!entry.is_object() || !entry.contains("localDBFilePath") || !entry["localDBFilePath"].is_string()) continue;
-        ContentIndex::Setup setup;
-        setup.localDBFile = entry["localDBFilePath"].get<std::string>();
-        setup.targetURL = pathOfURL(entry, "targetURL");
-        if (auto uuid = entry.find("uuidString"); uuid != entry.end() && uuid->is_string())
-            setup.id = Uuid::fromString(uuid->get<std::string>());
-        if (!setup.id) needsSaving = true;
-        if (auto name = entry.find("displayName"); name != entry.end() && name->is_string())
-            setup.displayName = name->get<std::string>();
-        std::int64_t raw = entry.value("updatesEvery", std::int64_t{500});
-        setup.updatesEvery = cachingUpdatesTagFromRaw(raw).value_or(CachingUpdatesTag::week);
-        Result<std::unique_ptr<ContentIndex>> made = openListed(std::move(setup), needsSaving);
+    for (SavedIndexInfo& entry : *entries) {
+        if (!entry.setup.id) needsSaving = true;
+        Result<std::unique_ptr<ContentIndex>> made =
+            openListed(std::move(entry.setup), std::move(entry.remoteDBBookmark), needsSaving);
         if (!made) {
             LOG("cache left out: " + made.error().description());
             continue;
@@ -179,6 +247,19 @@ Result<ContentIndex*> ContentIndexManager::newIndex(const std::string& target, c
     return caches.back().get();
 }
 
+// The original stays the adopted cache's shared copy, from which its owner's
+// updates come; the copy takes its date, so that only a newer one is taken.
+void ContentIndexManager::followOriginal(ContentIndex& index, const std::string& original) {
+    FileSystem& fileSystem = FileSystem::real();
+    Result<FileStatus> status = fileSystem.status(original);
+    Result<Bookmark> bookmark = Bookmark::make(original);
+    if (!status || !bookmark || !fileSystem.setModificationTime(index.localDBFile(), status->modifyTime)) {
+        LOG("the adopted cache " + index.displayName() + " will not follow " + original);
+        return;
+    }
+    index.setRemoteDBBookmark(std::move(*bookmark));
+}
+
 Result<ContentIndex*> ContentIndexManager::addExistingIndex(const std::string& dbFile) {
     if (Status made = FileSystem::real().createDirectories(cacheFolder); !made) return made.error();
     std::string name = suggestNiceName(dbFile);
@@ -198,6 +279,7 @@ Result<ContentIndex*> ContentIndexManager::addExistingIndex(const std::string& d
         (void)FileSystem::real().removeFile(*local);
         return index.error();
     }
+    followOriginal(**index, dbFile);
     caches.push_back(std::move(*index));
     if (Status saved = save(); !saved) return saved.error();
     return caches.back().get();
@@ -205,8 +287,95 @@ Result<ContentIndex*> ContentIndexManager::addExistingIndex(const std::string& d
 
 Status ContentIndexManager::remove(ContentIndex& index) {
     (void)FileSystem::real().removeFile(index.localDBFile());
+    std::erase(timedRefreshIndexes, &index);
+    if (timedRefreshCurrentIndex == &index) timedRefreshCurrentIndex = nullptr;
     std::erase_if(caches, [&](const auto& listed) { return listed.get() == &index; });
     return save();
+}
+
+Status ContentIndexManager::setSharedCopy(ContentIndex& index, const std::optional<std::string>& file) {
+    std::optional<Bookmark> bookmark;
+    if (file) {
+        Result<FileStatus> status = FileSystem::real().status(*file);
+        std::string path =
+            status && status->isDirectory() ? joinPath(*file, lastComponent(index.localDBFile())) : *file;
+        if (path == index.localDBFile())
+            return makeError(ErrorCode::invalidArgument, "the shared copy can't be the cache's own file");
+        Result<FileStatus> folder = FileSystem::real().status(parentPath(path));
+        if (!folder || !folder->isDirectory())
+            return makeError(ErrorCode::notFound, "no folder " + parentPath(path) + " for the shared copy");
+        Result<Bookmark> made = Bookmark::make(path);
+        if (!made) return made.error();
+        bookmark = std::move(*made);
+    }
+    index.setRemoteDBBookmark(std::move(bookmark));
+    return save();
+}
+
+std::vector<ContentIndex*> ContentIndexManager::cachesForItem(const std::string& path) const {
+    std::vector<ContentIndex*> found;
+    std::string itemDisk;
+    for (const auto& index : caches) {
+        if (!index->targetURL() || !isSameOrBelow(path, *index->targetURL())) continue;
+        if (itemDisk.empty()) itemDisk = FSUtilities::shared().keyForDisk(Url(path));
+        std::string targetDisk =
+            index->documentInfo().diskKey.value_or(FSUtilities::shared().keyForDisk(Url(*index->targetURL(), true)));
+        if (!itemDisk.empty() && itemDisk == targetDisk) found.push_back(index.get());
+    }
+    return found;
+}
+
+ContentIndex* ContentIndexManager::cacheWithID(const Uuid& id) const {
+    for (const auto& index : caches)
+        if (index->id() == id) return index.get();
+    return nullptr;
+}
+
+bool ContentIndexManager::isIndexing() const {
+    return std::any_of(caches.begin(), caches.end(),
+                       [](const auto& index) { return index->state() != ContentIndex::ContentIndexLMDBState::none; });
+}
+
+bool ContentIndexManager::isIndexing(const std::string& diskURL) const {
+    return std::any_of(caches.begin(), caches.end(), [&](const auto& index) {
+        return index->state() != ContentIndex::ContentIndexLMDBState::none && index->targetURL() &&
+               FSUtilities::shared().diskPathFromFullPath(*index->targetURL()) == diskURL;
+    });
+}
+
+void ContentIndexManager::cancelAll() {
+    timedRefreshIndexes.clear();
+    timedRefreshCurrentIndex = nullptr;
+    for (const auto& index : caches)
+        if (index->state() != ContentIndex::ContentIndexLMDBState::none) index->shouldCancel = true;
+}
+
+bool ContentIndexManager::startScheduldedRefreshIfNeeded(double now) {
+    if (!preferences.boolValue("fileContentCachingTimeUpdatesEnabled") || timedRefreshCurrentIndex ||
+        !timedRefreshIndexes.empty())
+        return false;
+    std::optional<double> lastTime;
+    if (preferences.hasStoredValue(updateLastTimeKey)) lastTime = preferences.doubleValue(updateLastTimeKey);
+    if (lastTime && now - *lastTime <= 60) return false;
+    std::optional<int> minute = minuteOfDay(preferences.stringValue(updateTimeKey).value_or(""));
+    if (!minute) return false;
+    double chosen = todayAt(now, *minute);
+    if (now < chosen || (lastTime && *lastTime >= chosen)) return false;
+    (void)preferences.setValue(updateLastTimeKey, now);
+    for (const auto& index : caches) timedRefreshIndexes.push_back(index.get());
+    return !timedRefreshIndexes.empty();
+}
+
+ContentIndex* ContentIndexManager::performNextTimedIndexRefresh() {
+    if (timedRefreshCurrentIndex) {
+        if (timedRefreshCurrentIndex->state() != ContentIndex::ContentIndexLMDBState::none) return nullptr;
+        if (timedRefreshCurrentIndex->shouldCancel) timedRefreshIndexes.clear();
+        timedRefreshCurrentIndex = nullptr;
+    }
+    if (timedRefreshIndexes.empty()) return nullptr;
+    timedRefreshCurrentIndex = timedRefreshIndexes.front();
+    timedRefreshIndexes.erase(timedRefreshIndexes.begin());
+    return timedRefreshCurrentIndex;
 }
 
 CachingUpdatesTag ContentIndexManager::updateTiming(const ContentIndex& index) const {

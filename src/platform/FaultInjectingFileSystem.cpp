@@ -80,6 +80,10 @@ void FaultInjectingFileSystem::setMountTable(MountTable table) {
     faults.access([&](Faults& all) { all.mountTable = std::move(table); });
 }
 
+void FaultInjectingFileSystem::roundModificationTimes(std::int64_t seconds) {
+    faults.access([&](Faults& all) { all.timeGranularity = seconds; });
+}
+
 std::optional<Error> FaultInjectingFileSystem::diskFault(const std::string& path) const {
     const bool gone = faults.access([&](const Faults& all) {
         return std::any_of(all.removedDisks.begin(), all.removedDisks.end(),
@@ -171,6 +175,13 @@ Status FaultInjectingFileSystem::removeFile(const std::string& path) {
 Status FaultInjectingFileSystem::createDirectories(const std::string& path) {
     if (auto gone = diskFault(path)) return *gone;
     return inner.createDirectories(path);
+}
+
+Status FaultInjectingFileSystem::setModificationTime(const std::string& path, FileTime time) {
+    if (auto gone = diskFault(path)) return *gone;
+    std::int64_t granularity = faults.access([](const Faults& all) { return all.timeGranularity; });
+    if (granularity > 0) time = {time.seconds - time.seconds % granularity, 0};
+    return inner.setModificationTime(path, time);
 }
 
 Result<std::string> FaultInjectingFileSystem::extendedAttribute(const std::string& path, const std::string& name) {

@@ -32,6 +32,9 @@ public:
     void removeDisk(const std::string& mountPoint);
     // `mountTable()` answers this table instead of the inner one's.
     void setMountTable(MountTable table);
+    // Modification times set from now on are cut to whole multiples of
+    // `seconds`, as FAT (2 seconds) and some network file systems keep them.
+    void roundModificationTimes(std::int64_t seconds);
 
     Result<std::unique_ptr<DirectoryHandle>> openDirectory(const std::string& path) override;
     Result<std::unique_ptr<DirectoryHandle>> openDirectoryAt(DirectoryHandle& parent, std::string_view name) override;
@@ -47,6 +50,7 @@ public:
     Status rename(const std::string& from, const std::string& to) override;
     Status removeFile(const std::string& path) override;
     Status createDirectories(const std::string& path) override;
+    Status setModificationTime(const std::string& path, FileTime time) override;
 
     Result<std::string> extendedAttribute(const std::string& path, const std::string& name) override;
     Result<std::vector<std::string>> extendedAttributeNames(const std::string& path) override;
@@ -63,6 +67,7 @@ private:
         std::set<std::string> removedDisks;
         std::optional<std::size_t> writableBytes;
         std::optional<MountTable> mountTable;
+        std::int64_t timeGranularity = 0;
     };
 
     // The injected failure for an operation on `path`, if any: a removed disk first, then `inSet`.

@@ -129,6 +129,9 @@ public:
     // Makes the folder and the missing folders above it; a folder that is
     // already there is no error.
     virtual Status createDirectories(const std::string& path) = 0;
+    // Sets the file's content modification time (the access time is left
+    // alone). The file system may round it: read it back to know what it kept.
+    virtual Status setModificationTime(const std::string& path, FileTime time) = 0;
 
     // The value of one extended attribute; notFound when the item has none of that name.
     virtual Result<std::string> extendedAttribute(const std::string& path, const std::string& name) = 0;

@@ -266,6 +266,12 @@ Status LinuxFileSystem::removeFile(const std::string& path) {
     return ::unlink(path.c_str()) == 0 ? Status::success() : Status(systemError("cannot remove", path));
 }
 
+Status LinuxFileSystem::setModificationTime(const std::string& path, FileTime time) {
+    const struct timespec times[2] = {{0, UTIME_OMIT}, {time.seconds, static_cast<long>(time.nanoseconds)}};
+    if (::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0) return Status::success();
+    return systemError("cannot set the date of", path);
+}
+
 Status LinuxFileSystem::createDirectories(const std::string& path) {
     std::string made = path.front() == '/' ? "/" : "";
     for (const auto& component : pathComponents(path)) {

@@ -24,6 +24,7 @@ public:
     Status rename(const std::string& from, const std::string& to) override;
     Status removeFile(const std::string& path) override;
     Status createDirectories(const std::string& path) override;
+    Status setModificationTime(const std::string& path, FileTime time) override;
 
     Result<std::string> extendedAttribute(const std::string& path, const std::string& name) override;
     Result<std::vector<std::string>> extendedAttributeNames(const std::string& path) override;

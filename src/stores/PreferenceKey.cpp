@@ -73,6 +73,9 @@ std::vector<PreferenceKey> makeTable() {
     }
     for (const char* name : {"lastVersion", "historyVersion", "QXHTTPServer:lastPort"})
         table.push_back({name, Type::integer, std::nullopt});
+    // The time of day of the daily cache run ("HH:MM"), and when it last started (seconds since 2001).
+    table.push_back({"fileContentCachingUpdateTime", Type::text, std::nullopt});
+    table.push_back({"fileContentCachingUpdateLastTime", Type::number, std::nullopt});
     for (const char* name :
          {"highlightedTableColumn", "lastSearchlocationPath", "lastBuiltInSearchlocationPopupSelectedItemName",
           "previousSearchlocationPopupSelectedItemName", "RememberedFoldersDownloadsFolderName", "MediaServer:name",

@@ -178,5 +178,127 @@ TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouch
     EXPECT_EQ(listed()["Disk"]["items"], 10);
 }
 
+// Same bytes and same modification date.
+void expectLevel(const fs::path& local, const fs::path& shared) {
+    ASSERT_TRUE(fs::exists(local) && fs::exists(shared)) << local << " " << shared;
+    EXPECT_TRUE(testing::readFile(local) == testing::readFile(shared)) << local << " and " << shared << " differ";
+    EXPECT_EQ(fs::last_write_time(local), fs::last_write_time(shared));
+}
+
+void backdate(const fs::path& file, int seconds) {
+    fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::seconds(seconds));
+}
+
+TEST_F(CacheCommandIntegration, ASharedCopyStaysLevelWithUpdatesFromEitherMachine) {
+    for (int i = 0; i < 5; ++i) tree.write("photos/p" + std::to_string(i) + ".jpg", "x");
+    TempDir shared;
+    auto added = quester({"cache", "add", tree.str() + "/photos", "--shared-copy", shared.str()});
+    ASSERT_EQ(added.status, 0) << added.err;
+    fs::path copy = shared.path() / "photos.qscache", onA = home.path() / "data/photos.qscache";
+    expectLevel(onA, copy);
+    auto info = quester({"cache", "info", "photos"});
+    EXPECT_NE(info.out.find("sharedCopy:  " + copy.string()), std::string::npos) << info.out;
+
+    TempDir otherHome;
+    auto onMachineB = [&](const std::vector<std::string>& arguments) {
+        return QuesterProcess::run(QUESTER_BINARY, arguments, scratch,
+                                   "QUESTER_HOME=" + QuesterProcess::quoted(otherHome.str()) + " ");
+    };
+    fs::path onB = otherHome.path() / "data/photos.qscache";
+    tree.write("photos/from-b.jpg", "x");
+    ASSERT_EQ(onMachineB({"cache", "add", tree.str() + "/photos", "--shared-copy", copy.string()}).status, 0);
+    expectLevel(onB, copy);
+
+    backdate(copy, 300);
+    backdate(onB, 300);
+    backdate(onA, 1000);
+    auto pulled = quester({"cache", "share", "photos", copy.string()});
+    ASSERT_EQ(pulled.status, 0) << pulled.err;
+    EXPECT_NE(pulled.out.find("newer and replaced the cache"), std::string::npos) << pulled.out;
+    EXPECT_EQ(listed()["photos"]["items"], 6);
+    expectLevel(onA, copy);
+
+    fs::remove(tree.path() / "photos/p0.jpg");
+    auto updated = quester({"cache", "update", "photos"});
+    ASSERT_EQ(updated.status, 0) << updated.err;
+    expectLevel(onA, copy);
+    EXPECT_EQ(listed()["photos"]["items"], 5);
+
+    ASSERT_EQ(quester({"cache", "share", "photos", "--stop"}).status, 0);
+    EXPECT_EQ(listed()["photos"]["sharedCopy"], "");
+    EXPECT_EQ(quester({"cache", "share", "photos"}).status, 2);
+    EXPECT_TRUE(fs::exists(copy));
+}
+
+// A shared copy on a disk that was unplugged (its mount point now an empty
+// folder of another disk) is never written; the cache itself is updated.
+TEST_F(CacheCommandIntegration, ASharedCopyWhoseDiskIsNotMountedIsLeftAlone) {
+    tree.write("docs/a.txt", "x");
+    TempDir shared;
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/docs", "--shared-copy", shared.str()}).status, 0);
+    fs::path copy = shared.path() / "docs.qscache";
+    std::string before = testing::readFile(copy);
+    auto stamp = fs::last_write_time(copy);
+    fs::path settings = home.path() / "config/preferences.json";
+    auto stored = nlohmann::json::parse(testing::readFile(settings));
+    auto list = nlohmann::json::parse(stored["SavedIndexInfo"].get<std::string>());
+    list[0]["remoteDBBookmark"]["diskKey"] = "Unplugged 1000 ext4";
+    stored["SavedIndexInfo"] = list.dump();
+    std::ofstream(settings) << stored.dump();
+
+    tree.write("docs/b.txt", "x");
+    auto updated = quester({"cache", "update", "docs"});
+    ASSERT_EQ(updated.status, 0) << updated.err;
+    EXPECT_NE(updated.err.find("unavailable"), std::string::npos) << updated.err;
+    EXPECT_EQ(listed()["docs"]["items"], 2);
+    EXPECT_TRUE(testing::readFile(copy) == before);
+    EXPECT_EQ(fs::last_write_time(copy), stamp);
+    EXPECT_EQ(std::distance(fs::directory_iterator(shared.path()), fs::directory_iterator()), 1);
+}
+
+TEST_F(CacheCommandIntegration, CtrlCDuringAnUpdateOfASharedCacheBringsTheSharedCopyBack) {
+    tree.write("docs/first.txt", "a few words");
+    TempDir shared;
+    ASSERT_EQ(
+        quester({"cache", "add", "--content", "text", tree.str() + "/docs", "--shared-copy", shared.str()}).status, 0);
+    fs::path copy = shared.path() / "docs.qscache", local = home.path() / "data/docs.qscache";
+    std::string before = testing::readFile(copy);
+    for (int i = 0; i < 2000; ++i)
+        tree.write("docs/d" + std::to_string(i / 20) + "/n" + std::to_string(i) + ".txt", "some words here");
+    std::string command = "QUESTER_HOME=" + QuesterProcess::quoted(home.str()) + " exec " +
+                          QuesterProcess::quoted(QUESTER_BINARY) + " cache update docs >/dev/null 2>&1";
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_TRUE(testing::readFile(copy) == before);
+    expectLevel(local, copy);
+    EXPECT_EQ(listed()["docs"]["items"], 1);
+}
+
+TEST_F(CacheCommandIntegration, TheDailyRunUpdatesEveryCacheOnceADay) {
+    tree.write("a/x.txt", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/a", "--every", "never"}).status, 0);
+    ASSERT_EQ(quester({"config", "set", "fileContentCachingUpdateTime", "00:00"}).status, 0);
+    tree.write("a/y.txt", "x");
+    ASSERT_EQ(quester({"cache", "update", "--due"}).status, 0);
+    EXPECT_EQ(listed()["a"]["items"], 1) << "the daily run is off";
+    ASSERT_EQ(quester({"config", "set", "fileContentCachingTimeUpdatesEnabled", "yes"}).status, 0);
+    auto run = quester({"cache", "update", "--due"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(listed()["a"]["items"], 2);
+    tree.write("a/z.txt", "x");
+    ASSERT_EQ(quester({"cache", "update", "--due"}).status, 0);
+    EXPECT_EQ(listed()["a"]["items"], 2) << "one run a day";
+}
+
 }  // namespace
 }  // namespace quester

@@ -77,6 +77,7 @@ nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     record["created"] = isoDate(row.creationDate);
     record["accessed"] = isoDate(row.lastAccessDate);
     record["tags"] = changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(path);
+    record["online"] = !row.isOffline();
     const UINode::FoundLines* found = row.contentSearchResults();
     if (found && !found->empty()) {
         auto& lines = record["lines"] = nlohmann::ordered_json::array();

@@ -77,7 +77,6 @@ nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     record["created"] = isoDate(row.creationDate);
     record["accessed"] = isoDate(row.lastAccessDate);
     record["tags"] = changes.hasLoadedTagNames ? changes.tagNames : ItemAttributes::tagNames(path);
-    record["online"] = !row.isOffline();
     const UINode::FoundLines* found = row.contentSearchResults();
     if (found && !found->empty()) {
         auto& lines = record["lines"] = nlohmann::ordered_json::array();
@@ -89,6 +88,7 @@ nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     }
     if (!foundItems.empty()) record["found"] = std::move(foundItems);
     if (!isValidUTF8(path)) record["pathBase64"] = base64(path);
+    record["online"] = !row.isOffline();
     return record;
 }
 

@@ -21,6 +21,7 @@ constexpr std::size_t walkBatch = 2500;
 constexpr const char* recordGroup = "F";
 constexpr const char* wordGroup = "W";
 constexpr auto deliveryInterval = std::chrono::milliseconds(500);
+constexpr std::uint32_t clockInterval = 256;
 
 std::int64_t unixSeconds(std::int32_t storedDate) {
     return storedDate == 0 ? 0 : storedDate + ReferenceDate::unixOffset;
@@ -54,19 +55,25 @@ public:
 
 private:
     void visit(std::string_view value) {
-        std::optional<FSItem> item = FSItem::fromData(value);
-        if (item && query.isPossibleMatch(item->name, false)) add(*item);
-        if (!bucket.empty() && std::chrono::steady_clock::now() - lastFlush > deliveryInterval) deliver();
+        std::optional<std::string_view> name = FSItem::nameInData(value);
+        bool added = false;
+        if (name && query.isPossibleMatch(*name, false))
+            if (std::optional<FSItem> item = FSItem::fromData(value)) added = add(*item);
+        // The clock is read for a new result, else every few hundred rows.
+        const bool due = added || (++rowsSinceAdded % clockInterval) == 0;
+        if (due && !bucket.empty() && std::chrono::steady_clock::now() - lastFlush > deliveryInterval) deliver();
     }
 
-    void add(const FSItem& item) {
+    bool add(const FSItem& item) {
         const std::optional<std::string>& folder = folderPath(item.parentID);
         if (!folder) {
             LOG("Failed to get path. " + std::to_string(item.fsid));
-            return;
+            return false;
         }
         const std::string path = *folder == "/" ? "/" + item.name : *folder + "/" + item.name;
         bucket.push_back(ContentIndex::fsItemToSearchResult(item, path, isTargetMounted));
+        rowsSinceAdded = 0;
+        return true;
     }
 
     const std::optional<std::string>& folderPath(std::uint32_t id) {
@@ -95,6 +102,7 @@ private:
     const std::string base;
     std::unordered_map<std::uint32_t, std::optional<std::string>> folderPaths;
     std::vector<SearchResult> bucket;
+    std::uint32_t rowsSinceAdded = 0;
     // A second ago: the first match goes out at once.
     std::chrono::steady_clock::time_point lastFlush = std::chrono::steady_clock::now() - std::chrono::seconds(1);
 };

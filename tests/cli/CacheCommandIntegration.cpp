@@ -235,22 +235,34 @@ TEST_F(CacheCommandIntegration, ATruncatedCacheIsSetAsideOnceAndTheOthersKeepAns
     EXPECT_EQ(found({"song", "--only-caches"}).size(), 201u);
 }
 
-// An unmounted disk leaves its mount point behind as an empty folder; an
-// update then must not take the empty folder for the disk and empty the cache.
-TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouched) {
+// A small ext4 disk image, labelled, mounted on a loop device: root only.
+class LoopDiskIntegration : public CacheCommandIntegration {
+protected:
+    void SetUp() override {
+        std::string make = "truncate -s 16M " + QuesterProcess::quoted(image) + " && mkfs.ext4 -q -F -L qcachetest " +
+                           QuesterProcess::quoted(image) + " >/dev/null 2>&1";
+        fs::create_directories(mountPoint);
+        if (geteuid() != 0 || std::system(make.c_str()) != 0 || !mount())
+            GTEST_SKIP() << "loop devices can't be mounted here";
+        for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
+    }
+    bool mount() {
+        std::string command = "mount -o loop " + QuesterProcess::quoted(image) + " " +
+                              QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
+        return std::system(command.c_str()) == 0;
+    }
+    bool unmount() {
+        return std::system(("umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1").c_str()) == 0;
+    }
     std::string image = scratch.str() + "/disk.img";
     std::string mountPoint = scratch.str() + "/disk";
-    fs::create_directories(mountPoint);
-    std::string make = "truncate -s 16M " + QuesterProcess::quoted(image) + " && mkfs.ext4 -q -F -L qcachetest " +
-                       QuesterProcess::quoted(image) + " >/dev/null 2>&1";
-    std::string mount = "mount -o loop " + QuesterProcess::quoted(image) + " " + QuesterProcess::quoted(mountPoint) +
-                        " >/dev/null 2>&1";
-    std::string unmount = "umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
-    if (geteuid() != 0 || std::system(make.c_str()) != 0 || std::system(mount.c_str()) != 0)
-        GTEST_SKIP() << "loop devices can't be mounted here";
-    for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
+};
+
+// An unmounted disk leaves its mount point behind as an empty folder; an
+// update then must not take the empty folder for the disk and empty the cache.
+TEST_F(LoopDiskIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouched) {
     auto added = quester({"cache", "add", mountPoint, "--name", "Disk"});
-    ASSERT_EQ(std::system(unmount.c_str()), 0);
+    ASSERT_TRUE(unmount());
     ASSERT_EQ(added.status, 0) << added.err;
     EXPECT_EQ(listed()["Disk"]["items"], 10);
     auto bytes = fs::file_size(home.path() / "data/Disk.qscache");
@@ -264,11 +276,30 @@ TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouch
     EXPECT_EQ(rows["Disk"]["items"], 10);
     EXPECT_EQ(fs::file_size(home.path() / "data/Disk.qscache"), bytes);
 
-    ASSERT_EQ(std::system(mount.c_str()), 0);
+    ASSERT_TRUE(mount());
     auto back = quester({"cache", "update", "Disk"});
-    (void)std::system(unmount.c_str());
+    (void)unmount();
     EXPECT_EQ(back.status, 0) << back.err;
     EXPECT_EQ(listed()["Disk"]["items"], 10);
+}
+
+// The empty mount point of an unplugged disk is no reason to call its files
+// gone: its cache lists them by its name, off line, until the disk is back.
+TEST_F(LoopDiskIntegration, AnUnpluggedDiskIsSearchedThroughItsCache) {
+    ASSERT_EQ(quester({"cache", "add", mountPoint, "--name", "Disk"}).status, 0);
+    ASSERT_TRUE(unmount());
+    auto rows = found({"photo", "--location", "Disk"});
+    EXPECT_EQ(rows.size(), 10u);
+    for (const auto& [path, row] : rows) {
+        EXPECT_EQ(row["online"], false) << path;
+        EXPECT_EQ(row["size"], 1) << path;
+    }
+    EXPECT_EQ(found({"photo", "--in", mountPoint}), rows) << "the empty mount point is answered by the cache";
+    ASSERT_TRUE(mount());
+    rows = found({"photo", "--location", "Disk"});
+    (void)unmount();
+    EXPECT_EQ(rows.size(), 10u);
+    for (const auto& [path, row] : rows) EXPECT_EQ(row["online"], true) << path;
 }
 
 }  // namespace

@@ -156,6 +156,11 @@ std::vector<Url> SearchLocation::locationURLs() const {
 std::vector<std::string> SearchLocation::locationPaths() const {
     std::vector<std::string> paths;
     for (const auto& url : locationURLs()) paths.push_back(url.path());
+    for (const auto& target : allTargets) {
+        const auto* offline = target.offlineValue();
+        auto root = offline && offline->cache ? offline->cache->rootURL() : std::nullopt;
+        if (root) paths.push_back(root->path());
+    }
     return paths;
 }
 

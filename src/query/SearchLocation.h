@@ -39,7 +39,8 @@ struct SearchLocation {
 
     // The URLs of the folder targets, in order.
     std::vector<Url> locationURLs() const;
-    // The paths of `locationURLs`: the folders a person asked to search.
+    // The paths of `locationURLs`, then the folders of the off-line targets'
+    // caches: the folders a person asked to search.
     std::vector<std::string> locationPaths() const;
     // `locationURLs` with "/" replaced, at the front, by the boot volume's URLs.
     std::vector<Url> disksForLocations() const;

@@ -168,8 +168,13 @@ Result<std::optional<KeyValueBatch>> Database::nextKeyValueBatch(std::string& la
     MDB_val key = valueOf(lastKey.empty() ? prefix : std::string_view(lastKey));
     MDB_val value{};
     int rc = mdb_cursor_get(cursor, &key, &value, MDB_SET_RANGE);
+    bool ordered = true;
     while (rc == 0 && batch.size() < batchSize && env->holds(key) && env->holds(value)) {
         std::string_view found = viewOf(key);
+        // Keys out of order are a damaged tree, where the next batch could
+        // begin before this one and a walk would never end.
+        ordered = lastKey.empty() || found >= lastKey;
+        if (!ordered) break;
         if (found != lastKey) {
             lastKey.assign(found);
             if (found.starts_with(prefix) && isValidUTF8(found))
@@ -179,6 +184,7 @@ Result<std::optional<KeyValueBatch>> Database::nextKeyValueBatch(std::string& la
     }
     mdb_cursor_close(cursor);
     (void)transaction.commit();
+    if (!ordered) return makeError(ErrorCode::corrupt, "the cache's keys are out of order after " + lastKey);
     if (batch.empty()) return std::optional<KeyValueBatch>();
     return std::optional<KeyValueBatch>(std::move(batch));
 }

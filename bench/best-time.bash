@@ -17,3 +17,16 @@ best_time() {
 }
 
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { print (b > 0) ? a / b : 0 }'; }
+
+# prepare_workspace MAKER TREE : makes (or reuses) the walk tree, warms the
+# kernel's caches so that every tool sees the same state, and sets $work (a
+# temporary folder removed at exit), QUESTER_HOME inside it and $database, a
+# plocate database's path inside it.
+prepare_workspace() {
+  "$1" "$2"
+  find "$2" > /dev/null
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' EXIT
+  export QUESTER_HOME="$work/home"
+  database="$work/plocate.db"
+}

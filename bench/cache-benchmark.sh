@@ -24,13 +24,8 @@ done
 updatedb=$(command -v updatedb.plocate || true)
 [ -n "$updatedb" ] || { echo "cache-benchmark: updatedb.plocate is missing; run scripts/install-deps" >&2; exit 1; }
 
-"$maker" "$tree"
-find "$tree" > /dev/null  # warm the kernel's caches so both tools see the same state
-
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export QUESTER_HOME="$work/home"
-database="$work/plocate.db"
+source "$(dirname "$0")/best-time.bash"
+prepare_workspace "$maker" "$tree"
 
 # best_of COMMAND... : the fastest of $runs runs in seconds; SETUP (a function
 # name in $setup) runs before each, untimed.
@@ -59,7 +54,6 @@ setup='' best_updatedb_again=$(best_of run_updatedb)
 items=$(find "$tree" | wc -l)
 cache_bytes=$(stat -c %s "$QUESTER_HOME/data/bench.qscache")
 database_bytes=$(stat -c %s "$database")
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { print (b > 0) ? a / b : 0 }'; }
 
 printf '%-28s %12s %16s %10s\n' step "quester (s)" "updatedb (s)" "ques/upd"
 printf '%-28s %12s %16s %10.2f\n' "first build" "$best_build" "$best_updatedb" "$(ratio "$best_build" "$best_updatedb")"

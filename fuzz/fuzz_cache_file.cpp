@@ -1,5 +1,6 @@
 // Any bytes as a cache file, opened and walked as a search or an update walks
-// it, and any bytes as each stored record given to its decoder. Nothing may
+// it and searched by name and by words, and any bytes as each stored record
+// given to its decoder. Nothing may
 // crash or hang: a damaged file is refused or reads as less.
 
 #include <unistd.h>
@@ -15,6 +16,9 @@
 #include "cache/FSItem.h"
 #include "cache/PackedNumbers.h"
 #include "cache/WordContainer.h"
+#include "commands/StandardCommandFactories.h"
+#include "query/CommandRecogniser.h"
+#include "query/QueryContainer.h"
 
 namespace {
 
@@ -46,6 +50,16 @@ void walkStore(quester::ContentIndex& index) {
     (void)index.words().allWords();
 }
 
+// The name pass and the content pass, with short words that most names and
+// words hold.
+void searchStore(quester::ContentIndex& index) {
+    static const quester::CommandRecogniser parser(quester::standardCommandFactories());
+    static const quester::QueryContainer query("a", parser);
+    (void)index.searchForFSItemNames(query, [](std::vector<quester::SearchResult>) {});
+    (void)index.searchContent({"a", "e"}, {"o"}, false, true);
+    (void)index.searchContent({"a"}, {}, true, false);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -61,6 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             {path, "/t", std::nullopt, std::nullopt, quester::CachingUpdatesTag::defaultTiming});
         if (index && (*index)->open()) {
             walkStore(**index);
+            searchStore(**index);
             (void)(*index)->close();
         }
     }

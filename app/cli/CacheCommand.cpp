@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "CacheManagerLoading.h"
 #include "CacheUpdateRun.h"
 #include "ExitStatus.h"
 #include "cache/CacheMirror.h"
@@ -24,7 +25,6 @@
 #include "platform/Url.h"
 #include "results/DisplayText.h"
 #include "stores/Preferences.h"
-#include "support/AppDirectories.h"
 
 namespace quester::cli {
 
@@ -49,15 +49,13 @@ int complain(const std::string& message) {
     return ExitStatus::failed;
 }
 
-std::optional<ContentIndexManager> loadManager() {
-    Result<std::string> folder = AppDirectories::applicationSupportDirectory();
-    if (!folder) {
-        complain("no data folder for caches: " + folder.error().message);
-        return std::nullopt;
+std::unique_ptr<ContentIndexManager> loadManager() {
+    Result<std::unique_ptr<ContentIndexManager>> manager = loadCacheManager();
+    if (!manager) {
+        complain(manager.error().message);
+        return nullptr;
     }
-    std::optional<ContentIndexManager> manager(std::in_place, Preferences::shared(), *folder);
-    manager->load();
-    return manager;
+    return std::move(*manager);
 }
 
 std::optional<ContentIndexMode> modeNamed(const std::string& name) {
@@ -89,11 +87,15 @@ std::string lastUpdatedText(double secondsSince2001) {
     return text;
 }
 
+// A cache set aside as damaged (a ".corrupt" file beside it) and not built
+// again since needs a rebuild.
 std::string stateOf(const ContentIndex& index, bool online) {
+    const bool built = index.documentInfo().numberOfFSItems.has_value();
+    if (!built && FileSystem::real().status(index.localDBFile() + ".corrupt")) return "needs rebuild";
     if (!index.targetURL()) return "adopted";
     if (!online) return "off line";
     if (index.documentInfo().isDirty) return "rebuild pending";
-    if (!index.documentInfo().numberOfFSItems) return "not built";
+    if (!built) return "not built";
     return "ready";
 }
 

@@ -30,17 +30,24 @@ Result<std::vector<std::string>> reachableMembers(const GroupModel& group) {
 
 }  // namespace
 
-Result<std::vector<std::string>> foldersOfLocationNamed(const std::string& name) {
-    if (auto group = GroupStore().groupNamed(name)) return reachableMembers(*group);
-    if (auto folder = FavoriteFolders().folderForKeyword(name)) return std::vector<std::string>{*folder};
-    if (auto preset = searchLocationURLSetFromName(name)) {
-        std::vector<std::string> folders;
-        for (const auto& url : SearchLocation::preset(*preset, name).locationURLs()) folders.push_back(url.path());
-        return folders;
+Result<NamedLocation> locationNamed(const std::string& name, const std::vector<ContentIndex*>& caches) {
+    if (auto group = GroupStore().groupNamed(name)) {
+        auto members = reachableMembers(*group);
+        if (!members) return members.error();
+        return NamedLocation{std::move(*members), nullptr};
     }
-    return makeError(ErrorCode::notFound, "no group, favourite folder or location named '" + name +
-                                              "' (see 'quester group list', 'quester favorite list'; presets: home, "
-                                              "all, local, network, external, backups)");
+    if (auto folder = FavoriteFolders().folderForKeyword(name)) return NamedLocation{{*folder}, nullptr};
+    for (const ContentIndex* cache : caches)
+        if (cache->displayName() == name) return NamedLocation{{}, cache};
+    if (auto preset = searchLocationURLSetFromName(name)) {
+        NamedLocation location;
+        for (const auto& url : SearchLocation::preset(*preset, name).locationURLs())
+            location.folders.push_back(url.path());
+        return location;
+    }
+    return makeError(ErrorCode::notFound, "no group, favourite folder, cache or location named '" + name +
+                                              "' (see 'quester group list', 'quester favorite list', 'quester cache "
+                                              "list'; presets: home, all, local, network, external, backups)");
 }
 
 }  // namespace quester::cli

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+#include "cache/CachedLocation.h"
+#include "cache/ContentIndexBuild.h"
+#include "cache/ContentIndexSearch.h"
 #include "commands/StandardCommandFactories.h"
 #include "platform/FileSystem.h"
 #include "query/CommandRecogniser.h"
@@ -25,6 +28,8 @@
 #include "support/PathText.h"
 #include "support/Result.h"
 
+#include "CacheManagerLoading.h"
+#include "CacheUpdateRun.h"
 #include "Complain.h"
 #include "ExitStatus.h"
 #include "InterruptWatcher.h"
@@ -104,20 +109,84 @@ void endAtInterrupt() {
     ::_exit(ExitStatus::interrupted);
 }
 
+// What --in, --location and --only-caches ask to search.
+struct TypedLocations {
+    std::vector<std::string> folders;
+    std::vector<SearchTarget> cacheTargets;
+};
+
+SearchTarget cacheTarget(const ContentIndex& cache) {
+    return SearchTarget::offline(std::make_shared<CachedLocation>(cache), true);
+}
+
 // The folders typed with --in and those of the names given with --location,
-// which are recorded as recent locations.
-Result<std::vector<std::string>> typedFolders(const SearchOptions& options) {
-    std::vector<std::string> folders = options.locations;
+// which are recorded as recent locations, and the caches named with
+// --location. With --only-caches and no location, every cache.
+Result<TypedLocations> typedLocations(const SearchOptions& options, const std::vector<ContentIndex*>& caches) {
+    TypedLocations typed{options.locations, {}};
     for (const auto& name : options.locationNames) {
-        auto named = foldersOfLocationNamed(name);
+        auto named = locationNamed(name, caches);
         if (!named) return named.error();
-        for (const auto& folder : *named) {
+        if (named->cache) typed.cacheTargets.push_back(cacheTarget(*named->cache));
+        for (const auto& folder : named->folders) {
             if (Status recorded = RecentLocations().add(folder); !recorded)
                 complain("cannot record the recent location: " + recorded.error().message);
         }
-        folders.insert(folders.end(), named->begin(), named->end());
+        typed.folders.insert(typed.folders.end(), named->folders.begin(), named->folders.end());
     }
-    return folders;
+    if (options.session.onlyCaches && typed.folders.empty() && typed.cacheTargets.empty())
+        for (const ContentIndex* cache : caches) typed.cacheTargets.push_back(cacheTarget(*cache));
+    return typed;
+}
+
+// The disk caches while caching is on; none when it is off (a search then
+// doesn't touch their files) or there is no data folder.
+std::unique_ptr<ContentIndexManager> loadCachesIfOn() {
+    if (!Preferences::shared().boolValue("diskCatalogCaching")) return nullptr;
+    auto manager = loadCacheManager();
+    return manager ? std::move(*manager) : nullptr;
+}
+
+std::vector<ContentIndex*> cacheList(const ContentIndexManager* manager) {
+    std::vector<ContentIndex*> caches;
+    if (manager)
+        for (const auto& cache : manager->indexes()) caches.push_back(cache.get());
+    return caches;
+}
+
+// The session's options with the locations checked: folders (the home
+// folder when nothing was named) and caches.
+Result<SessionSearchOptions> sessionOptions(const SearchOptions& options, const std::vector<ContentIndex*>& caches) {
+    auto typed = typedLocations(options, caches);
+    if (!typed) return typed.error();
+    SessionSearchOptions session = options.session;
+    session.caches = caches;
+    session.cacheTargets = typed->cacheTargets;
+    if (typed->folders.empty() && !typed->cacheTargets.empty()) return session;
+    auto folders = searchFolders(typed->folders);
+    if (!folders) return folders.error();
+    session.folders = std::move(folders).value();
+    return session;
+}
+
+// A search that read a cache whose time for an update has come brings it up
+// to date once the results are printed, if the preference
+// "fileContentCachingTimeUpdatesEnabled" allows: otherwise a search from
+// the command line leaves the caches as they are.
+void updateDueCaches(ContentIndexManager& manager, const std::vector<ContentIndex*>& searched) {
+    if (!Preferences::shared().boolValue("fileContentCachingTimeUpdatesEnabled")) return;
+    std::vector<ContentIndex*> due;
+    for (ContentIndex* cache : searched)
+        if (manager.isDue(*cache) && ContentIndexBuild::isTargetMounted(*cache)) due.push_back(cache);
+    if (!due.empty()) (void)CacheUpdateRun(manager, false).run(due, false);
+}
+
+// Runs the search with Ctrl-C ending the process; the watcher is gone when
+// this returns, so that a cache update afterwards stops cleanly instead.
+int runSession(SessionSearchOptions options) {
+    SessionSearch search(std::move(options));
+    InterruptWatcher interrupts(endAtInterrupt);
+    return search.run();
 }
 
 // A search run from the command line is a query a person pressed Return on.
@@ -132,19 +201,18 @@ void recordInHistory(const std::string& query) {
 }  // namespace
 
 int runSearch(const SearchOptions& options) {
-    auto typed = typedFolders(options);
-    if (!typed) {
-        complain(typed.error().message);
+    std::unique_ptr<ContentIndexManager> caches = loadCachesIfOn();
+    if (options.session.onlyCaches && !caches) {
+        complain("the disk caches are off; turn them on with 'quester config set diskCatalogCaching true'");
         return ExitStatus::failed;
     }
-    auto folders = searchFolders(*typed);
-    if (!folders) {
-        complain(folders.error().message);
+    const std::vector<ContentIndex*> known = cacheList(caches.get());
+    auto sorted = sessionOptions(options, known);
+    if (!sorted) {
+        complain(sorted.error().message);
         return ExitStatus::failed;
     }
-    SessionSearchOptions sorted = options.session;
-    sorted.folders = std::move(folders).value();
-    if (auto problem = SessionSearch::prepare(sorted)) {
+    if (auto problem = SessionSearch::prepare(*sorted)) {
         complain(*problem);
         return ExitStatus::failed;
     }
@@ -153,7 +221,7 @@ int runSearch(const SearchOptions& options) {
     // the signals are blocked.
     (void)ShowAppsCommandDataSource::shared();
     CommandRecogniser parser(standardCommandFactories());
-    QueryContainer query(sorted.query, parser, SearchLocation::fromURLs(sorted.folders), sorted.soundex);
+    QueryContainer query(sorted->query, parser, SessionSearch::location(*sorted), sorted->soundex);
     if (auto reason = unavailableCriterionReason(query)) {
         complain(*reason);
         return ExitStatus::failed;
@@ -163,11 +231,10 @@ int runSearch(const SearchOptions& options) {
         return ExitStatus::failed;
     }
 
-    const std::string text = sorted.query;
-    SessionSearch search(std::move(sorted));
-    InterruptWatcher interrupts(endAtInterrupt);
-    const int status = search.run();
+    const std::string text = sorted->query;
+    const int status = runSession(std::move(*sorted));
     if (status != ExitStatus::failed) recordInHistory(text);
+    if (caches) updateDueCaches(*caches, ContentIndexSearch(known).cachesForLocations(query));
     return status;
 }
 
@@ -209,9 +276,13 @@ void addSearchOptions(CLI::App& command, SearchOptions& options) {
         ->allow_extra_args(false);
     command
         .add_option("--location", options.locationNames,
-                    "Search a group, a favourite folder (by its keyword) or a preset: home, all, local, network, "
-                    "external, backups; repeat for more")
+                    "Search a group, a favourite folder (by its keyword), a disk cache (by its name, also while "
+                    "its disk is unplugged) or a preset: home, all, local, network, external, backups; repeat for "
+                    "more")
         ->allow_extra_args(false);
+    command.add_flag("--only-caches", options.session.onlyCaches,
+                     "Answer from the disk caches alone, without walking the disks (see 'quester cache list'); "
+                     "without --in or --location every cache");
     command.add_flag("--no-ignore", options.session.noIgnore,
                      "Show what the ignore list leaves out (see 'quester ignore list')");
     command.add_flag("--hidden", options.session.hidden, "Include hidden, system and in-package items");

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <functional>
 
+#include "cache/ContentIndexSearch.h"
 #include "commands/StandardCommandFactories.h"
 #include "query/CommandRecogniser.h"
 #include "query/QueryContainer.h"
@@ -147,6 +148,15 @@ void printPaths(const UINode::NodeList& rows, char separator, bool forTerminal) 
     });
 }
 
+// The caches first: they answer before the walk has gone far, and a path
+// that both supply comes once, from the cache.
+SearchManager::DataSources diskSources(const SessionSearchOptions& options) {
+    SearchManager::DataSources sources;
+    if (!options.caches.empty()) sources.push_back(std::make_shared<ContentIndexSearch>(options.caches));
+    if (!options.onlyCaches) sources.push_back(std::make_shared<FileSystemSearch>());
+    return sources;
+}
+
 }  // namespace
 
 struct SessionSearch::State {
@@ -177,12 +187,12 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
     (void)state->preferences.setValue("sizeIsVisible", false);
     SearchSession::Environment environment;
     environment.parser = &state->parser;
-    environment.location = [folders = state->options.folders](const std::optional<std::string>&) {
-        return std::optional<SearchLocation>(SearchLocation::fromURLs(folders));
+    environment.location = [location = location(state->options)](const std::optional<std::string>&) {
+        return std::optional<SearchLocation>(location);
     };
     environment.managerEnvironment = [loop = &state->loop, options = &state->options] {
         SearchManager::Environment managerEnvironment;
-        managerEnvironment.fileSystemSearchDataSources = {std::make_shared<FileSystemSearch>()};
+        managerEnvironment.fileSystemSearchDataSources = diskSources(*options);
         managerEnvironment.commandBasedDataSources = {ShowAppsCommandDataSource::shared()};
         managerEnvironment.mainLoop = loop;
         if (!options->noIgnore) managerEnvironment.isIgnored = ignoreTest();
@@ -241,6 +251,13 @@ std::optional<std::string> SessionSearch::prepare(SessionSearchOptions& options)
         return "-0 prints paths; it can't be combined with --format " + options.format;
     }
     return std::nullopt;
+}
+
+SearchLocation SessionSearch::location(const SessionSearchOptions& options) {
+    std::vector<SearchTarget> targets;
+    for (const Url& folder : options.folders) targets.push_back(SearchTarget::url(folder));
+    targets.insert(targets.end(), options.cacheTargets.begin(), options.cacheTargets.end());
+    return SearchLocation(std::move(targets));
 }
 
 int SessionSearch::run() {

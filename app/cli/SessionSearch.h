@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "cache/ContentIndex.h"
 #include "platform/Url.h"
+#include "query/SearchLocation.h"
 
 namespace quester::cli {
 
@@ -13,6 +15,12 @@ namespace quester::cli {
 struct SessionSearchOptions {
     std::string query;  // or a "quester:" URL
     std::vector<Url> folders;
+    // Caches named as locations: searched also while their disks are off line.
+    std::vector<SearchTarget> cacheTargets;
+    // Every disk cache there is; none while caching is off. They must
+    // outlive the search.
+    std::vector<ContentIndex*> caches;
+    bool onlyCaches = false;  // answer from the caches alone, without walking the disks
     bool hidden = false;
     bool noIgnore = false;      // the ignore list leaves nothing out
     bool soundex = false;       // words match names that sound alike
@@ -44,6 +52,8 @@ public:
     // breaks in the query blanks, and checks the options. The message says
     // what is wrong.
     static std::optional<std::string> prepare(SessionSearchOptions& options);
+    // The folders, then the caches named as locations.
+    static SearchLocation location(const SessionSearchOptions& options);
 
     // Runs the main loop until the list is ready and prints it. An ExitStatus:
     // found, nothingFound, or failed for an unusable query or an export that failed.

@@ -178,6 +178,12 @@ Result<std::optional<std::string>> ContentIndex::pathFor(std::uint32_t id) {
     if (!folderTree) return std::optional<std::string>();
     Result<std::optional<std::string>> relative = folderTree->relativePath(id);
     if (!relative || !*relative) return relative;
+    std::string base = pathBase();
+    std::string joined = base.empty() || base.back() == '/' ? base + **relative : base + "/" + **relative;
+    return std::optional<std::string>(Url::correctRootBasedPath(joined));
+}
+
+std::string ContentIndex::pathBase() const {
     std::string base;
     if (target)
         base = *target;
@@ -186,8 +192,7 @@ Result<std::optional<std::string>> ContentIndex::pathFor(std::uint32_t id) {
     else if (!name.empty())
         base = "/Volumes/" + name;
     while (base.size() > 1 && base.back() == '/') base.pop_back();
-    std::string joined = base.empty() || base.back() == '/' ? base + **relative : base + "/" + **relative;
-    return std::optional<std::string>(Url::correctRootBasedPath(joined));
+    return base;
 }
 
 Status ContentIndex::removeFSItems(const std::vector<std::uint32_t>& ids) {

@@ -2,9 +2,12 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,11 +17,14 @@
 #include "cache/SimpleLMDB.h"
 #include "cache/WordIndex.h"
 #include "platform/Bookmark.h"
+#include "query/SearchResult.h"
 #include "support/Locked.h"
 #include "support/Result.h"
 #include "support/Uuid.h"
 
 namespace quester {
+
+class QueryContainer;
 
 // One disk cache: a file that records a target folder or disk (every file and
 // folder with dates and size, and in a content mode the words of its
@@ -72,6 +78,8 @@ public:
     // The item's full path: its names joined to the target (or the last
     // known target, or "/Volumes/<display name>"); none without a record.
     Result<std::optional<std::string>> pathFor(std::uint32_t id);
+    // The folder that the paths of this cache begin with, without a trailing "/".
+    std::string pathBase() const;
     // Removes the item and its subtree; with a content mode their
     // identifiers join the dead list.
     Status removeFSItem(std::uint32_t id);
@@ -85,6 +93,34 @@ public:
     std::string writerLockPath() const;
     // Set by the build while it holds that lock.
     void setHoldsWriterLock(bool holds) { holdsWriterLock = holds; }
+
+    // The running state of one document in `searchContent`.
+    struct SearchProgress {
+        std::uint32_t documentID = 0;
+        std::map<std::string, std::uint16_t> wordStatistics;  // query word to its count
+        int matchedWords = 0;
+        int excludingWords = 0;
+    };
+    using ResultsHandler = std::function<void(std::vector<SearchResult>)>;
+
+    // The name pass: every record whose name may match the query, as results
+    // in batches (the first match at once, then at most every half second).
+    // Walks group "F" in batches, giving the store lock back between them.
+    Status searchForFSItemNames(const QueryContainer& forQuery, const ResultsHandler& results);
+    // A record as a result, with its size and dates; `isTargetMounted` says
+    // whether the item can be expected to exist.
+    static SearchResult fsItemToSearchResult(const FSItem& item, const std::string& path, bool isTargetMounted);
+    // The stored containers of `word` (equal to it, or with `wholeWords` off
+    // holding it), undecoded. A failing walk ends with what was found.
+    std::vector<WordContainer> findWordInWordContainers(const std::string& word, bool wholeWords);
+    // The paths of the documents that hold the words (all of them with
+    // `allWords`) and none of `excludingWords`, each with the sum of its
+    // counts as its rank. Words are compared as given: the index is lower case.
+    std::map<std::string, std::int64_t> searchContent(const std::vector<std::string>& forWords,
+                                                      const std::vector<std::string>& excludingWords, bool wholeWords,
+                                                      bool allWords);
+    // The paths of the identifiers that have a record.
+    std::set<std::string> documentIDsToPaths(const std::vector<std::uint32_t>& ids);
 
     bool hasTextContent() const { return info.lastIndexMode != ContentIndexMode::off; }
     std::uint64_t cacheSizeOnDisk() const;
@@ -101,6 +137,8 @@ public:
 private:
     explicit ContentIndex(Setup setup);
     Status openStore();
+    void addWordCounts(const std::string& word, bool wholeWords, bool excluding,
+                       std::map<std::uint32_t, SearchProgress>& progress);
     Status setAsideAndReopen(SimpleLMDB& store, const Status& damage);
 
     const Uuid identity;

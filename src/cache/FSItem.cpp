@@ -67,6 +67,14 @@ std::optional<std::string> FSItem::asData() const {
     return data;
 }
 
+std::optional<std::string_view> FSItem::nameInData(std::string_view data) {
+    RecordReader reader(data);
+    (void)reader.take(nameLengthOffset);
+    auto nameLength = reader.next<std::uint16_t>();
+    if (!nameLength || static_cast<std::uint8_t>(data[typeOffset]) > 1) return std::nullopt;
+    return reader.take(*nameLength);
+}
+
 std::optional<FSItem> FSItem::fromData(std::string_view data) {
     RecordReader reader(data);
     FSItem item;

@@ -38,6 +38,12 @@ struct FSItem {
     // empty or not UTF-8. Records of older caches end after the name
     // (version 0, size -1) or after the version (size -1).
     static std::optional<FSItem> fromData(std::string_view data);
+    // The name of a record, read without the rest: a walk that tests names
+    // decodes only the records it keeps. Not checked for UTF-8; none where
+    // `fromData` fails before the name.
+    static std::optional<std::string_view> nameInData(std::string_view data);
+    static constexpr std::size_t typeOffset = 8;
+    static constexpr std::size_t nameLengthOffset = 17;
 
     // Whole seconds since 2001, rounded down; 0 when outside 32 bits.
     static std::int32_t storedDate(FileTime time);

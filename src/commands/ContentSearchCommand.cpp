@@ -160,8 +160,12 @@ CommandApplyResult ContentSearchCommand::commandImpApply(SearchResult& to, Searc
     const bool isArchive =
         searcher && (type == ContentSearchType::zipDirectory || type == ContentSearchType::tarDirectory);
     if (!isArchive && type && disabledContentTypes.count(*type) > 0) return CommandApplyResult::exclude;
-    // The content index already matched the words in the text.
+    // The content index already matched the words in the text, as did a
+    // disk cache's word index for what its content pass supplied (those
+    // results alone want their summary lines collected).
     if (to.searchResultSuppliedBy == SearchResultSupplier::spotlightContent) return CommandApplyResult::accept;
+    if (to.searchResultSuppliedBy == SearchResultSupplier::CompactContentIndex && to.tryCollectSummaryLines)
+        return CommandApplyResult::accept;
 
     auto& cancellation = ContentSearchCancellation::shared();
     cancellation.startFile(path);

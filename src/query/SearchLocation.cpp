@@ -5,6 +5,7 @@
 
 #include "platform/DiskInfoManager.h"
 #include "support/AppDirectories.h"
+#include "support/PathText.h"
 
 namespace quester {
 
@@ -155,6 +156,11 @@ std::vector<Url> SearchLocation::locationURLs() const {
 std::vector<std::string> SearchLocation::locationPaths() const {
     std::vector<std::string> paths;
     for (const auto& url : locationURLs()) paths.push_back(url.path());
+    for (const auto& target : allTargets) {
+        const auto* offline = target.offlineValue();
+        auto root = offline && offline->cache ? offline->cache->rootURL() : std::nullopt;
+        if (root) paths.push_back(root->path());
+    }
     return paths;
 }
 
@@ -177,12 +183,16 @@ std::vector<std::shared_ptr<const CacheVC_IndexInterface>> SearchLocation::cache
         if (const auto* offline = target.offlineValue(); offline && offline->cache) caches.push_back(offline->cache);
     }
     auto disks = Url::namedBootVolumeURLsToSlashRoot(disksForLocations());
+    const std::vector<std::string> folders = locationPaths();
     for (const auto& cache : knownCaches) {
         auto root = cache ? cache->rootURL() : std::nullopt;
         if (!root) continue;
         bool onDisk = std::any_of(disks.begin(), disks.end(),
                                   [&](const Url& disk) { return root->path().starts_with(disk.path()); });
-        if (onDisk) caches.push_back(cache);
+        // A folder searched inside a cached folder is answered by its cache too.
+        bool holdsFolder = std::any_of(folders.begin(), folders.end(),
+                                       [&](const std::string& folder) { return isSameOrBelow(folder, root->path()); });
+        if (onDisk || holdsFolder) caches.push_back(cache);
     }
     return caches;
 }

@@ -39,12 +39,13 @@ struct SearchLocation {
 
     // The URLs of the folder targets, in order.
     std::vector<Url> locationURLs() const;
-    // The paths of `locationURLs`: the folders a person asked to search.
+    // The paths of `locationURLs`, then the folders of the off-line targets'
+    // caches: the folders a person asked to search.
     std::vector<std::string> locationPaths() const;
     // `locationURLs` with "/" replaced, at the front, by the boot volume's URLs.
     std::vector<Url> disksForLocations() const;
     // The caches of the off-line targets, then each of `knownCaches` whose root
-    // lies in one of the location's disks.
+    // lies in one of the location's disks or holds one of its folders.
     std::vector<std::shared_ptr<const CacheVC_IndexInterface>> cachesForLocations(
         const std::vector<std::shared_ptr<const CacheVC_IndexInterface>>& knownCaches) const;
     // Whether a path lies in the location, by plain text prefix of the corrected

@@ -97,11 +97,14 @@ bool isPartOfTheNameTest(const Command& command) {
            dynamic_cast<const NotIncludingWords*>(&command) != nullptr;
 }
 
-SearchResult enclosingFolderResult(const std::string& path, SearchResultSupplier supplier, bool checkToSeeIfItExists) {
+// A folder of an item found in the cache of a disk that is off line is off line too.
+SearchResult enclosingFolderResult(const std::string& path, SearchResultSupplier supplier, bool checkToSeeIfItExists,
+                                   bool isOffline) {
     SearchResult folder = SearchResult::forFile(supplier, path, checkToSeeIfItExists);
     folder.url = Url(path, true);
     folder.isDirectory = true;
     folder.size = 0;
+    folder.isOffline = isOffline;
     return folder;
 }
 
@@ -424,13 +427,15 @@ std::vector<SearchResult> SearchManager::expandAndFilter(SearchResult result, co
     claimForFiltering(scratch.keys, scratch.isNew);
     const SearchResultSupplier supplier = result.searchResultSuppliedBy;
     const bool checkToSeeIfItExists = result.checkToSeeIfItExists;
+    const bool isOffline = result.isOffline;
     std::vector<SearchResult> passing;
     for (std::size_t i = 0; i < scratch.keys.size() && !shouldStop(); ++i) {
         if (!scratch.isNew[i]) continue;
         // Most enclosing folders were judged before, so a folder's attributes
         // are read only once it is known to be new.
         SearchResult candidate =
-            i == 0 ? std::move(result) : enclosingFolderResult(scratch.folders[i - 1], supplier, checkToSeeIfItExists);
+            i == 0 ? std::move(result)
+                   : enclosingFolderResult(scratch.folders[i - 1], supplier, checkToSeeIfItExists, isOffline);
         if (judgeClaimed(candidate, commands)) passing.push_back(std::move(candidate));
     }
     return passing;

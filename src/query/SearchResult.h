@@ -32,6 +32,7 @@ struct SearchResult {
     bool ignoreSearchLocation = false;
     bool isDirectory = false;
     bool strikeThroughDisplayNameIfMissing = false;
+    bool isOffline = false;  // known from the cache of a disk that is not connected now
     SearchResultSupplier searchResultSuppliedBy = SearchResultSupplier::none;
     std::optional<std::vector<FoundItem>> foundItems;
     // Per found text line, where in it the query's words lie.

@@ -88,6 +88,7 @@ nlohmann::ordered_json ResultRecord::of(const UINode& row) {
     }
     if (!foundItems.empty()) record["found"] = std::move(foundItems);
     if (!isValidUTF8(path)) record["pathBase64"] = base64(path);
+    record["online"] = !row.isOffline();
     return record;
 }
 

@@ -104,6 +104,16 @@ std::vector<std::string> foundLinesOf(const UINode& node) {
     return lines;
 }
 
+// An item of a disk that is not connected is struck through.
+const char* offlineStyle(const UINode& node) {
+    return node.isOffline() ? "\033[9m" : "";
+}
+
+std::string styled(const std::string& line, const char* style, bool useEscapes) {
+    if (!useEscapes || *style == '\0') return line + "\n";
+    return style + line + "\033[0m\n";
+}
+
 }  // namespace
 
 std::size_t ResultsTable::displayWidth(std::string_view text) {
@@ -124,7 +134,7 @@ std::string ResultsTable::shortenedInTheMiddle(std::string_view text, std::size_
 }
 
 std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates,
-                                 bool boldHeader) {
+                                 bool useEscapes) {
     std::vector<Row> table{{"Name", "Folder", "Size", "Modified", "Kind"}};
     std::vector<std::vector<std::string>> foundLines{{}};
     for (const auto& node : rows) {
@@ -150,7 +160,7 @@ std::string ResultsTable::render(const UINode::NodeList& rows, std::size_t termi
             const std::string cell = shortenedInTheMiddle(row[column], widths[column]);
             line += column == kindColumn ? cell : padded(cell, widths[column], column == sizeColumn);
         }
-        text += text.empty() && boldHeader ? "\033[1m" + line + "\033[0m\n" : line + "\n";
+        text += styled(line, index == 0 ? "\033[1m" : offlineStyle(*rows[index - 1]), useEscapes);
         const std::size_t lineWidth = terminalWidth - std::min(terminalWidth, foundLineIndent);
         for (const auto& found : foundLines[index]) {
             text += std::string(foundLineIndent, ' ') + shortenedAtTheEnd(found, lineWidth) + "\n";

@@ -19,9 +19,10 @@ namespace quester {
 // found inside a file follow its row, indented, each cut at the end to fit.
 class ResultsTable {
 public:
-    // `boldHeader` sets the header line in bold with terminal escapes.
+    // `useEscapes` sets the header line in bold and strikes through the rows
+    // of disks that are off line, with terminal escapes.
     static std::string render(const UINode::NodeList& rows, std::size_t terminalWidth, const ResultDateText& dates,
-                              bool boldHeader = false);
+                              bool useEscapes = false);
 
     // `text` cut to at most `width` columns by replacing its middle with "…";
     // user-perceived characters are never split.

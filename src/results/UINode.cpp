@@ -148,6 +148,7 @@ void UINode::takeFieldsOf(const SearchResult& searchResult) {
     madeFromResult = true;
     rank = searchResult.contentSearchResultsRank;
     strikeThroughIfMissing = searchResult.strikeThroughDisplayNameIfMissing;
+    offline = searchResult.isOffline;
     deleteFromResultsIfMissing = searchResult.checkToSeeIfItExists;
     tryCollectSummaryLines = searchResult.tryCollectSummaryLines;
     size = searchResult.size;

@@ -143,6 +143,8 @@ public:
     bool isInChanged() const { return inChange.load(); }
 
     bool isFromSearchResult() const { return madeFromResult; }
+    // Known from the cache of a disk that is not connected now.
+    bool isOffline() const { return offline; }
     // The content rank of the result the row was made for.
     std::int64_t searchResultRank() const { return rank.load(); }
     // Main loop only: the rank that a late content search gave.
@@ -221,6 +223,7 @@ private:
     bool deleteFromResultsIfMissing = false;
     bool tryCollectSummaryLines = false;
     bool strikeThroughIfMissing = false;
+    bool offline = false;
     bool isDirectory = false;
     std::atomic<bool> inChange{false};
     Locked<std::unique_ptr<Changable>> changed;  // null: `initialChanges` holds

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -37,6 +38,21 @@ protected:
         for (std::string line; std::getline(lines, line);) {
             auto row = nlohmann::json::parse(line);
             rows[row["name"].get<std::string>()] = row;
+        }
+        return rows;
+    }
+    // The `search --format json` records of a search, by path.
+    std::map<std::string, nlohmann::json> found(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "search");
+        arguments.insert(arguments.end(), {"--format", "json"});
+        auto search = quester(arguments);
+        EXPECT_LT(search.status, 2) << search.err;
+        std::map<std::string, nlohmann::json> rows;
+        std::istringstream lines(search.out);
+        for (std::string line; std::getline(lines, line);) {
+            auto row = nlohmann::json::parse(line);
+            EXPECT_EQ(rows.count(row["path"].get<std::string>()), 0u) << "each path once: " << line;
+            rows[row["path"].get<std::string>()] = row;
         }
         return rows;
     }
@@ -142,22 +158,111 @@ TEST_F(CacheCommandIntegration, CtrlCStopsAnUpdateCleanlyAndTheNextOneCompletesI
     EXPECT_EQ(listed()["docs"]["items"], documents);
 }
 
-// An unmounted disk leaves its mount point behind as an empty folder; an
-// update then must not take the empty folder for the disk and empty the cache.
-TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouched) {
+// A cache answers for its folder after the folder has gone (as a disk does
+// when unplugged): by the cache's name, with the recorded sizes, marked off
+// line, for names and for words inside documents, and it is left as it was.
+TEST_F(CacheCommandIntegration, ACacheOfAFolderThatHasGoneAnswersByItsNameOffLine) {
+    tree.write("trip/beach-1.jpg", "12345");
+    tree.write("trip/day2/beach-2.jpg", "1234567");
+    tree.write("trip/notes-beach.txt", "a sunny day by the sea");
+    tree.write("trip/other.png", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/trip", "--name", "Trip", "--content", "text"}).status, 0);
+    ASSERT_EQ(listed()["Trip"]["items"], 4);
+    fs::rename(tree.path() / "trip", scratch.path() / "moved");
+
+    auto rows = found({"beach", "--location", "Trip"});
+    const std::string trip = tree.str() + "/trip";
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[trip + "/beach-1.jpg"]["size"], 5);
+    EXPECT_EQ(rows[trip + "/day2/beach-2.jpg"]["size"], 7);
+    for (const auto& [path, row] : rows) EXPECT_EQ(row["online"], false) << path;
+    auto content = found({"beach : content sunny", "--location", "Trip"});
+    ASSERT_EQ(content.size(), 1u);
+    EXPECT_EQ(content.begin()->first, trip + "/notes-beach.txt");
+    EXPECT_EQ(content.begin()->second["online"], false);
+    EXPECT_TRUE(found({"beach : content rain", "--location", "Trip"}).empty());
+    EXPECT_EQ(found({"beach", "--only-caches"}).size(), 3u);
+    EXPECT_EQ(quester({"search", "beach", "--in", scratch.str(), "--only-caches"}).status, 1);
+
+    auto after = listed();
+    EXPECT_EQ(after["Trip"]["items"], 4);
+    EXPECT_EQ(after["Trip"]["state"], "off line");
+}
+
+// The walk and the cache supply the same files; each comes once, and a
+// folder searched inside the cached one is answered by the cache alone when
+// asked. A search updates a cache that is due only when the setting allows.
+TEST_F(CacheCommandIntegration, AFolderInsideACacheIsAnsweredByItAndDueCachesUpdateWhenAllowed) {
+    tree.write("docs/plan-a.txt", "x");
+    tree.write("docs/old/plan-b.txt", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/docs", "--every", "restart"}).status, 0);
+    tree.write("docs/old/plan-c.txt", "x");
+    EXPECT_EQ(found({"plan", "--in", tree.str() + "/docs"}).size(), 3u);
+    auto inside = found({"plan", "--in", tree.str() + "/docs/old", "--only-caches"});
+    ASSERT_EQ(inside.size(), 1u);
+    EXPECT_EQ(inside.begin()->first, tree.str() + "/docs/old/plan-b.txt");
+    EXPECT_EQ(inside.begin()->second["online"], true);
+    EXPECT_EQ(listed()["docs"]["items"], 2) << "no update without the setting";
+
+    ASSERT_EQ(quester({"config", "set", "fileContentCachingTimeUpdatesEnabled", "true"}).status, 0);
+    EXPECT_EQ(found({"plan", "--in", tree.str() + "/docs/old", "--only-caches"}).size(), 1u);
+    EXPECT_EQ(listed()["docs"]["items"], 3);
+    EXPECT_EQ(found({"plan", "--in", tree.str() + "/docs/old", "--only-caches"}).size(), 2u);
+}
+
+// A cache file cut short is set aside at the first use and comes back empty,
+// to be rebuilt; the other caches answer meanwhile.
+TEST_F(CacheCommandIntegration, ATruncatedCacheIsSetAsideOnceAndTheOthersKeepAnswering) {
+    for (int i = 0; i < 200; ++i) tree.write("a/song" + std::to_string(i) + ".mp3", "x");
+    tree.write("b/song-b.mp3", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/a"}).status, 0);
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/b"}).status, 0);
+    const fs::path damaged = home.path() / "data/a.qscache";
+    const auto half = fs::file_size(damaged) / 2;
+    fs::resize_file(damaged, half);
+
+    auto rows = found({"song", "--only-caches"});
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows.begin()->first, tree.str() + "/b/song-b.mp3");
+    ASSERT_TRUE(fs::exists(home.path() / "data/a.qscache.corrupt"));
+    EXPECT_EQ(fs::file_size(home.path() / "data/a.qscache.corrupt"), half);
+    EXPECT_EQ(listed()["a"]["state"], "needs rebuild");
+    EXPECT_EQ(found({"song", "--only-caches"}).size(), 1u);
+    EXPECT_EQ(fs::file_size(home.path() / "data/a.qscache.corrupt"), half) << "set aside once";
+
+    ASSERT_EQ(quester({"cache", "update", "a"}).status, 0);
+    EXPECT_EQ(listed()["a"]["state"], "ready");
+    EXPECT_EQ(found({"song", "--only-caches"}).size(), 201u);
+}
+
+// A small ext4 disk image, labelled, mounted on a loop device: root only.
+class LoopDiskIntegration : public CacheCommandIntegration {
+protected:
+    void SetUp() override {
+        std::string make = "truncate -s 16M " + QuesterProcess::quoted(image) + " && mkfs.ext4 -q -F -L qcachetest " +
+                           QuesterProcess::quoted(image) + " >/dev/null 2>&1";
+        fs::create_directories(mountPoint);
+        if (geteuid() != 0 || std::system(make.c_str()) != 0 || !mount())
+            GTEST_SKIP() << "loop devices can't be mounted here";
+        for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
+    }
+    bool mount() {
+        std::string command = "mount -o loop " + QuesterProcess::quoted(image) + " " +
+                              QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
+        return std::system(command.c_str()) == 0;
+    }
+    bool unmount() {
+        return std::system(("umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1").c_str()) == 0;
+    }
     std::string image = scratch.str() + "/disk.img";
     std::string mountPoint = scratch.str() + "/disk";
-    fs::create_directories(mountPoint);
-    std::string make = "truncate -s 16M " + QuesterProcess::quoted(image) + " && mkfs.ext4 -q -F -L qcachetest " +
-                       QuesterProcess::quoted(image) + " >/dev/null 2>&1";
-    std::string mount = "mount -o loop " + QuesterProcess::quoted(image) + " " + QuesterProcess::quoted(mountPoint) +
-                        " >/dev/null 2>&1";
-    std::string unmount = "umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
-    if (geteuid() != 0 || std::system(make.c_str()) != 0 || std::system(mount.c_str()) != 0)
-        GTEST_SKIP() << "loop devices can't be mounted here";
-    for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
+};
+
+// An unmounted disk leaves its mount point behind as an empty folder; an
+// update then must not take the empty folder for the disk and empty the cache.
+TEST_F(LoopDiskIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouched) {
     auto added = quester({"cache", "add", mountPoint, "--name", "Disk"});
-    ASSERT_EQ(std::system(unmount.c_str()), 0);
+    ASSERT_TRUE(unmount());
     ASSERT_EQ(added.status, 0) << added.err;
     EXPECT_EQ(listed()["Disk"]["items"], 10);
     auto bytes = fs::file_size(home.path() / "data/Disk.qscache");
@@ -171,9 +276,9 @@ TEST_F(CacheCommandIntegration, AnUnmountedDiskIsOffLineAndItsCacheIsLeftUntouch
     EXPECT_EQ(rows["Disk"]["items"], 10);
     EXPECT_EQ(fs::file_size(home.path() / "data/Disk.qscache"), bytes);
 
-    ASSERT_EQ(std::system(mount.c_str()), 0);
+    ASSERT_TRUE(mount());
     auto back = quester({"cache", "update", "Disk"});
-    (void)std::system(unmount.c_str());
+    (void)unmount();
     EXPECT_EQ(back.status, 0) << back.err;
     EXPECT_EQ(listed()["Disk"]["items"], 10);
 }
@@ -298,6 +403,25 @@ TEST_F(CacheCommandIntegration, TheDailyRunUpdatesEveryCacheOnceADay) {
     tree.write("a/z.txt", "x");
     ASSERT_EQ(quester({"cache", "update", "--due"}).status, 0);
     EXPECT_EQ(listed()["a"]["items"], 2) << "one run a day";
+}
+
+// The empty mount point of an unplugged disk is no reason to call its files
+// gone: its cache lists them by its name, off line, until the disk is back.
+TEST_F(LoopDiskIntegration, AnUnpluggedDiskIsSearchedThroughItsCache) {
+    ASSERT_EQ(quester({"cache", "add", mountPoint, "--name", "Disk"}).status, 0);
+    ASSERT_TRUE(unmount());
+    auto rows = found({"photo", "--location", "Disk"});
+    EXPECT_EQ(rows.size(), 10u);
+    for (const auto& [path, row] : rows) {
+        EXPECT_EQ(row["online"], false) << path;
+        EXPECT_EQ(row["size"], 1) << path;
+    }
+    EXPECT_EQ(found({"photo", "--in", mountPoint}), rows) << "the empty mount point is answered by the cache";
+    ASSERT_TRUE(mount());
+    rows = found({"photo", "--location", "Disk"});
+    (void)unmount();
+    EXPECT_EQ(rows.size(), 10u);
+    for (const auto& [path, row] : rows) EXPECT_EQ(row["online"], true) << path;
 }
 
 }  // namespace

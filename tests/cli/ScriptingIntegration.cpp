@@ -127,12 +127,13 @@ TEST_F(ScriptingTest, JsonRecordsHoldTheDocumentedKeysInTheirOrder) {
     std::vector<std::string> keys;
     for (const auto& item : record.items()) keys.push_back(item.key());
     EXPECT_EQ(keys, (std::vector<std::string>{"path", "name", "folder", "type", "kind", "size", "modified", "created",
-                                              "accessed", "tags"}));
+                                              "accessed", "tags", "online"}));
     EXPECT_EQ(record["path"], file);
     EXPECT_EQ(record["name"], "budget-2024.xlsx");
     EXPECT_EQ(record["folder"], at("docs"));
     EXPECT_EQ(record["type"], "file");
     EXPECT_EQ(record["size"], 5);
+    EXPECT_EQ(record["online"], true);
     EXPECT_EQ(record["modified"], "2023-07-04T09:30:00Z");
     EXPECT_EQ(record["accessed"], "2023-11-14T22:13:20Z");
     if (tagsWork) {

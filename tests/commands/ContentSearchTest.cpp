@@ -272,5 +272,21 @@ TEST(ContentSearchJudgement, FoldersAndDisabledKindsAreExcludedUnread) {
     EXPECT_EQ(text.contentSearchResultsRank, 1);
 }
 
+// The cache's content pass matched the words in its word index; a name it
+// supplied must be read like any other file.
+TEST(ContentSearchJudgement, WhatACachesWordIndexFoundIsAcceptedUnread) {
+    ContentSearchCommand command("total", "", {});
+    CountingFeedback feedback;
+    const QueryContainer query;
+    SearchResult fromWords = fileResult("/unplugged/disk/notes.txt", 17);
+    fromWords.searchResultSuppliedBy = SearchResultSupplier::CompactContentIndex;
+    fromWords.tryCollectSummaryLines = true;
+    EXPECT_EQ(command.commandImpApply(fromWords, &feedback, query), CommandApplyResult::accept);
+    SearchResult fromNames = fileResult("/unplugged/disk/notes.txt", 17);
+    fromNames.searchResultSuppliedBy = SearchResultSupplier::CompactContentIndex;
+    EXPECT_EQ(command.commandImpApply(fromNames, &feedback, query), CommandApplyResult::exclude);
+    EXPECT_EQ(feedback.filesRead, 1);
+}
+
 }  // namespace
 }  // namespace quester

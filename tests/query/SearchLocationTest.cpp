@@ -102,6 +102,11 @@ TEST(SearchLocation, CachesOfTheLocationFollowTheOfflineOnes) {
     ASSERT_EQ(caches.size(), 2u);
     EXPECT_EQ(caches[0], offline);
     EXPECT_EQ(caches[1], inside);
+    // A cache whose folder holds a searched folder answers for it.
+    auto holding = std::make_shared<FakeCache>("Holding", Url("/srv", true));
+    EXPECT_EQ(location.cachesForLocations({holding}).size(), 2u);
+    // The hidden rules judge below a named cache's folder as below a typed one.
+    EXPECT_EQ(location.locationPaths(), (std::vector<std::string>{"/srv/data", "/mnt/gone"}));
 }
 
 TEST(SearchLocationPresets, NamesRoundTrip) {

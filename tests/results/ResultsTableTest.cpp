@@ -38,6 +38,20 @@ TEST_F(TableTest, aNarrowTerminalShortensTheWiderOfFolderAndNameFirst) {
               "rep…df  /ho…ly  1 byte  04/07/2023, 09:30  PDF…nt\n");
 }
 
+TEST_F(TableTest, escapesSetTheHeaderInBoldAndStrikeThroughRowsOfDisksOffLine) {
+    SearchResult offline;
+    offline.url = Url("/media/usb/a.txt");
+    offline.size = 5;
+    offline.modDate = 1688463000;
+    offline.isOffline = true;
+    rows = {row("/srv/b.txt", 5, 1688463000), UINode::create(offline)};
+    EXPECT_EQ(ResultsTable::render(rows, 200, dates, true),
+              "\033[1mName   Folder         Size  Modified           Kind\033[0m\n"
+              "b.txt  /srv        5 bytes  04/07/2023, 09:30  Plain text document\n"
+              "\033[9ma.txt  /media/usb  5 bytes  04/07/2023, 09:30  Plain text document\033[0m\n");
+    EXPECT_EQ(ResultsTable::render(rows, 200, dates).find('\033'), std::string::npos);
+}
+
 // Widths counted code points, so wide characters pushed the columns after
 // them out of line and combining marks pulled them in.
 TEST(ResultsTableText, widthsCountTerminalColumns) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "cache/CacheMirror.h"
 #include "cache/CachedLocation.h"
 #include "cache/ContentIndexBuild.h"
 #include "commands/ContentSearchCommand.h"
@@ -70,6 +71,7 @@ void ContentIndexSearch::search(const QueryContainer& query, SearchDataSourceDel
     if (!preferences.boolValue("diskCatalogCaching")) return;
     const std::vector<ContentIndex*> chosen = cachesForLocations(query);
     LOG("cachesForLocations: " + namesOf(chosen));
+    for (ContentIndex* cache : chosen) syncSharedCopy(*cache);
     if (!query.searchWords().empty()) {
         for (ContentIndex* cache : chosen) {
             if (handler.shouldStop()) return;
@@ -77,6 +79,13 @@ void ContentIndexSearch::search(const QueryContainer& query, SearchDataSourceDel
         }
     }
     searchContentIfNeeded(query, chosen, handler);
+}
+
+// A shared cache takes the newer of its file and its shared copy before it
+// is read, so that a search sees what another machine last recorded.
+void ContentIndexSearch::syncSharedCopy(ContentIndex& cache) {
+    Result<CacheMirror::Action> synced = CacheMirror::mirrorIfNeeded(cache, false);
+    if (!synced) LOG("the shared copy of " + cache.displayName() + " was not synced: " + synced.error().message);
 }
 
 void ContentIndexSearch::searchNames(ContentIndex& cache, const QueryContainer& query,

@@ -43,6 +43,7 @@ public:
                                SearchDataSourceDelegate& handler);
 
 private:
+    static void syncSharedCopy(ContentIndex& cache);
     void searchNames(ContentIndex& cache, const QueryContainer& query, SearchDataSourceDelegate& handler);
     std::vector<SearchResult> contentResults(ContentIndex& cache, const QueryContainer& query,
                                              const std::map<std::string, std::int64_t>& ranks);

@@ -335,6 +335,25 @@ TEST_F(CacheCommandIntegration, ASharedCopyStaysLevelWithUpdatesFromEitherMachin
     EXPECT_TRUE(fs::exists(copy));
 }
 
+// Another machine's update reaches this one through the shared copy at the
+// next search: the search takes the newer file before reading it.
+TEST_F(CacheCommandIntegration, ASearchReadsTheNewerSharedCopyOfACache) {
+    tree.write("photos/p0.jpg", "x");
+    TempDir shared, otherHome;
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/photos", "--shared-copy", shared.str()}).status, 0);
+    fs::path copy = shared.path() / "photos.qscache", onA = home.path() / "data/photos.qscache";
+    backdate(onA, 1000);
+    backdate(copy, 1000);
+    tree.write("photos/p1.jpg", "x");
+    auto onMachineB =
+        QuesterProcess::run(QUESTER_BINARY, {"cache", "add", tree.str() + "/photos", "--shared-copy", copy.string()},
+                            scratch, "QUESTER_HOME=" + QuesterProcess::quoted(otherHome.str()) + " ");
+    ASSERT_EQ(onMachineB.status, 0) << onMachineB.err;
+    backdate(copy, 300);
+    EXPECT_EQ(found({"jpg", "--only-caches"}).size(), 2u);
+    expectLevel(onA, copy);
+}
+
 // A shared copy on a disk that was unplugged (its mount point now an empty
 // folder of another disk) is never written; the cache itself is updated.
 TEST_F(CacheCommandIntegration, ASharedCopyWhoseDiskIsNotMountedIsLeftAlone) {
@@ -368,7 +387,8 @@ TEST_F(CacheCommandIntegration, CtrlCDuringAnUpdateOfASharedCacheBringsTheShared
         quester({"cache", "add", "--content", "text", tree.str() + "/docs", "--shared-copy", shared.str()}).status, 0);
     fs::path copy = shared.path() / "docs.qscache", local = home.path() / "data/docs.qscache";
     std::string before = testing::readFile(copy);
-    for (int i = 0; i < 2000; ++i)
+    // Enough documents that the update is still reading them when Ctrl-C comes.
+    for (int i = 0; i < 6000; ++i)
         tree.write("docs/d" + std::to_string(i / 20) + "/n" + std::to_string(i) + ".txt", "some words here");
     std::string command = "QUESTER_HOME=" + QuesterProcess::quoted(home.str()) + " exec " +
                           QuesterProcess::quoted(QUESTER_BINARY) + " cache update docs >/dev/null 2>&1";

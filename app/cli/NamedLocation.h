@@ -9,17 +9,23 @@
 namespace quester::cli {
 
 // What a location name stands for on the command line: folders to search,
-// or a disk cache, which answers also while its disk is not connected.
+// and disk caches, which answer also while their disks are not connected.
 struct NamedLocation {
+    struct Cache {
+        const ContentIndex* cache = nullptr;
+        // A cache that only covers a group's member stands back while the
+        // location has folders of its own to search.
+        bool isExplicit = true;
+    };
     std::vector<std::string> folders;
-    const ContentIndex* cache = nullptr;
+    std::vector<Cache> caches;
 };
 
-// A group's member folders that can be reached now (on the disk they were
-// added from, when it was known), else a favourite folder's keyword, else a
-// disk cache of `caches` by its name, else a preset ("home", "all", "local",
-// "network", "external", "backups"). Fails with what names there are when
-// none matches.
+// A group: its members that can be reached now (on the disk they were added
+// from, when it was known), its cache members, and the caches that cover its
+// members; else a favourite folder's keyword, else a disk cache of `caches`
+// by its name, else a preset ("home", "all", "local", "network", "external",
+// "backups"). Fails with what names there are when none matches.
 Result<NamedLocation> locationNamed(const std::string& name, const std::vector<ContentIndex*>& caches);
 
 }  // namespace quester::cli

@@ -115,8 +115,8 @@ struct TypedLocations {
     std::vector<SearchTarget> cacheTargets;
 };
 
-SearchTarget cacheTarget(const ContentIndex& cache) {
-    return SearchTarget::offline(std::make_shared<CachedLocation>(cache), true);
+SearchTarget cacheTarget(const ContentIndex& cache, bool isExplicit = true) {
+    return SearchTarget::offline(std::make_shared<CachedLocation>(cache), isExplicit);
 }
 
 // The folders typed with --in and those of the names given with --location,
@@ -127,7 +127,8 @@ Result<TypedLocations> typedLocations(const SearchOptions& options, const std::v
     for (const auto& name : options.locationNames) {
         auto named = locationNamed(name, caches);
         if (!named) return named.error();
-        if (named->cache) typed.cacheTargets.push_back(cacheTarget(*named->cache));
+        for (const auto& [cache, isExplicit] : named->caches)
+            typed.cacheTargets.push_back(cacheTarget(*cache, isExplicit));
         for (const auto& folder : named->folders) {
             if (Status recorded = RecentLocations().add(folder); !recorded)
                 complain("cannot record the recent location: " + recorded.error().message);

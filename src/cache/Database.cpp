@@ -19,8 +19,10 @@ std::string_view viewOf(const MDB_val& value) {
 
 Result<std::unique_ptr<Database>> Database::open(std::shared_ptr<Environment> environment,
                                                  const std::optional<std::string>& name, unsigned flags) {
-    Result<Transaction> transaction =
-        Transaction::begin(*environment, environment->isReadOnly() ? unsigned{Transaction::readOnly} : 0u);
+    // Opening what exists writes nothing: LMDB trusts a page it writes back
+    // more than one it only reads.
+    const bool writes = (flags & create) != 0 && !environment->isReadOnly();
+    Result<Transaction> transaction = Transaction::begin(*environment, writes ? 0u : unsigned{Transaction::readOnly});
     if (!transaction) return transaction.error();
     MDB_dbi dbi = 0;
     std::string label = name ? "database " + *name : std::string("the unnamed database");

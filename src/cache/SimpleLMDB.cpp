@@ -90,6 +90,8 @@ SimpleLMDB::~SimpleLMDB() {
 
 Status SimpleLMDB::open(const std::string& file) {
     if (Status checked = checkUnlessUnchanged(file); !checked) return checked;
+    Result<FileStatus> before = FileSystem::real().status(file);
+    const bool isNew = !before || before->size == 0;
     Result<std::shared_ptr<Environment>> opened = Environment::open(
         file, Environment::noLock | Environment::noSubDir | Environment::noSync, maxDBs, std::nullopt, mapSize);
     if (!opened) return opened.error();
@@ -98,9 +100,13 @@ Status SimpleLMDB::open(const std::string& file) {
         environment.reset();
         return checked;
     }
-    Result<std::unique_ptr<Database>> db = Database::open(environment, std::string(databaseName), Database::create);
+    // Only a new file is given its database; a file without one is damaged.
+    Result<std::unique_ptr<Database>> db =
+        Database::open(environment, std::string(databaseName), isNew ? unsigned{Database::create} : 0u);
     if (!db) {
         environment.reset();
+        if (db.error().code == ErrorCode::notFound)
+            return makeError(ErrorCode::corrupt, "the cache file " + file + " is damaged: it holds no store");
         return db.error();
     }
     database = std::move(*db);

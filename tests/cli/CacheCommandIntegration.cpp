@@ -189,6 +189,38 @@ TEST_F(CacheCommandIntegration, ACacheOfAFolderThatHasGoneAnswersByItsNameOffLin
     EXPECT_EQ(after["Trip"]["state"], "off line");
 }
 
+// A group's member that has gone is searched through the cache covering it,
+// beside the members still there; a cache added as a member answers too, and
+// the ignore list holds for what the caches supply.
+TEST_F(CacheCommandIntegration, AGroupAnswersForAMemberThatHasGoneThroughItsCache) {
+    tree.write("trip/beach-1.jpg", "12345");
+    tree.write("trip/beach-2.png", "x");
+    tree.write("here/beach-3.jpg", "x");
+    tree.write("elsewhere/beach-4.jpg", "x");
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/trip", "--name", "Trip"}).status, 0);
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/elsewhere", "--name", "Far"}).status, 0);
+    ASSERT_EQ(quester({"group", "add", "Holiday", tree.str() + "/trip", tree.str() + "/here"}).status, 0);
+    ASSERT_EQ(quester({"group", "add", "Holiday", "--cache", "Far"}).status, 0);
+    EXPECT_EQ(quester({"group", "add", "Holiday", "--cache", "Nowhere"}).status, 2);
+    auto list = quester({"group", "list"});
+    EXPECT_NE(list.out.find("  cache Far"), std::string::npos) << list.out;
+
+    fs::rename(tree.path() / "trip", scratch.path() / "moved");
+    fs::rename(tree.path() / "elsewhere", scratch.path() / "moved-too");
+    auto rows = found({"beach", "--location", "Holiday"});
+    ASSERT_EQ(rows.size(), 4u);
+    EXPECT_EQ(rows[tree.str() + "/trip/beach-1.jpg"]["online"], false);
+    EXPECT_EQ(rows[tree.str() + "/trip/beach-1.jpg"]["size"], 5);
+    EXPECT_EQ(rows[tree.str() + "/elsewhere/beach-4.jpg"]["online"], false);
+    EXPECT_EQ(rows[tree.str() + "/here/beach-3.jpg"]["online"], true);
+
+    ASSERT_EQ(quester({"ignore", "add", "extension", "png"}).status, 0);
+    EXPECT_EQ(found({"beach", "--location", "Holiday"}).count(tree.str() + "/trip/beach-2.png"), 0u);
+    EXPECT_EQ(found({"beach", "--location", "Holiday", "--no-ignore"}).count(tree.str() + "/trip/beach-2.png"), 1u);
+    ASSERT_EQ(quester({"group", "remove", "Holiday", "--cache", "Far"}).status, 0);
+    EXPECT_EQ(found({"beach", "--location", "Holiday"}).size(), 2u);
+}
+
 // The walk and the cache supply the same files; each comes once, and a
 // folder searched inside the cached one is answered by the cache alone when
 // asked. A search updates a cache that is due only when the setting allows.
@@ -442,6 +474,18 @@ TEST_F(LoopDiskIntegration, AnUnpluggedDiskIsSearchedThroughItsCache) {
     (void)unmount();
     EXPECT_EQ(rows.size(), 10u);
     for (const auto& [path, row] : rows) EXPECT_EQ(row["online"], true) << path;
+}
+
+// A group whose member is a folder of a loop disk answers through the disk's
+// cache while the disk is unmounted.
+TEST_F(LoopDiskIntegration, AGroupMemberOnAnUnpluggedDiskAnswersThroughItsCache) {
+    ASSERT_EQ(quester({"cache", "add", mountPoint, "--name", "Disk"}).status, 0);
+    ASSERT_EQ(quester({"group", "add", "Photos", mountPoint}).status, 0);
+    ASSERT_TRUE(unmount());
+    auto rows = found({"photo", "--location", "Photos"});
+    ASSERT_TRUE(mount());
+    EXPECT_EQ(rows.size(), 10u);
+    for (const auto& [path, row] : rows) EXPECT_EQ(row["online"], false) << path;
 }
 
 }  // namespace

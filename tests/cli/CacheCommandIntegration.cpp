@@ -215,8 +215,14 @@ TEST_F(CacheCommandIntegration, AGroupAnswersForAMemberThatHasGoneThroughItsCach
     EXPECT_EQ(rows[tree.str() + "/here/beach-3.jpg"]["online"], true);
 
     ASSERT_EQ(quester({"ignore", "add", "extension", "png"}).status, 0);
-    EXPECT_EQ(found({"beach", "--location", "Holiday"}).count(tree.str() + "/trip/beach-2.png"), 0u);
-    EXPECT_EQ(found({"beach", "--location", "Holiday", "--no-ignore"}).count(tree.str() + "/trip/beach-2.png"), 1u);
+    ASSERT_EQ(quester({"ignore", "add", "folder", "elsewhere"}).status, 0);
+    rows = found({"beach", "--location", "Holiday"});
+    EXPECT_EQ(rows.count(tree.str() + "/trip/beach-2.png"), 0u);
+    EXPECT_EQ(rows.count(tree.str() + "/elsewhere/beach-4.jpg"), 0u) << "an ignored folder's files from a cache";
+    rows = found({"beach", "--location", "Holiday", "--no-ignore"});
+    EXPECT_EQ(rows.count(tree.str() + "/trip/beach-2.png"), 1u);
+    EXPECT_EQ(rows.count(tree.str() + "/elsewhere/beach-4.jpg"), 1u);
+    ASSERT_EQ(quester({"ignore", "remove", "folder", "elsewhere"}).status, 0);
     ASSERT_EQ(quester({"group", "remove", "Holiday", "--cache", "Far"}).status, 0);
     EXPECT_EQ(found({"beach", "--location", "Holiday"}).size(), 2u);
 }

@@ -167,9 +167,18 @@ std::optional<std::vector<ContentIndexManager::SavedIndexInfo>> ContentIndexMana
         std::int64_t raw = every != entry.end() && every->is_number_integer() ? every->get<std::int64_t>() : -1;
         setup.updatesEvery = cachingUpdatesTagFromRaw(raw).value_or(CachingUpdatesTag::week);
         saved.remoteDBBookmark = remoteBookmarkOf(entry);
+        if (auto mode = entry.find("indexMode"); mode != entry.end() && mode->is_number_integer())
+            saved.indexMode = contentIndexModeFromRaw(mode->get<std::int64_t>());
         entries.push_back(std::move(saved));
     }
     return entries;
+}
+
+// A file that holds no finished build (new, or set aside and begun again)
+// takes the mode the list kept for it.
+void ContentIndexManager::restoreIndexMode(ContentIndex& index, std::optional<ContentIndexMode> saved) {
+    DocumentInfo& info = index.mutableDocumentInfo();
+    if (saved && !info.numberOfFSItems) info.lastIndexMode = *saved;
 }
 
 void ContentIndexManager::load() {
@@ -190,6 +199,7 @@ void ContentIndexManager::load() {
             LOG("cache left out: " + made.error().description());
             continue;
         }
+        restoreIndexMode(**made, entry.indexMode);
         caches.push_back(std::move(*made));
     }
     if (needsSaving) (void)save();

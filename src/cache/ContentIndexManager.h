@@ -34,6 +34,9 @@ public:
     struct SavedIndexInfo {
         ContentIndex::Setup setup;
         std::optional<Bookmark> remoteDBBookmark;
+        // What the cache records besides names, kept here too: a file set
+        // aside as damaged comes back empty, and its rebuild needs it.
+        std::optional<ContentIndexMode> indexMode;
     };
     // The entries of the list's text. An entry without a file path is
     // dropped, a malformed field reads as absent (an unknown timing as a
@@ -103,6 +106,7 @@ public:
     static void clearOpenCrashBreadcrumb(const std::string& file);
 
 private:
+    static void restoreIndexMode(ContentIndex& index, std::optional<ContentIndexMode> saved);
     Result<std::unique_ptr<ContentIndex>> openListed(ContentIndex::Setup setup, std::optional<Bookmark> remote,
                                                      bool& needsSaving);
     static void followOriginal(ContentIndex& index, const std::string& original);

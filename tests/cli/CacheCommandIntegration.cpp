@@ -252,8 +252,9 @@ TEST_F(CacheCommandIntegration, AFolderInsideACacheIsAnsweredByItAndDueCachesUpd
 // to be rebuilt; the other caches answer meanwhile.
 TEST_F(CacheCommandIntegration, ATruncatedCacheIsSetAsideOnceAndTheOthersKeepAnswering) {
     for (int i = 0; i < 200; ++i) tree.write("a/song" + std::to_string(i) + ".mp3", "x");
+    tree.write("a/lyrics.txt", "la la land");
     tree.write("b/song-b.mp3", "x");
-    ASSERT_EQ(quester({"cache", "add", tree.str() + "/a"}).status, 0);
+    ASSERT_EQ(quester({"cache", "add", tree.str() + "/a", "--content", "text"}).status, 0);
     ASSERT_EQ(quester({"cache", "add", tree.str() + "/b"}).status, 0);
     const fs::path damaged = home.path() / "data/a.qscache";
     const auto half = fs::file_size(damaged) / 2;
@@ -270,7 +271,10 @@ TEST_F(CacheCommandIntegration, ATruncatedCacheIsSetAsideOnceAndTheOthersKeepAns
 
     ASSERT_EQ(quester({"cache", "update", "a"}).status, 0);
     EXPECT_EQ(listed()["a"]["state"], "ready");
+    EXPECT_EQ(listed()["a"]["content"], "text") << "the rebuild keeps the cache's mode";
     EXPECT_EQ(found({"song", "--only-caches"}).size(), 201u);
+    fs::rename(tree.path() / "a", scratch.path() / "a-gone");
+    EXPECT_EQ(found({": content land", "--location", "a"}).size(), 1u);
 }
 
 // A small ext4 disk image, labelled, mounted on a loop device: root only.

@@ -61,6 +61,13 @@ public:
     void setDisplayName(std::string newName) { name = std::move(newName); }
     const std::string& localDBFile() const { return dbFile; }
     const std::optional<std::string>& targetURL() const { return target; }
+    // Where the target's disk holds it, to find it again when the disk is
+    // mounted at another place; none until it was seen on its disk.
+    const std::optional<Bookmark>& targetBookmark() const { return targetMark; }
+    void setTargetBookmark(std::optional<Bookmark> bookmark) { targetMark = std::move(bookmark); }
+    // Moves the target to where its disk is mounted now. Only while nothing
+    // reads or builds the cache: the manager does it as it loads the list.
+    void relocateTarget(std::string path) { target = std::move(path); }
     CachingUpdatesTag updatesEvery() const { return updateTag; }
     void setUpdatesEvery(CachingUpdatesTag tag) { updateTag = tag; }
     const DocumentInfo& documentInfo() const { return info; }
@@ -144,7 +151,8 @@ private:
     const Uuid identity;
     std::string name;
     const std::string dbFile;
-    const std::optional<std::string> target;
+    std::optional<std::string> target;
+    std::optional<Bookmark> targetMark;
     CachingUpdatesTag updateTag;
     DocumentInfo info;
     std::unique_ptr<SimpleLMDB> db;

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cache/CacheMirror.h"
+#include "cache/ContentIndexBuild.h"
 #include "cache/DataConvertible.h"
 #include "platform/AtomicFile.h"
 #include "platform/FSUtilities.h"
@@ -67,16 +68,18 @@ nlohmann::json savedInfo(const ContentIndex& index) {
         {"uuidString", index.id().toString()},
     };
     if (index.targetURL()) entry["targetURL"] = fileScheme + *index.targetURL();
-    if (std::optional<Bookmark> remote = index.remoteDBBookmark())
-        entry["remoteDBBookmark"] = {
-            {"path", remote->path}, {"diskKey", remote->diskKey}, {"pathOnDisk", remote->pathOnDisk}};
+    auto bookmarkJSON = [](const Bookmark& mark) -> nlohmann::json {
+        return {{"path", mark.path}, {"diskKey", mark.diskKey}, {"pathOnDisk", mark.pathOnDisk}};
+    };
+    if (std::optional<Bookmark> remote = index.remoteDBBookmark()) entry["remoteDBBookmark"] = bookmarkJSON(*remote);
+    if (const std::optional<Bookmark>& target = index.targetBookmark()) entry["targetBookmark"] = bookmarkJSON(*target);
     return entry;
 }
 
-// The shared copy's reference as `savedInfo` writes it; none when absent or
-// malformed (the cache is then no longer shared).
-std::optional<Bookmark> remoteBookmarkOf(const nlohmann::json& entry) {
-    auto found = entry.find("remoteDBBookmark");
+// A reference as `savedInfo` writes it; none when absent or malformed (a
+// shared cache is then no longer shared, a target is looked for at its path).
+std::optional<Bookmark> bookmarkOf(const nlohmann::json& entry, const char* key) {
+    auto found = entry.find(key);
     if (found == entry.end() || !found->is_object()) return std::nullopt;
     Bookmark bookmark;
     for (auto [key, field] : {std::pair{"path", &Bookmark::path}, std::pair{"diskKey", &Bookmark::diskKey},
@@ -166,7 +169,11 @@ std::optional<std::vector<ContentIndexManager::SavedIndexInfo>> ContentIndexMana
         auto every = entry.find("updatesEvery");
         std::int64_t raw = every != entry.end() && every->is_number_integer() ? every->get<std::int64_t>() : -1;
         setup.updatesEvery = cachingUpdatesTagFromRaw(raw).value_or(CachingUpdatesTag::week);
-        saved.remoteDBBookmark = remoteBookmarkOf(entry);
+        saved.remoteDBBookmark = bookmarkOf(entry, "remoteDBBookmark");
+        if (std::optional<Bookmark> target = bookmarkOf(entry, "targetBookmark")) {
+            target->isFolder = true;
+            saved.targetBookmark = std::move(target);
+        }
         if (auto mode = entry.find("indexMode"); mode != entry.end() && mode->is_number_integer())
             saved.indexMode = contentIndexModeFromRaw(mode->get<std::int64_t>());
         entries.push_back(std::move(saved));
@@ -179,6 +186,26 @@ std::optional<std::vector<ContentIndexManager::SavedIndexInfo>> ContentIndexMana
 void ContentIndexManager::restoreIndexMode(ContentIndex& index, std::optional<ContentIndexMode> saved) {
     DocumentInfo& info = index.mutableDocumentInfo();
     if (saved && !info.numberOfFSItems) info.lastIndexMode = *saved;
+}
+
+// A disk mounted at another place than when it was cached is found by its
+// key, and its cache follows it there. A target seen on its disk for the
+// first time gets its reference. True when either changed what is saved.
+bool ContentIndexManager::relocateIfMoved(ContentIndex& index, std::optional<Bookmark> bookmark) {
+    if (!index.targetURL()) return false;
+    if (!bookmark) {
+        if (!ContentIndexBuild::isTargetMounted(index)) return false;
+        Result<Bookmark> made = Bookmark::makeForFolder(*index.targetURL());
+        if (made) index.setTargetBookmark(std::move(*made));
+        return made.ok();
+    }
+    index.setTargetBookmark(bookmark);
+    Result<Bookmark::Resolved> resolved = bookmark->resolve();
+    if (!resolved || !resolved->isStale || resolved->path == *index.targetURL()) return false;
+    LOG(index.displayName() + ": its disk is mounted at another place; the target is now " + resolved->path);
+    index.relocateTarget(resolved->path);
+    if (Result<Bookmark> renewed = Bookmark::makeForFolder(resolved->path)) index.setTargetBookmark(*renewed);
+    return true;
 }
 
 void ContentIndexManager::load() {
@@ -200,6 +227,7 @@ void ContentIndexManager::load() {
             continue;
         }
         restoreIndexMode(**made, entry.indexMode);
+        if (relocateIfMoved(**made, std::move(entry.targetBookmark))) needsSaving = true;
         caches.push_back(std::move(*made));
     }
     if (needsSaving) (void)save();

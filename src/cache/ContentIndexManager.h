@@ -37,6 +37,7 @@ public:
         // What the cache records besides names, kept here too: a file set
         // aside as damaged comes back empty, and its rebuild needs it.
         std::optional<ContentIndexMode> indexMode;
+        std::optional<Bookmark> targetBookmark;
     };
     // The entries of the list's text. An entry without a file path is
     // dropped, a malformed field reads as absent (an unknown timing as a
@@ -107,6 +108,7 @@ public:
 
 private:
     static void restoreIndexMode(ContentIndex& index, std::optional<ContentIndexMode> saved);
+    static bool relocateIfMoved(ContentIndex& index, std::optional<Bookmark> bookmark);
     Result<std::unique_ptr<ContentIndex>> openListed(ContentIndex::Setup setup, std::optional<Bookmark> remote,
                                                      bool& needsSaving);
     static void followOriginal(ContentIndex& index, const std::string& original);

@@ -22,6 +22,9 @@ struct Bookmark {
     std::string path;
     std::string diskKey;
     std::string pathOnDisk;  // below the mount point, without a leading "/"
+    // The reference is to a folder whose own disk counts (a disk's mount
+    // point among them), not the disk of the folder that holds it.
+    bool isFolder = false;
 
     struct Resolved {
         std::string path;
@@ -30,6 +33,8 @@ struct Bookmark {
 
     // notFound when the file's folder is missing or its disk has no key.
     static Result<Bookmark> make(const std::string& path);
+    // notFound when the folder is missing or its disk has no key.
+    static Result<Bookmark> makeForFolder(const std::string& folder);
     Result<Resolved> resolve() const;
 
     bool operator==(const Bookmark&) const = default;

@@ -288,14 +288,24 @@ protected:
             GTEST_SKIP() << "loop devices can't be mounted here";
         for (int i = 0; i < 10; ++i) std::ofstream(mountPoint + "/photo" + std::to_string(i) + ".jpg") << "x";
     }
-    bool mount() {
-        std::string command = "mount -o loop " + QuesterProcess::quoted(image) + " " +
-                              QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1";
+    // The disk must not outlive its test: another test's disk of the same
+    // label and size has the same key, and would be taken for it.
+    void TearDown() override {
+        for (const std::string& at : mounted) (void)unmount(at);
+    }
+    bool mount(const std::string& at) {
+        fs::create_directories(at);
+        mounted.push_back(at);
+        std::string command =
+            "mount -o loop " + QuesterProcess::quoted(image) + " " + QuesterProcess::quoted(at) + " >/dev/null 2>&1";
         return std::system(command.c_str()) == 0;
     }
-    bool unmount() {
-        return std::system(("umount " + QuesterProcess::quoted(mountPoint) + " >/dev/null 2>&1").c_str()) == 0;
+    bool mount() { return mount(mountPoint); }
+    bool unmount(const std::string& at) {
+        return std::system(("umount " + QuesterProcess::quoted(at) + " >/dev/null 2>&1").c_str()) == 0;
     }
+    bool unmount() { return unmount(mountPoint); }
+    std::vector<std::string> mounted;
     std::string image = scratch.str() + "/disk.img";
     std::string mountPoint = scratch.str() + "/disk";
 };
@@ -496,6 +506,25 @@ TEST_F(LoopDiskIntegration, AGroupMemberOnAnUnpluggedDiskAnswersThroughItsCache)
     ASSERT_TRUE(mount());
     EXPECT_EQ(rows.size(), 10u);
     for (const auto& [path, row] : rows) EXPECT_EQ(row["online"], false) << path;
+}
+
+// The same disk mounted at another place is found by its key: its cache
+// follows it there and answers on line with the new paths.
+TEST_F(LoopDiskIntegration, ADiskMountedElsewhereIsFoundByItsKey) {
+    ASSERT_EQ(quester({"cache", "add", mountPoint, "--name", "Disk"}).status, 0);
+    ASSERT_EQ(listed()["Disk"]["online"], true);  // the list is read once with the disk in place
+    ASSERT_TRUE(unmount());
+    const std::string elsewhere = scratch.str() + "/elsewhere";
+    ASSERT_TRUE(mount(elsewhere));
+    auto rows = found({"photo", "--location", "Disk"});
+    auto listing = listed();
+    (void)unmount(elsewhere);
+    ASSERT_EQ(rows.size(), 10u);
+    for (const auto& [path, row] : rows) {
+        EXPECT_TRUE(path.starts_with(elsewhere + "/")) << path;
+        EXPECT_EQ(row["online"], true) << path;
+    }
+    EXPECT_EQ(listing["Disk"]["target"], elsewhere);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "cache/FolderLister.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include "sources/DirectoryIterator.h"
 #include "support/LogFunc.h"
@@ -23,10 +22,6 @@ bool isExcludedFolder(const std::string& path) {
 }
 
 }  // namespace
-
-bool FolderLister::Request::operator<(const Request& other) const {
-    return std::tie(path, withFileAttributes) < std::tie(other.path, other.withFileAttributes);
-}
 
 FolderLister::Reader::Reader()
     : buffer(std::make_unique_for_overwrite<std::byte[]>(DirectoryIterator::attrBufferSize)) {}
@@ -61,10 +56,7 @@ FolderLister::Listing FolderLister::list(const std::string& path, bool withFileA
 // still waiting its turn is withdrawn: the caller lists it at once.
 std::optional<FolderLister::Listing> FolderLister::takeFetched(const Request& request) {
     std::unique_lock<std::mutex> lock(mutex);
-    auto asked = [&](const Request& other) {
-        return other.path == request.path && other.withFileAttributes == request.withFileAttributes;
-    };
-    changed.wait(lock, [&] { return !inProgress || !asked(*inProgress); });
+    changed.wait(lock, [&] { return inProgress != request; });
     if (auto found = fetched.find(request); found != fetched.end()) {
         Listing listing = std::move(found->second);
         fetched.erase(found);
@@ -72,7 +64,7 @@ std::optional<FolderLister::Listing> FolderLister::takeFetched(const Request& re
         changed.notify_all();
         return listing;
     }
-    if (auto waiting = std::find_if(pending.rbegin(), pending.rend(), asked); waiting != pending.rend())
+    if (auto waiting = std::find(pending.rbegin(), pending.rend(), request); waiting != pending.rend())
         pending.erase(std::next(waiting).base());
     return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <condition_variable>
 #include <cstddef>
 #include <map>
@@ -44,7 +45,7 @@ private:
     struct Request {
         std::string path;
         bool withFileAttributes = false;
-        bool operator<(const Request& other) const;
+        auto operator<=>(const Request&) const = default;
     };
     // One thread's buffers for reading a folder.
     struct Reader {

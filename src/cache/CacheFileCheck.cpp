@@ -3,12 +3,16 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <set>
 #include <span>
 
 #include <fmt/format.h>
 
+#include "platform/AtomicFile.h"
+#include "platform/FileSystem.h"
 #include "platform/ReadableFile.h"
+#include "support/Locked.h"
 
 namespace quester {
 
@@ -226,6 +230,54 @@ Status CacheFileCheck::check(const std::string& path) {
         return bytes;
     };
     return checkFile(read, *size);
+}
+
+namespace {
+
+std::string stampOf(const FileStatus& status) {
+    return fmt::format("{} {} {} {} {}.{:09} {}.{:09}\n", status.device.major, status.device.minor, status.inode,
+                       status.size, status.modifyTime.seconds, status.modifyTime.nanoseconds, status.changeTime.seconds,
+                       status.changeTime.nanoseconds);
+}
+
+Locked<std::map<std::string, std::string>>& stampsOfThisProcess() {
+    static Locked<std::map<std::string, std::string>> stamps;
+    return stamps;
+}
+
+bool passedBefore(const std::string& path, const std::string& stamp) {
+    bool known = stampsOfThisProcess().access([&](auto& stamps) {
+        auto found = stamps.find(path);
+        return found != stamps.end() && found->second == stamp;
+    });
+    if (known) return true;
+    Result<std::string> kept = FileSystem::real().readFile(CacheFileCheck::stampPath(path), 256);
+    return kept && *kept == stamp;
+}
+
+// Only a file that stayed as it was during the walk is remembered as passed:
+// a writer may have changed it under the walk.
+void rememberPassed(const std::string& path, const std::string& stamp) {
+    Result<FileStatus> after = FileSystem::real().status(path);
+    if (!after || stampOf(*after) != stamp) return;
+    stampsOfThisProcess().access([&](auto& stamps) { stamps[path] = stamp; });
+    (void)replaceFileAtomically(CacheFileCheck::stampPath(path), stamp, FileSystem::real(), 0600, MissingFolder::fail);
+}
+
+}  // namespace
+
+std::string CacheFileCheck::stampPath(const std::string& path) {
+    return path + ".checked";
+}
+
+Status CacheFileCheck::checkUnlessUnchanged(const std::string& path) {
+    Result<FileStatus> status = FileSystem::real().status(path);
+    if (!status) return check(path);
+    const std::string stamp = stampOf(*status);
+    if (passedBefore(path, stamp)) return Status::success();
+    Status checked = check(path);
+    if (checked && status->size > 0) rememberPassed(path, stamp);
+    return checked;
 }
 
 }  // namespace quester

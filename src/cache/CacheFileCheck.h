@@ -24,6 +24,14 @@ public:
     static Status check(const std::string& path);
     // The same over the file's bytes.
     static Status checkBytes(std::string_view file);
+    // `check`, unless the file is as it was when it last passed. The walk
+    // reads the whole file, which costs more than a selective search of it,
+    // and every search opens its caches anew. A file that passed is known by
+    // its device, inode, size, modification and change times, kept in this
+    // process and in `stampPath` beside the file for the next process; any
+    // write, truncation or replacement changes one of them.
+    static Status checkUnlessUnchanged(const std::string& path);
+    static std::string stampPath(const std::string& path);
 };
 
 }  // namespace quester

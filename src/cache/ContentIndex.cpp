@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "cache/CacheFileCheck.h"
 #include "platform/FileLock.h"
 #include "platform/FileSystem.h"
 #include "platform/Url.h"
@@ -43,6 +44,7 @@ bool quarantineCorruptCache(const std::string& file) {
     std::string corrupt = file + ".corrupt";
     (void)fileSystem.removeFile(corrupt);
     Status moved = fileSystem.rename(file, corrupt);
+    (void)fileSystem.removeFile(CacheFileCheck::stampPath(file));
     if (moved) {
         LOG("Quarantined corrupt cache " + lastComponent(file) + " -> " + lastComponent(corrupt));
         return true;

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "cache/CacheFileCheck.h"
 #include "cache/CacheMirror.h"
 #include "cache/ContentIndexBuild.h"
 #include "cache/DataConvertible.h"
@@ -325,6 +326,7 @@ Result<ContentIndex*> ContentIndexManager::addExistingIndex(const std::string& d
 
 Status ContentIndexManager::remove(ContentIndex& index) {
     (void)FileSystem::real().removeFile(index.localDBFile());
+    (void)FileSystem::real().removeFile(CacheFileCheck::stampPath(index.localDBFile()));
     std::erase(timedRefreshIndexes, &index);
     if (timedRefreshCurrentIndex == &index) timedRefreshCurrentIndex = nullptr;
     std::erase_if(caches, [&](const auto& listed) { return listed.get() == &index; });

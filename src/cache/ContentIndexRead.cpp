@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <numeric>
+#include <set>
 #include <unordered_map>
 
 #include "cache/ContentIndex.h"
@@ -70,23 +71,39 @@ private:
             LOG("Failed to get path. " + std::to_string(item.fsid));
             return false;
         }
-        const std::string path = *folder == "/" ? "/" + item.name : *folder + "/" + item.name;
-        bucket.push_back(ContentIndex::fsItemToSearchResult(item, path, isTargetMounted));
+        bucket.push_back(ContentIndex::fsItemToSearchResult(item, joined(*folder, item.name), isTargetMounted));
         rowsSinceAdded = 0;
         return true;
     }
 
+    // A folder's path is its parent's and its name, so each folder's record
+    // is read once however deep it lies. A folder without a record stands for
+    // the base (its children outlived it), and so does a chain of parents
+    // that loops back on itself.
     const std::optional<std::string>& folderPath(std::uint32_t id) {
-        auto known = folderPaths.find(id);
-        if (known != folderPaths.end()) return known->second;
-        std::optional<std::string> path = base;
-        if (id != 0) {
-            auto stored = index.pathFor(id);
-            if (!stored) path.reset();
-            // A folder whose record is gone leaves its children at the base.
-            if (stored && *stored) path = **stored;
+        if (auto known = folderPaths.find(id); known != folderPaths.end()) return known->second;
+        std::vector<FSItem> chain;
+        std::set<std::uint32_t> seen;
+        std::uint32_t next = id;
+        while (next != 0 && !folderPaths.contains(next) && seen.insert(next).second) {
+            Result<std::optional<FSItem>> stored = index.tree().record(next);
+            if (!stored && next == id) return folderPaths.emplace(id, std::nullopt).first->second;
+            if (!stored || !*stored) break;
+            next = (**stored).parentID;
+            chain.push_back(std::move(**stored));
         }
-        return folderPaths.emplace(id, std::move(path)).first->second;
+        auto above = folderPaths.find(next);
+        std::string path = above != folderPaths.end() && above->second ? *above->second : base;
+        if (chain.empty()) return folderPaths.emplace(id, path).first->second;
+        for (auto folder = chain.rbegin(); folder != chain.rend(); ++folder) {
+            path = joined(path, folder->name);
+            folderPaths.emplace(folder->fsid, path);
+        }
+        return folderPaths.at(id);
+    }
+
+    static std::string joined(const std::string& folder, const std::string& name) {
+        return folder == "/" ? "/" + name : folder + "/" + name;
     }
 
     void deliver() {

@@ -1,13 +1,11 @@
 #include "cache/SimpleLMDB.h"
 
 #include <chrono>
-#include <map>
 
 #include <fmt/format.h>
 
 #include "cache/CacheFileCheck.h"
 #include "platform/FileSystem.h"
-#include "support/Locked.h"
 #include "support/LogFunc.h"
 #include "support/Uuid.h"
 
@@ -24,34 +22,6 @@ const std::int64_t launchTime =
 std::string newIdentity() {
     std::string uuid = Uuid::random().toString();
     return "LMDB " + uuid.substr(uuid.size() - 6);
-}
-
-// What identifies the state of a file that passed the page check.
-struct CheckedFile {
-    FileSystemId device;
-    std::uint64_t inode = 0;
-    std::uint64_t size = 0;
-    FileTime modifyTime;
-    bool operator==(const CheckedFile&) const = default;
-};
-
-// A file is walked page by page once while it stays as it was: a search
-// opens each cache twice within a second (to read its record when the list
-// is loaded, then to search it), and the walk reads the whole file. Any
-// write, truncation or replacement changes the size, the date or the inode.
-Status checkUnlessUnchanged(const std::string& file) {
-    static Locked<std::map<std::string, CheckedFile>> checkedFiles;
-    Result<FileStatus> status = FileSystem::real().status(file);
-    if (!status) return CacheFileCheck::check(file);
-    const CheckedFile now{status->device, status->inode, status->size, status->modifyTime};
-    bool unchanged = checkedFiles.access([&](auto& files) {
-        auto known = files.find(file);
-        return known != files.end() && known->second == now;
-    });
-    if (unchanged) return Status::success();
-    Status checked = CacheFileCheck::check(file);
-    if (checked) checkedFiles.access([&](auto& files) { files[file] = now; });
-    return checked;
 }
 
 // Holds the store's lock for one scope.
@@ -89,7 +59,7 @@ SimpleLMDB::~SimpleLMDB() {
 }
 
 Status SimpleLMDB::open(const std::string& file) {
-    if (Status checked = checkUnlessUnchanged(file); !checked) return checked;
+    if (Status checked = CacheFileCheck::checkUnlessUnchanged(file); !checked) return checked;
     Result<FileStatus> before = FileSystem::real().status(file);
     const bool isNew = !before || before->size == 0;
     Result<std::shared_ptr<Environment>> opened = Environment::open(

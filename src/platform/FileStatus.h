@@ -33,6 +33,9 @@ struct FileStatus {
     // Birth time; where the file system keeps none, the earlier of change and modification.
     FileTime createTime;
     FileTime accessTime;
+    // Set by the system at every change to the file or its status; no one can
+    // set it back.
+    FileTime changeTime;
     FileSystemId device;
     std::uint64_t inode = 0;
 

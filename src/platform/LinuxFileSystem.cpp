@@ -121,12 +121,11 @@ FileStatus statusOf(const struct statx& info) {
     status.size = info.stx_size;
     status.modifyTime = fileTime(info.stx_mtime);
     status.accessTime = fileTime(info.stx_atime);
-    if (info.stx_mask & STATX_BTIME) {
+    status.changeTime = fileTime(info.stx_ctime);
+    if (info.stx_mask & STATX_BTIME)
         status.createTime = fileTime(info.stx_btime);
-    } else {
-        const FileTime change = fileTime(info.stx_ctime);
-        status.createTime = isEarlier(change, status.modifyTime) ? change : status.modifyTime;
-    }
+    else
+        status.createTime = isEarlier(status.changeTime, status.modifyTime) ? status.changeTime : status.modifyTime;
     status.device = FileSystemId{info.stx_dev_major, info.stx_dev_minor};
     status.inode = info.stx_ino;
     return status;

@@ -140,6 +140,32 @@ TEST_F(CacheSearchTest, TheNamePassWalksEveryBatch) {
     EXPECT_EQ(paths.size(), 2600u);
 }
 
+// Paths are joined from the folders above, each read once and remembered:
+// siblings and cousins must still get their own folders, a child whose folder
+// record is gone stands at the target, and a loop of parents ends.
+TEST_F(CacheSearchTest, TheNamePassJoinsPathsFromTheFoldersAbove) {
+    FSItem a = add("a", FSItem::types::directory, 0);
+    FSItem b = add("b", FSItem::types::directory, a.fsid);
+    FSItem c = add("c", FSItem::types::directory, a.fsid);
+    add("zz-deep", FSItem::types::file, b.fsid);
+    add("zz-cousin", FSItem::types::file, c.fsid);
+    add("zz-top", FSItem::types::file, a.fsid);
+    FSItem lost = add("lost", FSItem::types::directory, 0);
+    add("zz-orphan", FSItem::types::file, lost.fsid);
+    ASSERT_TRUE(index->store().remove("F", std::to_string(lost.fsid)));
+    FSItem loopA{*index->tree().nextID(), 0, FSItem::types::directory, "la", 0, 0, 1, 0};
+    FSItem loopB{*index->tree().nextID(), loopA.fsid, FSItem::types::directory, "lb", 0, 0, 1, 0};
+    loopA.parentID = loopB.fsid;
+    ASSERT_TRUE(index->tree().writeRecord(loopA));
+    ASSERT_TRUE(index->tree().writeRecord(loopB));
+    add("zz-looped", FSItem::types::file, loopB.fsid);
+
+    std::set<std::string> paths;
+    for (const auto& result : search("zz")) paths.insert(result.url.path().substr(target.size()));
+    EXPECT_EQ(paths,
+              (std::set<std::string>{"/a/b/zz-deep", "/a/c/zz-cousin", "/a/zz-top", "/zz-orphan", "/la/lb/zz-looped"}));
+}
+
 TEST_F(CacheSearchTest, WhatRunsDependsOnTheQueryAndThePreference) {
     EXPECT_TRUE(search("").empty()) << "no words and no content criterion";
     auto contentOnly = search(": content cat");

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "cache/CacheFileCheck.h"
 #include "cache/ContentIndex.h"
@@ -147,21 +149,29 @@ TEST(SimpleLMDB, AFileCutShortIsRefusedAsCorrupt) {
     EXPECT_FALSE(store.isOpen());
 }
 
+// A store holding one value, keyed "victim" in group "W".
+void writeStoreWithVictim(const std::string& file) {
+    SimpleLMDB store;
+    ASSERT_TRUE(store.open(file));
+    ASSERT_TRUE(store.put(std::string(100, 'v'), "W", "victim"));
+}
+
+// The file's bytes with the victim's stated size raised past the end.
+std::string victimSizedPastTheEnd(const std::string& file) {
+    std::string bytes = testing::readFile(file);
+    std::size_t key = bytes.find("Wvictim");
+    EXPECT_NE(key, std::string::npos);
+    if (key != std::string::npos) bytes[key - 6] = 0x7F;  // the high half of the node's data size
+    return bytes;
+}
+
 // A value whose stated size runs past the end of the file was copied out of
 // the map, and the read of unbacked pages killed the process.
 TEST(SimpleLMDB, AValueSizedPastTheEndOfTheFileReadsAsCorrupt) {
     TempDir dir;
     std::string file = dir.str() + "/long.qscache";
-    {
-        SimpleLMDB store;
-        ASSERT_TRUE(store.open(file));
-        ASSERT_TRUE(store.put(std::string(100, 'v'), "W", "victim"));
-    }
-    std::string bytes = testing::readFile(file);
-    std::size_t key = bytes.find("Wvictim");
-    ASSERT_NE(key, std::string::npos);
-    bytes[key - 6] = 0x7F;  // the high half of the node's data size
-    std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+    writeStoreWithVictim(file);
+    std::ofstream(file, std::ios::binary | std::ios::in | std::ios::out) << victimSizedPastTheEnd(file);
     SimpleLMDB store;
     Status opened = store.open(file);
     ASSERT_FALSE(opened);
@@ -211,6 +221,29 @@ TEST(CacheFileCheck, RefusesPagesThatLMDBWouldTrust) {
         bytes[offset] = static_cast<char>(bytes[offset] ^ 0x5A);
         (void)CacheFileCheck::checkBytes(bytes);  // must not crash, whatever it answers
     }
+}
+
+// A file that passed is not walked again while it stays as it was; damage
+// written in place is caught even when the size and the modification date
+// are put back, since the change time can't be.
+TEST(CacheFileCheck, APassedFileIsWalkedAgainOnlyOnceChanged) {
+    TempDir dir;
+    std::string file = dir.str() + "/stamped.qscache";
+    writeStoreWithVictim(file);
+    ASSERT_TRUE(CacheFileCheck::checkUnlessUnchanged(file));
+    const std::string stamp = testing::readFile(CacheFileCheck::stampPath(file));
+    EXPECT_NE(stamp.find(" " + std::to_string(std::filesystem::file_size(file)) + " "), std::string::npos);
+    ASSERT_TRUE(CacheFileCheck::checkUnlessUnchanged(file));
+
+    const auto modified = std::filesystem::last_write_time(file);
+    const std::string damaged = victimSizedPastTheEnd(file);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::ofstream(file, std::ios::binary | std::ios::in | std::ios::out) << damaged;
+    std::filesystem::last_write_time(file, modified);
+    Status again = CacheFileCheck::checkUnlessUnchanged(file);
+    ASSERT_FALSE(again);
+    EXPECT_EQ(again.error().code, ErrorCode::corrupt);
+    EXPECT_EQ(testing::readFile(CacheFileCheck::stampPath(file)), stamp) << "a failed walk leaves no new stamp";
 }
 
 class ContentIndexStoreTest : public ::testing::Test {

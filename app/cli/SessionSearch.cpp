@@ -157,6 +157,17 @@ SearchManager::DataSources diskSources(const SessionSearchOptions& options) {
     return sources;
 }
 
+// Paths alone, in an order of names or paths, show nothing of what a status
+// call gives, and no source needs to make one for each result.
+bool showsItemAttributes(const SessionSearchOptions& options) {
+    const bool onTerminal = Terminal::isTerminal(STDOUT_FILENO);
+    const bool printsPaths =
+        options.format == "paths" || (options.format.empty() && (options.nulSeparated || !onTerminal));
+    const std::optional<Column> sort = columnFromIdentifier(options.sortColumn);
+    const bool sortsByName = sort == Column::name || sort == Column::path;
+    return !printsPaths || options.exportPath || !sortsByName;
+}
+
 }  // namespace
 
 struct SessionSearch::State {
@@ -197,6 +208,7 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
         managerEnvironment.mainLoop = loop;
         if (!options->noIgnore) managerEnvironment.isIgnored = ignoreTest();
         managerEnvironment.sourceDidFinish = statisticsRecorder(options->query);
+        managerEnvironment.showsItemAttributes = showsItemAttributes(*options);
         return managerEnvironment;
     };
     environment.mainLoop = &state->loop;

@@ -20,6 +20,9 @@ public:
     virtual bool shouldStop() const = 0;
     // Whether system, invisible and in-package items are wanted.
     virtual bool showHiddenItems() const = 0;
+    // Whether found items need their sizes and dates. A source that pays a
+    // call per item for them may leave them unread (as 0) when not.
+    virtual bool needsItemAttributes() const { return true; }
 
     // One batch of found items.
     virtual void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) = 0;

@@ -143,6 +143,7 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
       showsHiddenItems(searchInsideSystemAndApps ||
                        searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
+      needsAttributes(environment.showsItemAttributes || !searchQuery.commandsFoundInQuery().empty()),
       isIgnored(std::move(environment.isIgnored)),
       sourceDidFinish(std::move(environment.sourceDidFinish)),
       searchedFolders(searchQuery.whereLocation() ? searchQuery.whereLocation()->locationPaths()

@@ -58,6 +58,10 @@ public:
         std::function<bool(const std::string& path)> isIgnored;
         // Told as each source ends, with how long it ran; on the source's thread.
         std::function<void(SearchResultSupplier supplier, Clock::Duration took)> sourceDidFinish;
+        // Whether the results' sizes and dates are shown or written out. When
+        // not, and no criterion of the query reads them, sources may leave
+        // them unread.
+        bool showsItemAttributes = true;
     };
 
     // `searchInsideSystemAndApps` (or a query that asks for invisible items)
@@ -88,6 +92,7 @@ public:
     // SearchDataSourceDelegate, called by the sources on their threads.
     bool shouldStop() const override { return stopRequested.load(); }
     bool showHiddenItems() const override { return showsHiddenItems; }
+    bool needsItemAttributes() const override { return needsAttributes; }
     void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) override;
     void supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) override;
     void supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) override;
@@ -197,6 +202,7 @@ private:
     MainLoop& mainLoop;
     FSUtilities& fsUtilities;
     const bool showsHiddenItems;
+    const bool needsAttributes;
     const std::function<bool(const std::string& path)> isIgnored;
     const std::function<void(SearchResultSupplier, Clock::Duration)> sourceDidFinish;
     // The folders of the query's location, below which the hidden rules judge.

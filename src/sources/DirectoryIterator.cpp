@@ -81,13 +81,14 @@ DirectoryIterator::Listing DirectoryIterator::contentsOfDirectory(DirectoryHandl
             fullPath += entry.name;
             const bool wanted = !wantsAttributes || wantsAttributes(fullPath, isDirectory);
             if (!wanted && !isDirectory) continue;
-            if (wanted && !status) status = fileSystem.statusAt(handle, entry.name);
-            if (wanted && !*status) continue;  // gone since it was listed
+            if (wanted && readsAttributes && !status) status = fileSystem.statusAt(handle, entry.name);
+            if (status && !*status) continue;  // gone since it was listed
             FSItemAndAttrs& item = listing.items.emplace_back();
             item.fullPath = fullPath;
             item.name.assign(fullPath, prefixLength);
             item.isDirectory = isDirectory;
-            if (wanted) copyAttributes(**status, item);
+            item.wanted = wanted;
+            if (wanted && status) copyAttributes(**status, item);
         }
     }
     return listing;

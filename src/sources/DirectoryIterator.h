@@ -40,12 +40,17 @@ public:
     };
 
     // Asked once per regular file or folder with its full path (valid during
-    // the call only) and folder flag: true to read its attributes and keep it.
-    // A file it turns down is left out; a folder is kept without attributes.
+    // the call only) and folder flag: true to keep it as wanted, with its
+    // attributes unless they are not to be read. A file it turns down is left
+    // out; a folder is kept, not wanted and without attributes.
     using AttributeFilter = std::function<bool(std::string_view fullPath, bool isDirectory)>;
 
     // `fileSystem` must outlive the iterator.
     explicit DirectoryIterator(FileSystem& fileSystem = FileSystem::real());
+
+    // Whether wanted entries get their attributes (the default): one status
+    // call each, often the dearest part of a listing that keeps many.
+    void setReadsAttributes(bool reads) { readsAttributes = reads; }
 
     // The regular files and folders of `path`, in the order the file system
     // gives them. A trailing "/" is ignored; an empty path lists nothing. An
@@ -64,6 +69,7 @@ private:
     FileSystem& fileSystem;
     std::unique_ptr<std::byte[]> attrBuffer;
     std::vector<DirectoryEntry> batch;
+    bool readsAttributes = true;
 };
 
 }  // namespace quester

@@ -9,12 +9,14 @@
 namespace quester {
 
 // One entry of a directory listing, with what a search needs to know of it.
-// When the listing was asked not to read an entry's attributes,
-// `attributesRead` is false and only the names and `isDirectory` are set.
+// `wanted` says the listing's filter asked for the entry (a folder is listed
+// either way). Without `attributesRead`, only the names and `isDirectory`
+// are set.
 struct FSItemAndAttrs {
     std::string fullPath;  // directory path + "/" + name
     std::string name;
     bool isDirectory = false;
+    bool wanted = false;
     bool attributesRead = false;
     std::uint64_t fileSize = 0;  // 0 for directories
     FileTime modifyTime;

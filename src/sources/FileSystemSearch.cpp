@@ -199,6 +199,7 @@ void FileSystemSearch::iterate(const DiskWalk& walk, SearchDataSourceDelegate& h
         for (int worker = 0; worker < concurrentDirectories; ++worker) {
             directoryIterationQueue.addTrackedOperation([this, &generation, &next, &walk, &handler, &pending] {
                 DirectoryIterator iterator(fileSystem);
+                iterator.setReadsAttributes(handler.needsItemAttributes());
                 std::vector<PendingFolder> found;
                 std::int64_t subdirectoriesSeen = 0;
                 std::int64_t skipped = 0;
@@ -254,7 +255,8 @@ FileSystemSearch::FolderListing FileSystemSearch::iterate(const PendingFolder& f
         LOG("open error: " + opened.error().message);
         return result;
     }
-    // Only the items that may match pay for their attributes.
+    // Only the items that may match pay for their attributes, and only when
+    // something needs them.
     auto listing = iterator.contentsOfDirectory(**opened, directoryPath, [&](std::string_view path, bool) {
         return !handler.shouldStop() && isWorthOffering(path, walk);
     });
@@ -267,7 +269,7 @@ FileSystemSearch::FolderListing FileSystemSearch::iterate(const PendingFolder& f
     // queue a folder, not one an item.
     std::vector<SearchResult> found;
     for (auto& item : listing.items) {
-        if (item.attributesRead && !handler.shouldStop()) found.push_back(foundItem(item, walk));
+        if (item.wanted && !handler.shouldStop()) found.push_back(foundItem(item, walk));
         if (!item.isDirectory) continue;
         if (!held && *opened) held = holdForSubfolders(std::move(*opened));
         result.subdirectories.push_back(PendingFolder{std::move(item.fullPath), held});

@@ -126,7 +126,18 @@ TEST(DirectoryIterator, FilterDecidesWhichEntriesGetAttributesAndTurnedDownFiles
     EXPECT_EQ(asked, (std::set<std::string>{"wanted.txt", "other.txt", "sub"}));
     EXPECT_EQ(namesOf(listing), (std::set<std::string>{"wanted.txt", "sub"}));
     EXPECT_EQ(itemNamed(listing, "wanted.txt").fileSize, 5u);
+    EXPECT_TRUE(itemNamed(listing, "wanted.txt").wanted);
     EXPECT_FALSE(itemNamed(listing, "sub").attributesRead);
+    EXPECT_FALSE(itemNamed(listing, "sub").wanted);
+
+    DirectoryIterator namesOnly;
+    namesOnly.setReadsAttributes(false);
+    auto bare = namesOnly.contentsOfDirectoryAtPath(
+        dir.str(), [](std::string_view path, bool) { return path.find("wanted") != std::string::npos; });
+    EXPECT_EQ(namesOf(bare), (std::set<std::string>{"wanted.txt", "sub"}));
+    EXPECT_TRUE(itemNamed(bare, "wanted.txt").wanted);
+    EXPECT_FALSE(itemNamed(bare, "wanted.txt").attributesRead);
+    EXPECT_EQ(itemNamed(bare, "wanted.txt").fileSize, 0u);
 }
 
 }  // namespace

@@ -157,15 +157,19 @@ SearchManager::DataSources diskSources(const SessionSearchOptions& options) {
     return sources;
 }
 
-// Paths alone, in an order of names or paths, show nothing of what a status
-// call gives, and no source needs to make one for each result.
-bool showsItemAttributes(const SessionSearchOptions& options) {
+bool printsPathsOnly(const SessionSearchOptions& options) {
     const bool onTerminal = Terminal::isTerminal(STDOUT_FILENO);
     const bool printsPaths =
         options.format == "paths" || (options.format.empty() && (options.nulSeparated || !onTerminal));
+    return printsPaths && !options.exportPath;
+}
+
+// Paths alone, in an order of names or paths, show nothing of what a status
+// call gives, and no source needs to make one for each result.
+bool showsItemAttributes(const SessionSearchOptions& options) {
     const std::optional<Column> sort = columnFromIdentifier(options.sortColumn);
     const bool sortsByName = sort == Column::name || sort == Column::path;
-    return !printsPaths || options.exportPath || !sortsByName;
+    return !printsPathsOnly(options) || !sortsByName;
 }
 
 }  // namespace
@@ -209,6 +213,7 @@ SessionSearch::SessionSearch(SessionSearchOptions options) : state(std::make_uni
         if (!options->noIgnore) managerEnvironment.isIgnored = ignoreTest();
         managerEnvironment.sourceDidFinish = statisticsRecorder(options->query);
         managerEnvironment.showsItemAttributes = showsItemAttributes(*options);
+        managerEnvironment.showsFoundLines = !printsPathsOnly(*options);
         return managerEnvironment;
     };
     environment.mainLoop = &state->loop;

@@ -77,6 +77,32 @@ void reportFile(SearchDataSourceDelegate* feedback, const std::string& path, boo
     if (feedback) feedback->searchingInsideFile(lastPathComponent(path), inProgress, percentage);
 }
 
+std::int64_t hitCount(const ContentSearchCommand::WordHits& hits) {
+    std::size_t count = 0;
+    for (const auto& word : hits) count += word.second.size();
+    return static_cast<std::int64_t>(count);
+}
+
+// The text with ASCII letters lowered (unless case counts), in a buffer kept
+// from file to file: most files are turned away on it, and a buffer of their
+// size each time would cost more than the search. None when the text isn't
+// ASCII.
+std::optional<std::string_view> loweredASCII(std::string_view text, bool caseSensitive) {
+    if (caseSensitive) return isASCII(text) ? std::optional(text) : std::nullopt;
+    thread_local std::string lowered;
+    lowered.resize(text.size());
+    if (!asciiLowercaseCopy(text, lowered.data())) return std::nullopt;
+    return std::string_view(lowered);
+}
+
+// Occurrences that don't overlap, as the folded search counts them.
+std::int64_t occurrences(std::string_view text, std::string_view word) {
+    std::int64_t count = 0;
+    for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + word.size()))
+        ++count;
+    return count;
+}
+
 // What a command that matched leaves on its result.
 CommandApplyResult accepted(SearchResult& to, std::vector<FoundItem> found, std::int64_t rank) {
     to.tryCollectSummaryLines = true;
@@ -346,13 +372,16 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
     if (!imported) return std::nullopt;
     std::string joinedPages;
     const std::string_view allText = imported->allTextView(options.useOCR, joinedPages);
-    if (missesEveryWordOfASCII(allText, options)) return std::nullopt;
+    const std::optional<std::int64_t> asciiHits = asciiHitCount(allText, options);
+    if (asciiHits == 0) return std::nullopt;
+    if (asciiHits && !options.collectsFoundLines) return TextMatch{{}, *asciiHits};
     // Text read in the program is checked for UTF-8 only now, once the
     // cheaper test above has turned most files away.
     if (!isValidUTF8(allText)) return std::nullopt;
     const FoldedText text(FoldedText::decode(allText), !options.caseSensitive);
     const auto hits = textIncludes(text, options);
     if (!hits) return std::nullopt;
+    if (!options.collectsFoundLines) return TextMatch{{}, hitCount(*hits)};
     return textMatch(text.original(), *hits, *imported, options.useOCR, entryLabel);
 }
 
@@ -414,27 +443,37 @@ ContentSearchCommand::FileSearchOptions ContentSearchCommand::fileSearchOptions(
     options.useOCR = useOCR;
     options.caseSensitive = isCaseSensitive(query);
     options.searchAllFileTypes = searchAllFileTypes;
+    options.collectsFoundLines = !feedback || feedback->needsFoundLines();
     options.feedbackHandler = feedback;
     return options;
 }
 
-bool ContentSearchCommand::missesEveryWordOfASCII(std::string_view text, const FileSearchOptions& options) {
+std::optional<std::int64_t> ContentSearchCommand::asciiHitCount(std::string_view text,
+                                                                const FileSearchOptions& options) {
     const auto& words = options.wordsOfInterest;
-    if (!std::all_of(words.begin(), words.end(), [](const std::string& word) { return isASCII(word); })) return false;
-    std::string_view searched = text;
-    // Kept from file to file: most files are turned away here, and a buffer
-    // of their size each time would cost more than the search.
-    thread_local std::string lowered;
-    if (options.caseSensitive) {
-        if (!isASCII(text)) return false;
-    } else {
-        lowered.resize(text.size());
-        if (!asciiLowercaseCopy(text, lowered.data())) return false;
-        searched = lowered;
+    if (!std::all_of(words.begin(), words.end(), [](const std::string& word) { return isASCII(word); })) {
+        return std::nullopt;
     }
-    const auto absent = [&](const std::string& word) { return searched.find(word) == std::string_view::npos; };
-    return options.allWords ? std::any_of(words.begin(), words.end(), absent)
-                            : std::all_of(words.begin(), words.end(), absent);
+    const std::optional<std::string_view> searched = loweredASCII(text, options.caseSensitive);
+    if (!searched) return std::nullopt;
+    std::int64_t total = 0;
+    bool anyMissing = false;
+    std::vector<std::string_view> counted;
+    for (const std::string& word : words) {
+        if (std::find(counted.begin(), counted.end(), word) != counted.end()) continue;
+        counted.push_back(word);
+        const std::int64_t hits = word.empty() ? 0 : occurrences(*searched, word);
+        anyMissing = anyMissing || hits == 0;
+        total += hits;
+    }
+    if (total == 0 || (options.allWords && anyMissing)) return 0;
+    if (options.wholeWords) return std::nullopt;
+    for (const std::string& excluded : options.wordsToExclude) {
+        if (!isASCII(excluded)) return std::nullopt;
+        const std::string needle = options.caseSensitive ? excluded : lowercased(excluded);
+        if (!needle.empty() && searched->find(needle) != std::string_view::npos) return 0;
+    }
+    return total;
 }
 
 std::optional<ContentSearchCommand::WordHits> ContentSearchCommand::textIncludes(const FoldedText& text,
@@ -465,7 +504,7 @@ ContentSearchCommand::TextMatch ContentSearchCommand::textMatch(const std::u32st
     TextMatch match;
     std::vector<TextRange> ranges;
     for (const auto& [word, wordRanges] : hits) ranges.insert(ranges.end(), wordRanges.begin(), wordRanges.end());
-    match.hitCount = static_cast<std::int64_t>(ranges.size());
+    match.hitCount = hitCount(hits);
     const ImportTextLocator locator(located, useOCR);
     for (const auto& summary : ContentSummary::of(text, ranges)) {
         FoundItem item;

@@ -37,6 +37,8 @@ public:
         bool useOCR = false;
         bool caseSensitive = false;
         bool searchAllFileTypes = false;
+        // Without, a match is only counted: its lines and their places are not made.
+        bool collectsFoundLines = true;
         SearchDataSourceDelegate* feedbackHandler = nullptr;
     };
     // Each searched word with its hits, in the order of the words.
@@ -81,10 +83,12 @@ public:
     // word whose first occurrence counts (with `wholeWords`, when it stands
     // alone).
     static std::optional<WordHits> textIncludes(const FoldedText& text, const FileSearchOptions& options);
-    // Whether an ASCII text, where folding is only lowering, lacks the words
-    // so plainly that the folded search needn't run: most files a search
-    // reads are such misses. False whenever the text or a word isn't ASCII.
-    static bool missesEveryWordOfASCII(std::string_view text, const FileSearchOptions& options);
+    // The hits of the options' words in an ASCII text, where folding is only
+    // lowering, counted as `textIncludes` counts them; 0 when the text
+    // doesn't match. Most files a search reads are such misses, and then the
+    // folded search needn't run. None when the text or a word isn't ASCII, or
+    // when whole words are asked and the words are there.
+    static std::optional<std::int64_t> asciiHitCount(std::string_view text, const FileSearchOptions& options);
     // The found lines of `hits` in `text`, located through `located` (pages
     // and lines) behind `entryLabel` (an archive member's path) when given,
     // and the number of hits.

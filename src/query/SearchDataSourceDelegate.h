@@ -23,6 +23,9 @@ public:
     // Whether found items need their sizes and dates. A source that pays a
     // call per item for them may leave them unread (as 0) when not.
     virtual bool needsItemAttributes() const { return true; }
+    // Whether the lines where a content criterion found its words are shown.
+    // When not, a match needs only its number of hits.
+    virtual bool needsFoundLines() const { return true; }
 
     // One batch of found items.
     virtual void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) = 0;

@@ -144,6 +144,7 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       showsHiddenItems(searchInsideSystemAndApps ||
                        searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
       needsAttributes(environment.showsItemAttributes || !searchQuery.commandsFoundInQuery().empty()),
+      showsFoundLines(environment.showsFoundLines),
       isIgnored(std::move(environment.isIgnored)),
       sourceDidFinish(std::move(environment.sourceDidFinish)),
       searchedFolders(searchQuery.whereLocation() ? searchQuery.whereLocation()->locationPaths()
@@ -480,8 +481,10 @@ bool SearchManager::passesFlatFiltering(SearchResult& result, SearchDataSourceDe
     if (emptyExpression && commands.empty()) return false;
     bool nameMatches = false;
     if (!emptyExpression) {
-        nameMatches = searchQuery.fsItemNameStringIncludesWordsFromQuery(
-            lastPathComponent(result.url.path()), result.searchResultSuppliedBy == SearchResultSupplier::spotlight);
+        nameMatches =
+            result.nameIsKnownToMatch ||
+            searchQuery.fsItemNameStringIncludesWordsFromQuery(
+                lastPathComponent(result.url.path()), result.searchResultSuppliedBy == SearchResultSupplier::spotlight);
         if (commands.empty()) return nameMatches;
         // Unless words and commands are joined by OR, a name that fails
         // decides alone: the commands, which may read the whole file, needn't run.

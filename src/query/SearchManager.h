@@ -62,6 +62,8 @@ public:
         // not, and no criterion of the query reads them, sources may leave
         // them unread.
         bool showsItemAttributes = true;
+        // Whether the lines that a content criterion finds are shown or written out.
+        bool showsFoundLines = true;
     };
 
     // `searchInsideSystemAndApps` (or a query that asks for invisible items)
@@ -93,6 +95,7 @@ public:
     bool shouldStop() const override { return stopRequested.load(); }
     bool showHiddenItems() const override { return showsHiddenItems; }
     bool needsItemAttributes() const override { return needsAttributes; }
+    bool needsFoundLines() const override { return showsFoundLines; }
     void supplySearchResults(std::vector<SearchResult> results, SearchDataSource& fromDataSource) override;
     void supplyIncreaseNumberOfFilesContentSearched(std::int64_t increaseNumberOfFiles) override;
     void supplySearchedDirectoriesProgress(std::int64_t numberOfDirecories) override;
@@ -203,6 +206,7 @@ private:
     FSUtilities& fsUtilities;
     const bool showsHiddenItems;
     const bool needsAttributes;
+    const bool showsFoundLines;
     const std::function<bool(const std::string& path)> isIgnored;
     const std::function<void(SearchResultSupplier, Clock::Duration)> sourceDidFinish;
     // The folders of the query's location, below which the hidden rules judge.

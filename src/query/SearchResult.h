@@ -33,6 +33,9 @@ struct SearchResult {
     bool isDirectory = false;
     bool strikeThroughDisplayNameIfMissing = false;
     bool isOffline = false;  // known from the cache of a disk that is not connected now
+    // The source tested the name against the query's words as the filters
+    // would (case and diacritics alike), and it passed.
+    bool nameIsKnownToMatch = false;
     SearchResultSupplier searchResultSuppliedBy = SearchResultSupplier::none;
     std::optional<std::vector<FoundItem>> foundItems;
     // Per found text line, where in it the query's words lie.

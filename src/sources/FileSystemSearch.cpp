@@ -314,6 +314,7 @@ SearchResult FileSystemSearch::foundItem(const FSItemAndAttrs& item, const DiskW
     result.creationDate = item.createTime.seconds;
     result.modDate = item.modifyTime.seconds;
     result.lastAccessDate = item.accessTime.seconds;
+    result.nameIsKnownToMatch = walk.offersNameMatchesOnly;
     return result;
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <random>
 
 #include "commands/ContentSearchCancellation.h"
 #include "commands/ContentSearchCommand.h"
@@ -51,19 +52,42 @@ TEST(ContentSearchWords, ACommaListIsCutBeforeEachPieceLosesItsQuotes) {
               (Words{"Total"}));
 }
 
-// The byte pre-test may only turn away what the folded search would.
-TEST(ContentSearchMatching, ASCIIPreTestRejectsOnlyWhatFoldedSearchRejects) {
+// The byte count must answer as the folded search would, and leave to it
+// what it can't tell.
+TEST(ContentSearchMatching, ASCIICountAnswersAsTheFoldedSearch) {
     auto options = lookFor({"total", "ledger"});
-    EXPECT_FALSE(ContentSearchCommand::missesEveryWordOfASCII("The TOTAL rose", options));
-    EXPECT_TRUE(ContentSearchCommand::missesEveryWordOfASCII("nothing here", options));
+    EXPECT_EQ(ContentSearchCommand::asciiHitCount("The TOTAL rose, total", options), 2);
+    EXPECT_EQ(ContentSearchCommand::asciiHitCount("nothing here", options), 0);
     options.allWords = true;
-    EXPECT_TRUE(ContentSearchCommand::missesEveryWordOfASCII("The TOTAL rose", options));
-    EXPECT_FALSE(ContentSearchCommand::missesEveryWordOfASCII("total in the ledger", options));
+    EXPECT_EQ(ContentSearchCommand::asciiHitCount("The TOTAL rose", options), 0);
+    EXPECT_EQ(ContentSearchCommand::asciiHitCount("total in the ledger", options), 2);
     // Accented text or words go to the folded search, which finds "cafe" in "café".
-    EXPECT_FALSE(ContentSearchCommand::missesEveryWordOfASCII("caf\xC3\xA9", lookFor({"cafe"})));
+    EXPECT_EQ(ContentSearchCommand::asciiHitCount("caf\xC3\xA9", lookFor({"cafe"})), std::nullopt);
     auto exact = lookFor({"Total"});
     exact.caseSensitive = true;
-    EXPECT_TRUE(ContentSearchCommand::missesEveryWordOfASCII("the total", exact));
+    EXPECT_EQ(ContentSearchCommand::asciiHitCount("the total", exact), 0);
+
+    // Random ASCII over a small alphabet, so that words, overlaps and
+    // exclusions come often: wherever the count answers, the folded search
+    // gives that many hits, or no match for 0.
+    std::mt19937 random(7);
+    const std::string alphabet = "abAB .";
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        for (int i = random() % 40; i > 0; --i) text += alphabet[random() % alphabet.size()];
+        auto tried = lookFor({round % 3 ? "ab" : "a", round % 2 ? "bb" : "ab"});
+        tried.allWords = round % 5 == 0;
+        tried.wholeWords = round % 7 == 0;
+        tried.caseSensitive = round % 11 == 0;
+        if (round % 4 == 0) tried.wordsToExclude = {"BA"};
+        const std::optional<std::int64_t> count = ContentSearchCommand::asciiHitCount(text, tried);
+        if (!count) continue;
+        const auto hits = ContentSearchCommand::textIncludes(folded(text, tried.caseSensitive), tried);
+        std::int64_t folded = 0;
+        if (hits)
+            for (const auto& word : *hits) folded += static_cast<std::int64_t>(word.second.size());
+        EXPECT_EQ(*count, folded) << "'" << text << "' round " << round;
+    }
 }
 
 TEST(ContentSearchMatching, AllWordsFailsWhenOneWordIsAbsent) {
@@ -199,7 +223,9 @@ public:
     bool showHiddenItems() const override { return true; }
     void supplySearchResults(std::vector<SearchResult>, SearchDataSource&) override {}
     void supplyIncreaseNumberOfFilesContentSearched(std::int64_t count) override { filesRead += count; }
+    bool needsFoundLines() const override { return showsFoundLines; }
     std::atomic<std::int64_t> filesRead{0};
+    bool showsFoundLines = true;
 };
 
 SearchResult fileResult(const std::string& path, std::uint64_t size) {
@@ -270,6 +296,26 @@ TEST(ContentSearchJudgement, FoldersAndDisabledKindsAreExcludedUnread) {
     ASSERT_EQ(text.foundItems->size(), 1u);
     EXPECT_EQ(text.foundItems->front().title, "Line 1:  \u2026total is here\u2026");
     EXPECT_EQ(text.contentSearchResultsRank, 1);
+}
+
+// Where found lines aren't shown, a match is counted, by the byte count for
+// ASCII and by the folded search otherwise, and no line is made.
+TEST(ContentSearchJudgement, WithoutFoundLinesAMatchKeepsOnlyItsRank) {
+    CountingFeedback feedback;
+    feedback.showsFoundLines = false;
+    const QueryContainer query;
+    testing::TempDir tree;
+    const std::pair<const char*, const char*> cases[] = {{"total", "Total, total\nand the TOTAL"},
+                                                         {"total, café", "Totál, total\nand the cafe"}};
+    for (const auto& [words, body] : cases) {
+        ContentSearchCommand command(words, "", {});
+        SearchResult text = fileResult(tree.write("notes.txt", body).string(), 20);
+        EXPECT_EQ(command.commandImpApply(text, &feedback, query), CommandApplyResult::accept) << body;
+        EXPECT_TRUE(!text.foundItems || text.foundItems->empty()) << body;
+        EXPECT_EQ(text.contentSearchResultsRank, 3) << body;
+        SearchResult miss = fileResult(tree.write("other.txt", "nothing to see").string(), 14);
+        EXPECT_EQ(command.commandImpApply(miss, &feedback, query), CommandApplyResult::exclude) << words;
+    }
 }
 
 // The cache's content pass matched the words in its word index; a name it

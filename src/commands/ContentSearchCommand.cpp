@@ -14,7 +14,6 @@
 #include "import/ImportTextResult.h"
 #include "import/ImportTextXPC.h"
 #include "language/UnicodeText.h"
-#include "platform/FileSystem.h"
 #include "query/QueryContainer.h"
 #include "query/SearchDataSourceDelegate.h"
 #include "query/SearchResult.h"
@@ -388,11 +387,8 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
 std::optional<ImportTextResult> ContentSearchCommand::importedText(const std::string& path,
                                                                    const FileSearchOptions& options) const {
     auto& service = ImportTextXPC::shared();
-    if (service.isPlainSmallText(path)) {
-        auto bytes = FileSystem::real().readFile(path);
-        if (!bytes) return std::nullopt;
+    if (auto bytes = service.plainSmallText(path))
         return ImportTextResult{ImportTextPages{ImportTextPage{std::move(*bytes)}}, std::nullopt};
-    }
     if (!options.searchAllFileTypes && !service.importer().canImportTextFrom(path, options.useOCR)) {
         return std::nullopt;
     }

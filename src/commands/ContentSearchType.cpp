@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 
 #include "language/UnicodeText.h"
 #include "platform/UniformTypeTable.h"
@@ -77,9 +78,17 @@ bool contentSearchTypeDefaultEnabled(ContentSearchType type) {
     return rowOf(type).defaultEnabled;
 }
 
+// A content search classifies every file it reads, by its extension alone:
+// each thread keeps the answers for the extensions it has met, up to a
+// bound that a tree of made-up extensions can't push its memory past.
 std::optional<ContentSearchType> classifyContentSearchType(std::string_view path) {
-    const std::string extension = lowercased(pathExtension(path));
-    return classifyContentSearchType(UniformTypeTable::shared().typeForExtension(extension), extension);
+    constexpr std::size_t extensionsKept = 4096;
+    thread_local std::unordered_map<std::string, std::optional<ContentSearchType>> known;
+    std::string extension = lowercased(pathExtension(path));
+    if (auto found = known.find(extension); found != known.end()) return found->second;
+    const auto type = classifyContentSearchType(UniformTypeTable::shared().typeForExtension(extension), extension);
+    if (known.size() < extensionsKept) known.emplace(std::move(extension), type);
+    return type;
 }
 
 std::optional<ContentSearchType> classifyContentSearchType(const std::optional<std::string>& type,

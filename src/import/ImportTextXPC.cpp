@@ -70,12 +70,15 @@ Status ImportTextXPC::startup() {
     return {};
 }
 
-bool ImportTextXPC::isPlainSmallText(const std::string& path) const {
+// Read at once, one byte past the limit to tell a bigger file: content
+// search asks this of every file it reads, and a status call first would
+// look the path up twice.
+std::optional<std::string> ImportTextXPC::plainSmallText(const std::string& path) const {
     const auto& types = UniformTypeTable::shared();
-    if (!types.conformsTo(types.typeOfItem(path, false), "public.plain-text")) return false;
-    // A stat, not an open: content search asks this of every file it reads.
-    auto status = FileSystem::real().status(path);
-    return status && !status->isDirectory() && status->size <= smallTextLimit;
+    if (!types.conformsTo(types.typeOfItem(path, false), "public.plain-text")) return std::nullopt;
+    Result<std::string> bytes = FileSystem::real().readFile(path, smallTextLimit + 1);
+    if (!bytes || bytes->size() > smallTextLimit) return std::nullopt;
+    return std::move(*bytes);
 }
 
 std::pair<std::optional<Error>, std::optional<WordCounts>> ImportTextXPC::wordsInFile(const std::string& path,

@@ -216,23 +216,32 @@ Result<FileStatus> LinuxFileSystem::status(const std::string& path, bool followL
     return statusOf(info);
 }
 
+// Reads straight into the string, sized by the file's status: a file that
+// gives exactly the size it stated, and not the byte asked past it, has
+// ended, so that a small file costs one read. Anything else (a file that
+// grew, or one of /proc, which states no size) is read until the end.
 Result<std::string> LinuxFileSystem::readFile(const std::string& path, std::size_t maxBytes) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return systemError("cannot open", path);
+    struct stat info {};
+    const bool regular = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0;
+    const std::size_t expected = regular ? static_cast<std::size_t>(info.st_size) : 0;
     std::string bytes;
-    char chunk[65536];
-    while (bytes.size() < maxBytes) {
-        const ssize_t count = ::read(fd, chunk, std::min(sizeof chunk, maxBytes - bytes.size()));
+    std::size_t filled = 0;
+    while (filled < maxBytes) {
+        bytes.resize(std::min(maxBytes, filled < expected ? expected + 1 : filled + 65536));
+        const ssize_t count = ::read(fd, bytes.data() + filled, bytes.size() - filled);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
             Error failure = systemError("cannot read", path);
             ::close(fd);
             return failure;
         }
-        if (count == 0) break;
-        bytes.append(chunk, static_cast<std::size_t>(count));
+        filled += static_cast<std::size_t>(count);
+        if (count == 0 || (regular && filled == expected && filled < bytes.size())) break;
     }
     ::close(fd);
+    bytes.resize(filled);
     return bytes;
 }
 

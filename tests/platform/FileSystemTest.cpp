@@ -71,11 +71,24 @@ TEST(LinuxFileSystem, OpeningByNameNeverFollowsALinkAndFailuresTellNotFoundApart
     EXPECT_TRUE(real.status(dir.str() + "/link")->isDirectory());
 }
 
-TEST(LinuxFileSystem, ReadsTheStartOfAFile) {
+// Reads are sized by the stated size: the whole file must still come, of
+// any size, and of /proc, whose files state none.
+TEST(LinuxFileSystem, ReadsTheStartOrTheWholeOfAFile) {
     testing::TempDir dir;
+    FileSystem& real = FileSystem::real();
     const auto file = dir.write("data.txt", "0123456789");
-    EXPECT_EQ(FileSystem::real().readFile(file.string(), 4).valueOr(""), "0123");
-    EXPECT_TRUE(FileSystem::real().readFile(dir.str() + "/none").isNotFound());
+    EXPECT_EQ(real.readFile(file.string(), 4).valueOr(""), "0123");
+    EXPECT_EQ(real.readFile(file.string(), 10).valueOr(""), "0123456789");
+    EXPECT_EQ(real.readFile(file.string()).valueOr(""), "0123456789");
+    EXPECT_EQ(real.readFile(dir.write("empty", "").string()).valueOr("x"), "");
+    std::string big;
+    for (int i = 0; big.size() < 300'000; ++i) big += std::to_string(i) + ' ';
+    EXPECT_EQ(real.readFile(dir.write("big", big).string()).valueOr(""), big);
+    EXPECT_EQ(real.readFile(dir.str() + "/big", 70'000).valueOr(""), big.substr(0, 70'000));
+    const std::string mounts = real.readFile("/proc/self/mountinfo").valueOr("");
+    EXPECT_GT(mounts.size(), 0u);
+    EXPECT_EQ(mounts.back(), '\n');
+    EXPECT_TRUE(real.readFile(dir.str() + "/none").isNotFound());
 }
 
 TEST(AtomicFile, AFailingWriteOrAVanishedDiskLeavesTheOldFileAndNoTemporaryFile) {

@@ -171,11 +171,6 @@ std::string ContentSearchCommand::commandToText(bool example) const {
     return text;
 }
 
-void ContentSearchCommand::commandsStarting() {
-    const Status started = ImportTextXPC::shared().startup();
-    if (!started) LOG("import helper didn't start: " + started.error().message);
-}
-
 CommandApplyResult ContentSearchCommand::commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
                                                          const QueryContainer& forQuery) {
     if (to.isDirectory || to.url.isDirectory()) return CommandApplyResult::exclude;

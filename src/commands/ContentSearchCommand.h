@@ -23,9 +23,11 @@ struct ImportTextResult;
 // Looks for words inside files: `content "yearly total"`, with the options
 // `without "draft"`, whole words, all words, all files, use OCR, case sensitive.
 // Documents are read through the import helper (small plain text in the
-// program), archives and databases through their content searchers; a file
-// that matches gets its found lines ("Line 3:  …the yearly total was…") and,
-// as its rank, the number of hits. Matching always ignores diacritics.
+// program), which starts at the first document that needs it: a search of
+// plain text alone would pay for its start on a busy processor. Archives and
+// databases are read through their content searchers. A file that matches
+// gets its found lines ("Line 3:  …the yearly total was…") and, as its rank,
+// the number of hits. Matching always ignores diacritics.
 class ContentSearchCommand final : public CommandBase<ContentSearchCommand> {
 public:
     // What the reading steps need to know, taken from the command and the query.
@@ -63,8 +65,6 @@ public:
     std::string commandExample() const override { return commandToText(true); }
     CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
                                        const QueryContainer& forQuery) override;
-    // Starts the import helper, so that it is ready for the first document.
-    void commandsStarting() override;
     bool commandSupportsBooleanCombination() const override { return true; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::TextContent; }
     CommandRole commandRole() const override { return CommandRole::contentSearch; }

@@ -1,5 +1,6 @@
 #include "platform/UniformTypeTable.h"
 
+#include <algorithm>
 #include <array>
 
 #include "support/PathText.h"
@@ -246,6 +247,17 @@ std::string asciiLowercased(std::string_view text) {
     return lower;
 }
 
+bool hasCapitals(std::string_view text) {
+    return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+// `text` itself when it is lowercase already, else its lowercase copy in `copy`.
+std::string_view lowercaseView(std::string_view text, std::string& copy) {
+    if (!hasCapitals(text)) return text;
+    copy = asciiLowercased(text);
+    return copy;
+}
+
 std::vector<std::string> blankSeparated(std::string_view list) {
     return splitNonEmpty(list, ' ');
 }
@@ -278,7 +290,7 @@ const UniformTypeTable& UniformTypeTable::shared() {
 
 // Adds `identifier` and everything above it; a type already present isn't
 // walked again, so a cycle in the data would end too.
-void UniformTypeTable::addParentsOf(const std::string& identifier, std::unordered_set<std::string>& ancestors) const {
+void UniformTypeTable::addParentsOf(const std::string& identifier, TextSet& ancestors) const {
     auto lower = asciiLowercased(identifier);
     if (!ancestors.insert(lower).second) return;
     const auto* found = declaration(lower);
@@ -287,21 +299,25 @@ void UniformTypeTable::addParentsOf(const std::string& identifier, std::unordere
 }
 
 std::optional<std::string> UniformTypeTable::typeForExtension(std::string_view extension) const {
-    const auto found = byExtension.find(asciiLowercased(extension));
+    std::string copy;
+    const auto found = byExtension.find(lowercaseView(extension, copy));
     if (found == byExtension.end()) return std::nullopt;
     return found->second->identifier;
 }
 
 bool UniformTypeTable::conformsTo(std::string_view type, std::string_view parent) const {
-    const auto lowerType = asciiLowercased(type);
-    const auto lowerParent = asciiLowercased(parent);
+    std::string typeCopy;
+    std::string parentCopy;
+    const std::string_view lowerType = lowercaseView(type, typeCopy);
+    const std::string_view lowerParent = lowercaseView(parent, parentCopy);
     if (lowerType == lowerParent) return true;
     const auto found = ancestorsOf.find(lowerType);
     return found != ancestorsOf.end() && found->second.contains(lowerParent);
 }
 
 const UniformTypeDeclaration* UniformTypeTable::declaration(std::string_view type) const {
-    const auto found = byIdentifier.find(asciiLowercased(type));
+    std::string copy;
+    const auto found = byIdentifier.find(lowercaseView(type, copy));
     return found == byIdentifier.end() ? nullptr : found->second;
 }
 

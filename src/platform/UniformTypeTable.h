@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,15 +56,25 @@ public:
     const std::vector<UniformTypeDeclaration>& allDeclarations() const { return declarations; }
 
 private:
-    void addParentsOf(const std::string& identifier, std::unordered_set<std::string>& ancestors) const;
+    // Looked up by a view: a search asks for the type of every file it reads,
+    // and a lowercase name (the usual one) then costs no copy.
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+    };
+    template <typename Value>
+    using ByText = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+    using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
+    void addParentsOf(const std::string& identifier, TextSet& ancestors) const;
 
     std::vector<UniformTypeDeclaration> declarations;
     // Lowercased identifier → its entry.
-    std::unordered_map<std::string, const UniformTypeDeclaration*> byIdentifier;
+    ByText<const UniformTypeDeclaration*> byIdentifier;
     // Lowercased extension → the first entry that names it.
-    std::unordered_map<std::string, const UniformTypeDeclaration*> byExtension;
+    ByText<const UniformTypeDeclaration*> byExtension;
     // Lowercased identifier → every type it conforms to, itself included.
-    std::unordered_map<std::string, std::unordered_set<std::string>> ancestorsOf;
+    ByText<TextSet> ancestorsOf;
 };
 
 }  // namespace quester

@@ -66,6 +66,8 @@ public:
     CommandApplyResult commandImpApply(SearchResult& to, SearchDataSourceDelegate* feedback,
                                        const QueryContainer& forQuery) override;
     bool commandSupportsBooleanCombination() const override { return true; }
+    // Reads the file itself, whatever its status said.
+    bool readsItemAttributes() const override { return false; }
     std::optional<AvailableHelpFileNames> helpFileName() const override { return AvailableHelpFileNames::TextContent; }
     CommandRole commandRole() const override { return CommandRole::contentSearch; }
     bool sameParameters(const ContentSearchCommand& other) const {

@@ -81,6 +81,10 @@ public:
     // 12. Alone, this command makes no search worth running.
     virtual bool commandIsOnlyAFilter() const { return false; }
 
+    // Whether judging an item reads its size or dates from the result, as the
+    // size and date criteria do; a source then reads them for every item.
+    virtual bool readsItemAttributes() const { return true; }
+
     // 13. May be a leaf of the query's boolean expression.
     virtual bool commandSupportsBooleanCombination() const { return false; }
 

@@ -143,7 +143,9 @@ SearchManager::SearchManager(QueryContainer query, bool searchInsideSystemAndApp
       fsUtilities(environment.fsUtilities ? *environment.fsUtilities : FSUtilities::shared()),
       showsHiddenItems(searchInsideSystemAndApps ||
                        searchQuery.findCommand(CommandRole::showInvisibleItems) != nullptr),
-      needsAttributes(environment.showsItemAttributes || !searchQuery.commandsFoundInQuery().empty()),
+      needsAttributes(environment.showsItemAttributes ||
+                      std::any_of(queryCommands.begin(), queryCommands.end(),
+                                  [](const CommandPtr& command) { return command->readsItemAttributes(); })),
       showsFoundLines(environment.showsFoundLines),
       isIgnored(std::move(environment.isIgnored)),
       sourceDidFinish(std::move(environment.sourceDidFinish)),

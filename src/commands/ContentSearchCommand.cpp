@@ -413,8 +413,7 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
 std::optional<ImportTextResult> ContentSearchCommand::importedText(const std::string& path,
                                                                    const FileSearchOptions& options) const {
     auto& service = ImportTextXPC::shared();
-    if (auto bytes = service.plainSmallText(path))
-        return ImportTextResult{ImportTextPages{ImportTextPage{std::move(*bytes)}}, std::nullopt};
+    if (auto bytes = service.plainSmallText(path)) return ImportTextResult{onePage(std::move(*bytes)), std::nullopt};
     if (!options.searchAllFileTypes && !service.importer().canImportTextFrom(path, options.useOCR)) {
         return std::nullopt;
     }

@@ -192,7 +192,7 @@ void giveText(const ImportContext& context, Read&& read) {
     std::optional<ImportTextPages> pages;
     try {
         std::optional<std::string> text = read();
-        if (text && !text->empty()) pages = ImportTextPages{{std::move(*text)}};
+        if (text && !text->empty()) pages = onePage(std::move(*text));
     } catch (const std::exception&) {
         return;
     }

@@ -29,7 +29,7 @@ void ImageTextReader::importText(const ImportContext& context) {
                          ? linesOfFirstPage(std::move(*bytes), context)
                          : VisionTextCollector::borrow()->linesOfTextFrom(*bytes, context.shouldCancel);
         if (lines.empty()) return;
-        context.result(std::nullopt, ImportTextPages{{VisionTextCollector::joined(lines)}});
+        context.result(std::nullopt, onePage(VisionTextCollector::joined(lines)));
     } catch (...) {
         LOG("ImageTextReader stopped by an exception reading " + context.file.path());
     }

@@ -6,6 +6,12 @@
 
 namespace quester {
 
+ImportTextPages onePage(std::string text) {
+    ImportTextPages pages(1);
+    pages.front().text = std::move(text);
+    return pages;
+}
+
 namespace {
 
 std::vector<const ImportTextPage*> pagesFor(const ImportTextResult& result, bool useOCR) {

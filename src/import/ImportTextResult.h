@@ -20,6 +20,9 @@ struct ImportTextPage {
 
 using ImportTextPages = std::vector<ImportTextPage>;
 
+// One page holding `text`, moved in: a list made from braces would copy it.
+ImportTextPages onePage(std::string text);
+
 // What a document gave: `text` from the document itself, `ocrText` from
 // recognition on its images; each absent when there is none. Passed by value
 // and sent between the import helper and the program as JSON, keys "text" and

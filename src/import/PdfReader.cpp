@@ -73,9 +73,9 @@ void importPages(const ImportContext& context) {
             std::vector<std::string> lines;
             if (page) lines = (*recogniser)->linesOfTextFrom(*page, context.shouldCancel);
             characters += static_cast<std::int64_t>(lines.size());
-            ocrText = ImportTextPages{{VisionTextCollector::joined(lines)}};
+            ocrText = onePage(VisionTextCollector::joined(lines));
         }
-        bool goOn = context.result(ImportTextPages{{std::move(text.text)}}, std::move(ocrText));
+        bool goOn = context.result(onePage(std::move(text.text)), std::move(ocrText));
         reportPageDone(context, name, index + 1, pageCount);
         if (!goOn || context.cancelled()) break;
     }

@@ -35,7 +35,7 @@ std::string decodeMacRoman(std::string_view bytes) {
 }
 
 void giveOnePage(const ImportContext& context, std::string text) {
-    context.result(ImportTextPages{ImportTextPage{std::move(text)}}, std::nullopt);
+    context.result(onePage(std::move(text)), std::nullopt);
 }
 
 // Room for the rest of a file of known size, up to a piece; past the known
@@ -88,8 +88,7 @@ void RawTextReader::importText(const ImportContext& context) {
         offset += *got;
         file.dropCachedPages();
         std::string next = trimIncompleteUTF8Suffix(carry);
-        bool goOn = carry.empty() ||
-                    context.result(ImportTextPages{ImportTextPage{decodePiece(std::move(carry))}}, std::nullopt);
+        bool goOn = carry.empty() || context.result(onePage(decodePiece(std::move(carry))), std::nullopt);
         carry = std::move(next);
         if (size > 0) context.reportProgress(std::min(100.0f, static_cast<float>(offset) * 100.0f / size));
         if (!goOn) return;

@@ -626,7 +626,7 @@ void RtfReader::importText(const ImportContext& context) {
     try {
         if (!beginsAsRtf(context.file)) return;
         std::optional<std::string> text = RtfParser(context).read();
-        if (text && !text->empty()) pages = ImportTextPages{{std::move(*text)}};
+        if (text && !text->empty()) pages = onePage(std::move(*text));
     } catch (const std::exception&) {
         return;
     }

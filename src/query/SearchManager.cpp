@@ -374,34 +374,43 @@ void SearchManager::filterResults(std::vector<SearchResult>& results, const std:
     filterRange(results, commands, scratch, survivors);
 }
 
-// The first half here, the second on the helper queue; the survivors keep
+// This thread and the helper queue take the batch's items one at a time,
+// so that one long file doesn't leave the other idle; the survivors keep
 // the batch's order.
 void SearchManager::filterInTwo(std::vector<SearchResult>& results, FilterScratch& scratch, Survivors& survivors) {
-    const std::span<SearchResult> all(results);
-    const std::size_t half = results.size() / 2;
-    Survivors secondSurvivors;
-    std::promise<void> secondDone;
+    Survivors byItem(results.size());
+    std::atomic<std::size_t> next{0};
+    const auto takeItems = [&](const std::vector<CommandPtr>& commands, FilterScratch& own) {
+        for (std::size_t index; !shouldStop() && (index = next++) < results.size();)
+            byItem[index] = filterOne(results[index], commands, own);
+    };
+    std::promise<void> helperDone;
     filterHelperQueue.addOperation([&] {
-        filterRange(all.subspan(half), filterHelperCommands, filterHelperScratch, secondSurvivors);
-        secondDone.set_value();
+        takeItems(filterHelperCommands, filterHelperScratch);
+        helperDone.set_value();
     });
-    filterRange(all.first(half), filterQueueCommands, scratch, survivors);
-    secondDone.get_future().wait();
-    std::move(secondSurvivors.begin(), secondSurvivors.end(), std::back_inserter(survivors));
+    takeItems(filterQueueCommands, scratch);
+    helperDone.get_future().wait();
+    for (auto& passing : byItem)
+        if (!passing.empty()) survivors.push_back(std::move(passing));
 }
 
 void SearchManager::filterRange(std::span<SearchResult> results, const std::vector<CommandPtr>& commands,
                                 FilterScratch& scratch, Survivors& survivors) {
     for (auto& result : results) {
         if (shouldStop()) return;
-        auto passing = expandAndFilter(std::move(result), commands, scratch);
-        if (!passing.empty()) {
-            counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
-            resultsAwaitingDelegate += static_cast<std::int64_t>(passing.size());
-            survivors.push_back(std::move(passing));
-        }
-        --counters.numberOfItemsInQueue;
+        auto passing = filterOne(result, commands, scratch);
+        if (!passing.empty()) survivors.push_back(std::move(passing));
     }
+}
+
+std::vector<SearchResult> SearchManager::filterOne(SearchResult& result, const std::vector<CommandPtr>& commands,
+                                                   FilterScratch& scratch) {
+    auto passing = expandAndFilter(std::move(result), commands, scratch);
+    counters.numberOfResultsReturned += static_cast<std::int64_t>(passing.size());
+    resultsAwaitingDelegate += static_cast<std::int64_t>(passing.size());
+    --counters.numberOfItemsInQueue;
+    return passing;
 }
 
 // The survivors of each input item go to the delegate as one call, in order;

@@ -166,6 +166,9 @@ private:
     void filterRange(std::span<SearchResult> results, const std::vector<CommandPtr>& commands, FilterScratch& scratch,
                      Survivors& survivors);
     void filterInTwo(std::vector<SearchResult>& results, FilterScratch& scratch, Survivors& survivors);
+    // The item's survivors, counted.
+    std::vector<SearchResult> filterOne(SearchResult& result, const std::vector<CommandPtr>& commands,
+                                        FilterScratch& scratch);
     void deliver(Survivors survivors);
     void deliverInsideFile();
     std::vector<SearchResult> expandAndFilter(SearchResult result, const std::vector<CommandPtr>& commands,
@@ -194,7 +197,7 @@ private:
     const std::vector<CommandPtr> fastQueueCommands;
     const std::vector<CommandPtr> filterQueueCommands;
     // A search that reads inside files judges each batch of the filter queue
-    // in two halves at once, the second with these copies of the commands on
+    // on two threads at once, the second with these copies of the commands on
     // `filterHelperQueue`: reading and searching a file's text is what such a
     // search waits for, and one thread leaves a core idle. None otherwise.
     const std::vector<CommandPtr> filterHelperCommands;

@@ -261,7 +261,8 @@ void rememberPassed(const std::string& path, const std::string& stamp) {
     Result<FileStatus> after = FileSystem::real().status(path);
     if (!after || stampOf(*after) != stamp) return;
     stampsOfThisProcess().access([&](auto& stamps) { stamps[path] = stamp; });
-    (void)replaceFileAtomically(CacheFileCheck::stampPath(path), stamp, FileSystem::real(), 0600, MissingFolder::fail);
+    (void)replaceFileAtomically(CacheFileCheck::stampPath(path), stamp, FileSystem::real(), 0600, MissingFolder::fail,
+                                Flush::byTheSystem);
 }
 
 }  // namespace

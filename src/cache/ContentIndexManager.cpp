@@ -140,7 +140,10 @@ Result<std::unique_ptr<ContentIndex>> ContentIndexManager::openListed(ContentInd
         clearOpenCrashBreadcrumb(file);
         if (!quarantined) return makeError(ErrorCode::ioError, "cannot set aside " + file);
     }
-    (void)replaceFileAtomically(breadcrumbPath(file), "", FileSystem::real(), 0644);
+    // Only a crash of this program while it opens the file must leave the
+    // mark behind, and the system keeps it through that without a flush.
+    (void)replaceFileAtomically(breadcrumbPath(file), "", FileSystem::real(), 0644, MissingFolder::make,
+                                Flush::byTheSystem);
     Result<std::unique_ptr<ContentIndex>> made = ContentIndex::make(std::move(setup));
     clearOpenCrashBreadcrumb(file);
     if (!made || !remote) return made;

@@ -6,9 +6,9 @@ namespace quester {
 
 namespace {
 
-Status writeAndClose(WritableFile& file, const std::string& text) {
+Status writeAndClose(WritableFile& file, const std::string& text, Flush flush) {
     Status written = file.append(text);
-    if (written) written = file.sync();
+    if (written && flush == Flush::toDisk) written = file.sync();
     Status closed = file.close();
     return written ? closed : written;
 }
@@ -16,7 +16,7 @@ Status writeAndClose(WritableFile& file, const std::string& text) {
 }  // namespace
 
 Status replaceFileAtomically(const std::string& path, const std::string& text, FileSystem& fileSystem,
-                             std::uint32_t permissions, MissingFolder missingFolder) {
+                             std::uint32_t permissions, MissingFolder missingFolder, Flush flush) {
     const std::string folder = parentPath(path);
     if (!folder.empty() && missingFolder == MissingFolder::make) {
         if (Status made = fileSystem.createDirectories(folder); !made) return made;
@@ -24,7 +24,7 @@ Status replaceFileAtomically(const std::string& path, const std::string& text, F
     auto temporary = fileSystem.createTemporaryFile(path, permissions);
     if (!temporary) return temporary.error();
     const std::string temporaryPath = (*temporary)->path();
-    Status written = writeAndClose(**temporary, text);
+    Status written = writeAndClose(**temporary, text, flush);
     if (written) written = fileSystem.rename(temporaryPath, path);
     if (!written) (void)fileSystem.removeFile(temporaryPath);
     return written;

@@ -73,7 +73,10 @@ Status QueryStatisticsController::rewrite(const std::function<void(std::vector<Q
     change(onFile);
     nlohmann::ordered_json array = nlohmann::ordered_json::array();
     for (const auto& statistic : onFile) array.push_back(statistic.toJSON());
-    if (Status written = replaceFileAtomically(filePath, array.dump(2)); !written) return written;
+    if (Status written = replaceFileAtomically(filePath, array.dump(2), FileSystem::real(), 0600, MissingFolder::make,
+                                               Flush::byTheSystem);
+        !written)
+        return written;
     statistics.setValue(std::move(onFile));
     return Status::success();
 }

@@ -392,11 +392,12 @@ std::vector<FoundItem> ContentSearchCommand::containerCatalogMatches(const std::
 std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextContent(
     const std::string& path, const FileSearchOptions& options, std::string_view entryLabel) const {
     LOG("Start: " + path);
-    auto imported = importedText(path, options);
-    LOG("End: " + lastPathComponent(path));
-    if (!imported) return std::nullopt;
+    std::optional<ImportTextResult> imported;
     std::string joinedPages;
-    const std::string_view allText = imported->allTextView(options.useOCR, joinedPages);
+    const std::optional<std::string_view> read = readText(path, options, imported, joinedPages);
+    LOG("End: " + lastPathComponent(path));
+    if (!read) return std::nullopt;
+    const std::string_view allText = *read;
     const std::optional<std::int64_t> asciiHits = asciiHitCount(allText, options);
     if (asciiHits == 0) return std::nullopt;
     if (asciiHits && !options.collectsFoundLines) return TextMatch{{}, *asciiHits};
@@ -407,13 +408,26 @@ std::optional<ContentSearchCommand::TextMatch> ContentSearchCommand::searchTextC
     const auto hits = textIncludes(text, options);
     if (!hits) return std::nullopt;
     if (!options.collectsFoundLines) return TextMatch{{}, hitCount(*hits)};
+    if (!imported) imported = ImportTextResult{onePage(std::string(allText)), std::nullopt};
     return textMatch(text.original(), *hits, *imported, options.useOCR, entryLabel);
+}
+
+// Small plain text is read here, into a buffer that each thread keeps from
+// file to file: most files a search reads are such, and most don't match.
+std::optional<std::string_view> ContentSearchCommand::readText(const std::string& path,
+                                                               const FileSearchOptions& options,
+                                                               std::optional<ImportTextResult>& imported,
+                                                               std::string& joinedPages) const {
+    thread_local std::string plainText;
+    if (auto plain = ImportTextXPC::shared().plainSmallText(path, plainText)) return plain;
+    imported = importedText(path, options);
+    if (!imported) return std::nullopt;
+    return imported->allTextView(options.useOCR, joinedPages);
 }
 
 std::optional<ImportTextResult> ContentSearchCommand::importedText(const std::string& path,
                                                                    const FileSearchOptions& options) const {
     auto& service = ImportTextXPC::shared();
-    if (auto bytes = service.plainSmallText(path)) return ImportTextResult{onePage(std::move(*bytes)), std::nullopt};
     if (!options.searchAllFileTypes && !service.importer().canImportTextFrom(path, options.useOCR)) {
         return std::nullopt;
     }

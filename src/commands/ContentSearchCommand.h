@@ -141,6 +141,10 @@ private:
                                                  const FileSearchOptions& options) const;
     std::optional<TextMatch> searchTextContent(const std::string& path, const FileSearchOptions& options,
                                                std::string_view entryLabel = {}) const;
+    // The file's text; what the import helper read is kept in `imported`,
+    // its pages joined in `joinedPages` when there are several.
+    std::optional<std::string_view> readText(const std::string& path, const FileSearchOptions& options,
+                                             std::optional<ImportTextResult>& imported, std::string& joinedPages) const;
     std::optional<ImportTextResult> importedText(const std::string& path, const FileSearchOptions& options) const;
 };
 

@@ -73,12 +73,12 @@ Status ImportTextXPC::startup() {
 // Read at once, one byte past the limit to tell a bigger file: content
 // search asks this of every file it reads, and a status call first would
 // look the path up twice.
-std::optional<std::string> ImportTextXPC::plainSmallText(const std::string& path) const {
+std::optional<std::string_view> ImportTextXPC::plainSmallText(const std::string& path, std::string& buffer) const {
     const auto& types = UniformTypeTable::shared();
     if (!types.conformsTo(types.typeOfItem(path, false), "public.plain-text")) return std::nullopt;
-    Result<std::string> bytes = FileSystem::real().readFile(path, smallTextLimit + 1);
+    Result<std::string_view> bytes = FileSystem::real().readFileInto(path, buffer, smallTextLimit + 1);
     if (!bytes || bytes->size() > smallTextLimit) return std::nullopt;
-    return std::move(*bytes);
+    return *bytes;
 }
 
 std::pair<std::optional<Error>, std::optional<WordCounts>> ImportTextXPC::wordsInFile(const std::string& path,

@@ -70,8 +70,9 @@ public:
     // Starts the helper now rather than at the first document.
     Status startup();
     // The bytes of a plain text file of at most 1 MiB, read in the program
-    // with no helper; none for any other file, or one that can't be read.
-    std::optional<std::string> plainSmallText(const std::string& path) const;
+    // with no helper into `buffer` (as `FileSystem::readFileInto` uses it);
+    // none for any other file, or one that can't be read.
+    std::optional<std::string_view> plainSmallText(const std::string& path, std::string& buffer) const;
     // The document's words with their counts; an error when the file can't be
     // opened or the helper failed on it; no error and no words when it has no
     // reader. Progress arrives on the calling thread, at most 5 times a second.

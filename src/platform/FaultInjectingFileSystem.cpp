@@ -145,10 +145,11 @@ Result<FileStatus> FaultInjectingFileSystem::status(const std::string& path, boo
     return inner.status(path, followLinks);
 }
 
-Result<std::string> FaultInjectingFileSystem::readFile(const std::string& path, std::size_t maxBytes) {
+Result<std::string_view> FaultInjectingFileSystem::readFileInto(const std::string& path, std::string& buffer,
+                                                                std::size_t maxBytes) {
     if (auto fault = faultFor(path, &Faults::vanished, ErrorCode::notFound)) return *fault;
     if (auto fault = faultFor(path, &Faults::unreadable, ErrorCode::permissionDenied)) return *fault;
-    return inner.readFile(path, maxBytes);
+    return inner.readFileInto(path, buffer, maxBytes);
 }
 
 Result<std::unique_ptr<WritableFile>> FaultInjectingFileSystem::createTemporaryFile(const std::string& path,

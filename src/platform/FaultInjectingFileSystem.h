@@ -43,7 +43,7 @@ public:
     Result<FileStatus> statusAt(DirectoryHandle& directory, const char* name) override;
     Result<FileStatus> status(const std::string& path, bool followLinks) override;
 
-    Result<std::string> readFile(const std::string& path, std::size_t maxBytes) override;
+    Result<std::string_view> readFileInto(const std::string& path, std::string& buffer, std::size_t maxBytes) override;
     Result<std::unique_ptr<WritableFile>> createTemporaryFile(const std::string& path,
                                                               std::uint32_t permissions) override;
     Result<std::unique_ptr<WritableFile>> openForAppending(const std::string& path) override;

@@ -115,7 +115,12 @@ public:
 
     // The first `maxBytes` bytes of a file (all of it by default); fewer when
     // the file is shorter.
-    virtual Result<std::string> readFile(const std::string& path, std::size_t maxBytes = unlimited) = 0;
+    Result<std::string> readFile(const std::string& path, std::size_t maxBytes = unlimited);
+    // The same read into the start of `buffer`, which is left at least as long
+    // as what was read and is grown only when too short: one buffer serves
+    // file after file without being made, filled with zeros or freed again.
+    virtual Result<std::string_view> readFileInto(const std::string& path, std::string& buffer,
+                                                  std::size_t maxBytes = unlimited) = 0;
     // Makes a new file with a unique name beside `path` (its name followed by
     // a dot and six characters), with the given permissions, for writing.
     virtual Result<std::unique_ptr<WritableFile>> createTemporaryFile(const std::string& path,

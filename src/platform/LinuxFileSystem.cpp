@@ -158,6 +158,14 @@ FileSystem& FileSystem::real() {
     return *process;
 }
 
+Result<std::string> FileSystem::readFile(const std::string& path, std::size_t maxBytes) {
+    std::string bytes;
+    Result<std::string_view> read = readFileInto(path, bytes, maxBytes);
+    if (!read) return read.error();
+    bytes.resize(read->size());
+    return bytes;
+}
+
 Result<std::unique_ptr<DirectoryHandle>> LinuxFileSystem::openDirectory(const std::string& path) {
     if (path.empty()) return makeError(ErrorCode::invalidArgument, "cannot open an empty path");
     const int fd = ::open(path.c_str(), kDirectoryFlags);
@@ -216,21 +224,22 @@ Result<FileStatus> LinuxFileSystem::status(const std::string& path, bool followL
     return statusOf(info);
 }
 
-// Reads straight into the string, sized by the file's status: a file that
+// Reads straight into the buffer, sized by the file's status: a file that
 // gives exactly the size it stated, and not the byte asked past it, has
 // ended, so that a small file costs one read. Anything else (a file that
 // grew, or one of /proc, which states no size) is read until the end.
-Result<std::string> LinuxFileSystem::readFile(const std::string& path, std::size_t maxBytes) {
+Result<std::string_view> LinuxFileSystem::readFileInto(const std::string& path, std::string& buffer,
+                                                       std::size_t maxBytes) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return systemError("cannot open", path);
     struct stat info {};
     const bool regular = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0;
     const std::size_t expected = regular ? static_cast<std::size_t>(info.st_size) : 0;
-    std::string bytes;
     std::size_t filled = 0;
     while (filled < maxBytes) {
-        bytes.resize(std::min(maxBytes, filled < expected ? expected + 1 : filled + 65536));
-        const ssize_t count = ::read(fd, bytes.data() + filled, bytes.size() - filled);
+        const std::size_t room = std::min(maxBytes, filled < expected ? expected + 1 : filled + 65536);
+        if (buffer.size() < room) buffer.resize(room);
+        const ssize_t count = ::read(fd, buffer.data() + filled, room - filled);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
             Error failure = systemError("cannot read", path);
@@ -238,11 +247,10 @@ Result<std::string> LinuxFileSystem::readFile(const std::string& path, std::size
             return failure;
         }
         filled += static_cast<std::size_t>(count);
-        if (count == 0 || (regular && filled == expected && filled < bytes.size())) break;
+        if (count == 0 || (regular && filled == expected && filled < room)) break;
     }
     ::close(fd);
-    bytes.resize(filled);
-    return bytes;
+    return std::string_view(buffer.data(), filled);
 }
 
 Result<std::unique_ptr<WritableFile>> LinuxFileSystem::createTemporaryFile(const std::string& path,

@@ -89,6 +89,13 @@ TEST(LinuxFileSystem, ReadsTheStartOrTheWholeOfAFile) {
     EXPECT_GT(mounts.size(), 0u);
     EXPECT_EQ(mounts.back(), '\n');
     EXPECT_TRUE(real.readFile(dir.str() + "/none").isNotFound());
+
+    std::string buffer;
+    EXPECT_EQ(real.readFileInto(dir.str() + "/big", buffer).valueOr(""), big);
+    const char* const kept = buffer.data();
+    EXPECT_EQ(real.readFileInto(file.string(), buffer).valueOr(""), "0123456789") << "a shorter file after a longer";
+    EXPECT_EQ(buffer.data(), kept) << "the buffer is used again, not made anew";
+    EXPECT_EQ(real.readFileInto(dir.str() + "/empty", buffer).valueOr("x"), "");
 }
 
 TEST(AtomicFile, AFailingWriteOrAVanishedDiskLeavesTheOldFileAndNoTemporaryFile) {

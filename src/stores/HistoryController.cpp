@@ -47,12 +47,17 @@ std::vector<std::string> HistoryController::queries() const {
     return texts;
 }
 
+// Every search adds to the history. The file is still replaced whole and at
+// once, but without waiting for the disk: a flush took a search as long as
+// the search itself, for an entry that a power cut may as well lose.
 Status HistoryController::change(const std::function<void(std::vector<HistoryItem>& items)>& edit) {
-    Status saved = preferences.update([&](json& values) {
-        auto list = decodeHistory(storedValue(values, key));
-        edit(list);
-        values[key] = encodeHistory(list);
-    });
+    Status saved = preferences.update(
+        [&](json& values) {
+            auto list = decodeHistory(storedValue(values, key));
+            edit(list);
+            values[key] = encodeHistory(list);
+        },
+        Flush::byTheSystem);
     if (saved) center.post(ChangedNotification);
     return saved;
 }

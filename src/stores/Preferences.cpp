@@ -196,7 +196,7 @@ Status Preferences::removeValue(const std::string& key) {
     return update([&](json& values) { values.erase(key); });
 }
 
-Status Preferences::update(const std::function<void(json& values)>& change) {
+Status Preferences::update(const std::function<void(json& values)>& change, Flush flush) {
     if (storePath.empty()) {
         stored.access(change);
         return Status::success();
@@ -208,7 +208,10 @@ Status Preferences::update(const std::function<void(json& values)>& change) {
     auto current = readStoredObject();
     if (!current) return current.error();
     change(*current);
-    if (Status saved = replaceFileAtomically(storePath, current->dump(2)); !saved) return saved;
+    if (Status saved =
+            replaceFileAtomically(storePath, current->dump(2), FileSystem::real(), 0600, MissingFolder::make, flush);
+        !saved)
+        return saved;
     stored.setValue(std::move(current).value());
     return Status::success();
 }

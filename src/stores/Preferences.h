@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "platform/AtomicFile.h"
 #include "support/Lock.h"
 #include "support/Locked.h"
 #include "support/NotificationCenter.h"
@@ -69,8 +70,9 @@ public:
     // Applies `change` to the stored values as the file holds them now, under
     // the file lock, and saves. Stores that keep a list under one key change
     // it here, so that two processes adding to it keep both additions.
-    // `change` must not call back into this store.
-    Status update(const std::function<void(nlohmann::json& values)>& change);
+    // `change` must not call back into this store. `flush` says whether the
+    // file must reach the disk before it replaces the old one.
+    Status update(const std::function<void(nlohmann::json& values)>& change, Flush flush = Flush::toDisk);
     // Reads the file again, for a long-lived process that wants the changes
     // other processes made.
     void reload();

@@ -26,9 +26,8 @@ QueryStatisticsController& QueryStatisticsController::shared() {
     static QueryStatisticsController* controller = [] {
         const auto folder = AppDirectories::applicationSupportDirectoryPath();
         if (!folder) LOG("no data folder for the query statistics: " + folder.error().description());
-        auto* made = new QueryStatisticsController(folder ? *folder + "/" + fileName : std::string());
-        made->load();
-        return made;
+        // Not loaded here: a search only adds to the file, which `save` reads anew.
+        return new QueryStatisticsController(folder ? *folder + "/" + fileName : std::string());
     }();
     return *controller;
 }
@@ -71,6 +70,7 @@ Status QueryStatisticsController::rewrite(const std::function<void(std::vector<Q
     if (!lock) return lock.error();
     auto onFile = readFile();
     change(onFile);
+    keepTheLatest(onFile);
     nlohmann::ordered_json array = nlohmann::ordered_json::array();
     for (const auto& statistic : onFile) array.push_back(statistic.toJSON());
     if (Status written = replaceFileAtomically(filePath, array.dump(2), FileSystem::real(), 0600, MissingFolder::make,
@@ -79,6 +79,27 @@ Status QueryStatisticsController::rewrite(const std::function<void(std::vector<Q
         return written;
     statistics.setValue(std::move(onFile));
     return Status::success();
+}
+
+// Every search adds a run, and every search reads and writes the whole file:
+// only the latest runs of the latest queries are kept, so that it stays small.
+void QueryStatisticsController::keepTheLatest(std::vector<QueryStatistic>& statistics) {
+    const auto byDate = [](const QueryStatistic::ResultSet& a, const QueryStatistic::ResultSet& b) {
+        return a.date < b.date;
+    };
+    const auto lastRun = [&](const QueryStatistic& statistic) {
+        const auto latest = std::max_element(statistic.results.begin(), statistic.results.end(), byDate);
+        return latest == statistic.results.end() ? QueryStatistic::Date{} : latest->date;
+    };
+    for (auto& statistic : statistics) {
+        if (statistic.results.size() <= maxRunsPerQuery) continue;
+        std::stable_sort(statistic.results.begin(), statistic.results.end(), byDate);
+        statistic.results.erase(statistic.results.begin(), statistic.results.end() - maxRunsPerQuery);
+    }
+    if (statistics.size() <= maxQueries) return;
+    std::stable_sort(statistics.begin(), statistics.end(),
+                     [&](const QueryStatistic& a, const QueryStatistic& b) { return lastRun(a) < lastRun(b); });
+    statistics.erase(statistics.begin(), statistics.end() - maxQueries);
 }
 
 void QueryStatisticsController::mergeInto(std::vector<QueryStatistic>& onFile,

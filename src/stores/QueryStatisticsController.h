@@ -22,6 +22,9 @@ namespace quester {
 class QueryStatisticsController {
 public:
     static constexpr const char* fileName = "QueryStatistics.json";
+    // What the file keeps at most: the runs of a query, and the queries.
+    static constexpr std::size_t maxRunsPerQuery = 20;
+    static constexpr std::size_t maxQueries = 200;
 
     // Keeps its file at `path`; an empty path means the data folder could not
     // be had, and every save fails (and is logged).
@@ -33,8 +36,9 @@ public:
 
     // Reads the file into `all`; a missing or unreadable file leaves it empty.
     void load();
-    // Adds the runs of `all` that the file lacks to it, atomically, and
-    // keeps what was written as `all`.
+    // Adds the runs of `all` that the file lacks to it, atomically, keeping
+    // the latest `maxRunsPerQuery` runs of the latest `maxQueries` queries,
+    // and keeps what was written as `all`.
     Status save();
     // Empties `all` and the file.
     void clear();
@@ -48,6 +52,7 @@ private:
     std::vector<QueryStatistic> readFile() const;
     // Applies `change` to the file's list under the file lock and writes it.
     Status rewrite(const std::function<void(std::vector<QueryStatistic>& onFile)>& change);
+    static void keepTheLatest(std::vector<QueryStatistic>& statistics);
     // Adds the queries, runs and durations of `ours` that `onFile` lacks, by id.
     static void mergeInto(std::vector<QueryStatistic>& onFile, const std::vector<QueryStatistic>& ours);
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "stores/QueryStatisticsController.h"
@@ -93,6 +94,31 @@ TEST_F(QueryStatisticsTest, twoControllersSavingToOneFileKeepEachOthersRuns) {
     EXPECT_EQ(all[0].results.size(), 2u);
     EXPECT_EQ(all[0].results[0].durations.size(), 1u);
     EXPECT_EQ(all[1].rawQuery, "tax");
+}
+
+// The file is read and written at every search: it keeps the latest runs of
+// the latest queries only.
+TEST_F(QueryStatisticsTest, theFileKeepsTheLatestRunsOfTheLatestQueries) {
+    const std::size_t runs = QueryStatisticsController::maxRunsPerQuery;
+    const std::size_t queries = QueryStatisticsController::maxQueries;
+    for (std::size_t run = 0; run < runs + 5; ++run) controller.add(march1 + std::chrono::minutes(run), "budget", 1, 2);
+    for (std::size_t query = 0; query < queries; ++query)
+        controller.add(march1 + std::chrono::hours(1) + std::chrono::seconds(query), "q" + std::to_string(query), 1, 1);
+    ASSERT_TRUE(controller.save());
+    QueryStatisticsController reader(path);
+    reader.load();
+    const auto all = reader.all();
+    ASSERT_EQ(all.size(), queries);
+    EXPECT_TRUE(std::none_of(all.begin(), all.end(), [](const auto& entry) { return entry.rawQuery == "budget"; }))
+        << "the query whose last run is oldest goes";
+
+    QueryStatisticsController few(dir.str() + "/few.json");
+    for (std::size_t run = 0; run < runs + 5; ++run) few.add(march1 + std::chrono::minutes(run), "budget", 1, 2);
+    ASSERT_TRUE(few.save());
+    const auto kept = few.all();
+    ASSERT_EQ(kept.size(), 1u);
+    ASSERT_EQ(kept[0].results.size(), runs);
+    EXPECT_EQ(kept[0].results.front().date, march1 + std::chrono::minutes(5));
 }
 
 TEST_F(QueryStatisticsTest, saveFailureKeepsTheListInMemory) {

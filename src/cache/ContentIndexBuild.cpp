@@ -110,7 +110,8 @@ Status ContentIndexBuild::run() {
     if (!info.diskKey) info.diskKey = currentDiskKey(target);
     if (Status saved = index.saveDocumentInfo(); !saved) return saved;
     if (Status opened = index.open(); !opened) return opened;
-    Status walked = walk(*rootStatus);
+    Status walked = startNameIndex();
+    if (walked) walked = walk(*rootStatus);
     Status finished = walked ? finish() : walked;
     if (!walked) index.store().abortBatch();
     Status closed = index.close();
@@ -248,6 +249,9 @@ Status ContentIndexBuild::addNewItem(const Folder& folder, const FSItemAndAttrs&
     children.push_back(item.fsid);
     changedAnything = true;
     ++pendingItems;
+    if (!names->replacing()) names->add(item.fsid, item.name);
+    if (names->pendingCount() > NameIndex::pendingCeiling)
+        if (Status flushed = names->flush(index.store()); !flushed) return flushed;
     if (entry.isDirectory) {
         pushFolder(entry, item);
         return Status::success();
@@ -309,7 +313,36 @@ Status ContentIndexBuild::commit() {
     return index.store().beginBatch();
 }
 
+Status ContentIndexBuild::startNameIndex() {
+    Result<std::uint32_t> lastID = index.tree().lastID();
+    if (!lastID) return lastID.error();
+    Result<bool> complete = NameIndex::isComplete(index.store(), *lastID);
+    if (!complete) return complete.error();
+    names.emplace(!*complete);
+    return Status::success();
+}
+
+// Merged in one batch with the mark of how far they reach: a kill before
+// leaves the old mark, and the next update rebuilds them.
+Status ContentIndexBuild::finishNameIndex() {
+    if (!names->replacing() && names->pendingCount() == 0) return Status::success();
+    if (names->replacing())
+        if (Status added = names->addEveryRecord(index.store()); !added) return added;
+    Result<std::uint32_t> lastID = index.tree().lastID();
+    if (!lastID) return lastID.error();
+    if (Status begun = index.store().beginBatch(); !begun) return begun;
+    Status written = names->flush(index.store());
+    if (written) written = NameIndex::markIndexedThrough(index.store(), *lastID);
+    if (!written) {
+        index.store().abortBatch();
+        return written;
+    }
+    changedAnything = true;
+    return index.store().commitBatch();
+}
+
 Status ContentIndexBuild::finish() {
+    if (Status indexed = finishNameIndex(); !indexed) return indexed;
     DocumentInfo& info = index.mutableDocumentInfo();
     info.lastUpdated = referenceNow();
     info.numberOfFSItems = static_cast<std::int64_t>(itemCount);

@@ -11,6 +11,7 @@
 #include "cache/ContentIndex.h"
 #include "cache/ContentIndexMode.h"
 #include "cache/FolderLister.h"
+#include "cache/NameIndex.h"
 #include "cache/WordContainer.h"
 #include "import/WordTally.h"
 #include "platform/FileSystem.h"
@@ -102,6 +103,8 @@ private:
     Status countChange(const Folder& folder, const std::vector<std::uint32_t>& children);
     Status commit();
     Status flushWords();
+    Status startNameIndex();
+    Status finishNameIndex();
     Status finish();
     void reportProgress(const std::string& folder, bool force = false);
 
@@ -114,6 +117,9 @@ private:
     std::size_t pendingItems = 0;
     bool changedAnything = false;
     std::map<std::string, WordContainer> wordCache;
+    // The new items' names; a cache whose postings lag behind (old, or a
+    // build was killed) has them rebuilt from every record at the end.
+    std::optional<NameIndex> names;
     double lastProgressTime = 0;
     bool toldUnavailable = false;
 };

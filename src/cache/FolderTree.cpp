@@ -66,10 +66,16 @@ void FolderTree::forgetAllFolders() {
     folderContentsCache.access([](auto& entries) { entries.clear(); });
 }
 
-Result<std::uint32_t> FolderTree::nextID() {
+Result<std::uint32_t> FolderTree::lastID() {
     Result<std::optional<std::uint32_t>> last = store.get<std::uint32_t>(recordGroup, lastAutoIDKey);
     if (!last) return last.error();
-    std::uint32_t next = last->value_or(0) + 1;
+    return last->value_or(0);
+}
+
+Result<std::uint32_t> FolderTree::nextID() {
+    Result<std::uint32_t> last = lastID();
+    if (!last) return last.error();
+    std::uint32_t next = *last + 1;
     if (Status stored = store.put(next, recordGroup, lastAutoIDKey); !stored) return stored.error();
     return next;
 }

@@ -41,6 +41,8 @@ public:
     void forgetFolder(std::uint32_t id);
     void forgetAllFolders();
 
+    // The last identifier given out; 0 before the first.
+    Result<std::uint32_t> lastID();
     // The next identifier, counted on in the store.
     Result<std::uint32_t> nextID();
     // Stores the record alone.

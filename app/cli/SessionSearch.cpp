@@ -308,10 +308,13 @@ int SessionSearch::run() {
     const UINode::NodeList firstRows =
         limited ? UINode::NodeList(shown.begin(), shown.begin() + options.limit) : UINode::NodeList();
     const UINode::NodeList& rows = limited ? firstRows : shown;
-    const ResultDateText dates;
+    // Made only for output that shows dates: its formatters take longer to
+    // make than a selective search takes to run.
+    std::optional<ResultDateText> dateText;
+    const auto dates = [&dateText]() -> const ResultDateText& { return dateText ? *dateText : dateText.emplace(); };
     if (options.exportPath) {
         const Status written =
-            ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows, *options.exportPath, dates);
+            ResultsExporter::exportResults(*exportFormatFor(*options.exportPath), rows, *options.exportPath, dates());
         if (!written) {
             complain(written.error().message);
             return ExitStatus::failed;
@@ -324,14 +327,14 @@ int SessionSearch::run() {
     if (format.empty()) format = (onTerminal && !options.nulSeparated) ? "table" : "paths";
     if (format == "table") {
         if (rows.empty()) return ExitStatus::nothingFound;
-        const std::string table = ResultsTable::render(rows, Terminal::outputWidth(), dates,
+        const std::string table = ResultsTable::render(rows, Terminal::outputWidth(), dates(),
                                                        Terminal::wantsColour(options.color, STDOUT_FILENO));
         std::fputs(table.c_str(), stdout);
     } else if (format == "json") {
         printJSONLines(rows);
     } else if (format == "csv" || format == "tsv") {
         const auto exportFormat = format == "csv" ? ResultsExporter::Format::csv : ResultsExporter::Format::text;
-        std::fputs(ResultsExporter::exportedText(exportFormat, rows, dates).c_str(), stdout);
+        std::fputs(ResultsExporter::exportedText(exportFormat, rows, dates()).c_str(), stdout);
     } else {
         printPaths(rows, options.nulSeparated ? '\0' : '\n', onTerminal && !options.nulSeparated);
     }

@@ -22,6 +22,21 @@ bool startsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }
 
+// Calls `each` with every run of three characters, in order, repeats included.
+template <typename Each>
+void forEachTrigram(std::string_view text, Each&& each) {
+    std::size_t starts[4] = {0, 0, 0, 0};
+    std::size_t seen = 0;
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        if (i < text.size() && !startsCharacter(text[i])) continue;
+        starts[seen % 4] = i;
+        if (++seen >= 4) {
+            const std::size_t first = starts[(seen - 4) % 4];
+            each(text.substr(first, i - first));
+        }
+    }
+}
+
 Ids merged(const Ids& a, const Ids& b) {
     Ids both;
     both.reserve(a.size() + b.size());
@@ -102,23 +117,44 @@ std::string NameIndex::comparedForm(std::string_view name) {
 }
 
 std::vector<std::string> NameIndex::trigramsOf(std::string_view text) {
-    std::vector<std::size_t> starts;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if (startsCharacter(text[i])) starts.push_back(i);
-    starts.push_back(text.size());
     std::vector<std::string> trigrams;
-    for (std::size_t first = 0; first + 3 < starts.size(); ++first) {
-        std::string trigram(text.substr(starts[first], starts[first + 3] - starts[first]));
-        if (std::find(trigrams.begin(), trigrams.end(), trigram) == trigrams.end()) trigrams.push_back(trigram);
-    }
+    forEachTrigram(text, [&](std::string_view trigram) {
+        if (std::find(trigrams.begin(), trigrams.end(), trigram) == trigrams.end()) trigrams.emplace_back(trigram);
+    });
     return trigrams;
 }
 
+std::uint64_t NameIndex::packedKey(std::string_view trigram) {
+    std::uint64_t key = 0;
+    for (std::size_t i = 0; i < trigram.size(); ++i)
+        key |= std::uint64_t{static_cast<unsigned char>(trigram[i])} << (56 - 8 * i);
+    return key;
+}
+
+// A name holds no zero byte, so the first one ends the trigram.
+std::string NameIndex::unpackedKey(std::uint64_t key) {
+    std::string trigram;
+    for (int shift = 56; shift >= 0 && ((key >> shift) & 0xFF) != 0; shift -= 8)
+        trigram += static_cast<char>((key >> shift) & 0xFF);
+    return trigram;
+}
+
+std::vector<std::uint32_t>& NameIndex::postingsOf(std::string_view trigram) {
+    if (trigram.size() <= sizeof(std::uint64_t)) return shortPostings[packedKey(trigram)];
+    return longPostings[std::string(trigram)];
+}
+
+// Each trigram once per name: a repeated one finds the name already last in
+// its list.
 void NameIndex::add(std::uint32_t id, std::string_view name) {
-    for (std::string& trigram : trigramsOf(comparedForm(name))) {
-        postings[std::move(trigram)].push_back(id);
+    thread_local std::string compared;
+    lowercaseInto(name, compared);
+    forEachTrigram(compared, [&](std::string_view trigram) {
+        std::vector<std::uint32_t>& ids = postingsOf(trigram);
+        if (!ids.empty() && ids.back() == id) return;
+        ids.push_back(id);
         ++pending;
-    }
+    });
 }
 
 Status NameIndex::addEveryRecord(SimpleLMDB& store) {
@@ -144,20 +180,26 @@ Status NameIndex::addEveryRecord(SimpleLMDB& store) {
 
 Status NameIndex::flush(SimpleLMDB& store) {
     std::vector<ValueGroupKey> items;
-    items.reserve(postings.size());
-    for (auto& [trigram, ids] : postings) {
+    items.reserve(shortPostings.size() + longPostings.size());
+    const auto write = [&](const std::string& trigram, Ids& ids) -> Status {
         std::sort(ids.begin(), ids.end());
-        Ids all = ids;
+        Ids all = std::move(ids);
         if (!replacesStored || written.contains(trigram)) {
             Result<std::optional<std::string>> stored = store.get<std::string>(group, trigram);
             if (!stored) return stored.error();
-            if (*stored) all = merged(unpackDeltaStored(**stored), ids);
+            if (*stored) all = merged(unpackDeltaStored(**stored), all);
         }
         if (replacesStored) written.insert(trigram);
         items.push_back({storeDeltaPacked(all), group, trigram});
-    }
+        return Status::success();
+    };
+    for (auto& [key, ids] : shortPostings)
+        if (Status added = write(unpackedKey(key), ids); !added) return added;
+    for (auto& [trigram, ids] : longPostings)
+        if (Status added = write(trigram, ids); !added) return added;
     if (Status put = store.put(items); !put) return put;
-    postings.clear();
+    shortPostings.clear();
+    longPostings.clear();
     pending = 0;
     return Status::success();
 }

@@ -60,8 +60,16 @@ public:
     static Result<std::optional<std::vector<std::uint32_t>>> candidates(SimpleLMDB& store, const QueryContainer& query);
 
 private:
+    // A build adds tens of millions of trigrams: those of at most eight bytes
+    // (ASCII and most others) are kept by their bytes as one number, without
+    // a string each.
+    static std::uint64_t packedKey(std::string_view trigram);
+    static std::string unpackedKey(std::uint64_t key);
+    std::vector<std::uint32_t>& postingsOf(std::string_view trigram);
+
     const bool replacesStored;
-    std::unordered_map<std::string, std::vector<std::uint32_t>> postings;
+    std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> shortPostings;
+    std::unordered_map<std::string, std::vector<std::uint32_t>> longPostings;
     std::unordered_set<std::string> written;
     std::size_t pending = 0;
 };

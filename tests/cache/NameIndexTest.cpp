@@ -52,9 +52,10 @@ TEST(NameIndexPostings, AreStoredAscendingDeltaCodedAndPacked) {
 class NameIndexSearchTest : public testing::BuildTest {
 protected:
     void SetUp() override {
-        for (const char* name : {"Annual Report.pdf", "annual-report-2024.xlsx", "report.txt", "REPORTS/summary.md",
-                                 "caf\xC3\xA9 menu.txt", "cafe\xCC\x81 bill.txt", "Zo\xC3\xAB notes.txt", "ab.txt",
-                                 "abc", "draft/old report.doc", "x/report-final.doc"})
+        for (const char* name :
+             {"Annual Report.pdf", "annual-report-2024.xlsx", "report.txt", "REPORTS/summary.md",
+              "caf\xC3\xA9 menu.txt", "cafe\xCC\x81 bill.txt", "Zo\xC3\xAB notes.txt", "ab.txt", "abc",
+              "draft/old report.doc", "x/report-final.doc", "\xE5\xB9\xB4\xE5\xA0\xB1\xE5\x91\x8A.txt"})
             tree.write(name, "x");
         (void)preferences.setValue("diskCatalogCaching", true);
     }
@@ -84,9 +85,21 @@ protected:
 
     Preferences preferences{""};
     CommandRecogniser parser{standardCommandFactories()};
-    const std::vector<std::string> queries{
-        "report",     "REPORT", "annual report", "report OR menu", "report -old",     "caf\xC3\xA9",       "cafe",
-        "zo\xC3\xAB", "ab",     "report*",       "*.doc",          "nothing-like-it", "\"annual report\"", "abc"};
+    const std::vector<std::string> queries{"report",
+                                           "REPORT",
+                                           "annual report",
+                                           "report OR menu",
+                                           "report -old",
+                                           "caf\xC3\xA9",
+                                           "cafe",
+                                           "zo\xC3\xAB",
+                                           "ab",
+                                           "report*",
+                                           "*.doc",
+                                           "nothing-like-it",
+                                           "\"annual report\"",
+                                           "abc",
+                                           "\xE5\xB9\xB4\xE5\xA0\xB1\xE5\x91\x8A"};
 };
 
 TEST_F(NameIndexSearchTest, PostingsAnswerAsEveryRecordDoes) {
@@ -99,6 +112,7 @@ TEST_F(NameIndexSearchTest, PostingsAnswerAsEveryRecordDoes) {
     for (const auto& query : queries) byPostings[query] = search(query);
     EXPECT_EQ(byPostings["report"].size(), 6u);
     EXPECT_EQ(byPostings["caf\xC3\xA9"].size(), 2u) << "composed and decomposed accents meet";
+    EXPECT_EQ(byPostings["\xE5\xB9\xB4\xE5\xA0\xB1\xE5\x91\x8A"].size(), 1u) << "a trigram of nine bytes";
     setMark(lastID() + 1);  // as after a killed build: every record is read
     for (const auto& query : queries) EXPECT_EQ(search(query), byPostings[query]) << query;
 }

@@ -50,12 +50,14 @@ void walkStore(quester::ContentIndex& index) {
     (void)index.words().allWords();
 }
 
-// The name pass and the content pass, with short words that most names and
-// words hold.
+// The name pass (by every record, and by the postings of a word's trigrams)
+// and the content pass, with short words that most names and words hold.
 void searchStore(quester::ContentIndex& index) {
     static const quester::CommandRecogniser parser(quester::standardCommandFactories());
     static const quester::QueryContainer query("a", parser);
+    static const quester::QueryContainer byTrigrams("abc OR txt", parser);
     (void)index.searchForFSItemNames(query, [](std::vector<quester::SearchResult>) {});
+    (void)index.searchForFSItemNames(byTrigrams, [](std::vector<quester::SearchResult>) {});
     (void)index.searchContent({"a", "e"}, {"o"}, false, true);
     (void)index.searchContent({"a"}, {}, true, false);
 }
@@ -81,5 +83,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     std::remove(path.c_str());
     std::remove((path + ".corrupt").c_str());
+    std::remove((path + ".checked").c_str());
     return 0;
 }

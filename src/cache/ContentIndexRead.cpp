@@ -107,22 +107,24 @@ private:
     // that loops back on itself.
     const std::optional<std::string>& folderPath(std::uint32_t id) {
         if (auto known = folderPaths.find(id); known != folderPaths.end()) return known->second;
-        std::vector<FSItem> chain;
+        // Each folder by the identifier it was read under: a damaged record
+        // may name another.
+        std::vector<std::pair<std::uint32_t, std::string>> chain;
         std::set<std::uint32_t> seen;
         std::uint32_t next = id;
         while (next != 0 && !folderPaths.contains(next) && seen.insert(next).second) {
             Result<std::optional<FSItem>> stored = index.tree().record(next);
             if (!stored && next == id) return folderPaths.emplace(id, std::nullopt).first->second;
             if (!stored || !*stored) break;
+            chain.emplace_back(next, std::move((**stored).name));
             next = (**stored).parentID;
-            chain.push_back(std::move(**stored));
         }
         auto above = folderPaths.find(next);
         std::string path = above != folderPaths.end() && above->second ? *above->second : base;
         if (chain.empty()) return folderPaths.emplace(id, path).first->second;
         for (auto folder = chain.rbegin(); folder != chain.rend(); ++folder) {
-            path = joined(path, folder->name);
-            folderPaths.emplace(folder->fsid, path);
+            path = joined(path, folder->second);
+            folderPaths.emplace(folder->first, path);
         }
         return folderPaths.at(id);
     }

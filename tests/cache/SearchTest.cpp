@@ -159,11 +159,17 @@ TEST_F(CacheSearchTest, TheNamePassJoinsPathsFromTheFoldersAbove) {
     ASSERT_TRUE(index->tree().writeRecord(loopA));
     ASSERT_TRUE(index->tree().writeRecord(loopB));
     add("zz-looped", FSItem::types::file, loopB.fsid);
+    // A damaged folder record that names another identifier than its key.
+    FSItem stray{*index->tree().nextID(), 0, FSItem::types::directory, "stray", 0, 0, 1, 0};
+    const std::uint32_t strayKey = stray.fsid;
+    stray.fsid = 999999;
+    ASSERT_TRUE(index->store().putData("F" + std::to_string(strayKey), *stray.asData()));
+    add("zz-strayed", FSItem::types::file, strayKey);
 
     std::set<std::string> paths;
     for (const auto& result : search("zz")) paths.insert(result.url.path().substr(target.size()));
-    EXPECT_EQ(paths,
-              (std::set<std::string>{"/a/b/zz-deep", "/a/c/zz-cousin", "/a/zz-top", "/zz-orphan", "/la/lb/zz-looped"}));
+    EXPECT_EQ(paths, (std::set<std::string>{"/a/b/zz-deep", "/a/c/zz-cousin", "/a/zz-top", "/zz-orphan",
+                                            "/la/lb/zz-looped", "/stray/zz-strayed"}));
 }
 
 TEST_F(CacheSearchTest, WhatRunsDependsOnTheQueryAndThePreference) {
